@@ -1,0 +1,51 @@
+// The main function of tests that need the product's fixed folders: runs them under scripts/private-root.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <iostream>
+#include <string>
+#include <vector>
+
+namespace {
+
+// Tells the second run of this executable that it is inside already. Not passed on to what the tests start.
+constexpr const char* kInside = "TESTS_INSIDE_PRIVATE_ROOT";
+
+// The name of every test is asked for on machines that cannot run them, too.
+bool OnlyListsTests(int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) {
+    if (std::strcmp(argv[i], "--gtest_list_tests") == 0) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// Comes back only when the command cannot be started; a namespace that cannot be made is a line of the command's own.
+int RunInside(char** argv) {
+  ::setenv(kInside, "1", 1);
+  const std::string self = std::filesystem::read_symlink("/proc/self/exe");
+  std::vector<const char*> command{PRIVATE_ROOT, self.c_str()};
+  for (char** argument = argv + 1; *argument != nullptr; ++argument) {
+    command.push_back(*argument);
+  }
+  command.push_back(nullptr);
+  ::execv(PRIVATE_ROOT, const_cast<char**>(command.data()));
+  std::cerr << "cannot start " PRIVATE_ROOT ": " << std::strerror(errno) << std::endl;
+  return 125;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (std::getenv(kInside) == nullptr && !OnlyListsTests(argc, argv)) {
+    return RunInside(argv);
+  }
+  ::unsetenv(kInside);
+  ::testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}
