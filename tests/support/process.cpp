@@ -1,0 +1,185 @@
+#include "tests/support/process.h"
+
+#include <linux/capability.h>
+#include <poll.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <ostream>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace tests {
+
+namespace {
+
+// A nameless file in memory. Unlike a pipe it holds any amount while nobody reads.
+class MemoryFile {
+ public:
+  explicit MemoryFile(std::string_view bytes = {}) : descriptor_(::memfd_create("test", MFD_CLOEXEC)) {
+    if (descriptor_ < 0) {
+      throw std::system_error(errno, std::generic_category(), "memfd_create");
+    }
+    while (!bytes.empty()) {
+      const auto written = ::write(descriptor_, bytes.data(), bytes.size());
+      if (written <= 0) {
+        throw std::system_error(errno, std::generic_category(), "write");
+      }
+      bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    ::lseek(descriptor_, 0, SEEK_SET);
+  }
+  ~MemoryFile() { ::close(descriptor_); }
+  MemoryFile(const MemoryFile&) = delete;
+  MemoryFile& operator=(const MemoryFile&) = delete;
+
+  [[nodiscard]] int Descriptor() const { return descriptor_; }
+
+  [[nodiscard]] std::string Content() const {
+    std::string content;
+    char buffer[4096];
+    ::lseek(descriptor_, 0, SEEK_SET);
+    for (ssize_t got; (got = ::read(descriptor_, buffer, sizeof buffer)) > 0;) {
+      content.append(buffer, static_cast<std::size_t>(got));
+    }
+    return content;
+  }
+
+ private:
+  int descriptor_;
+};
+
+// False when the time was up first.
+bool WaitFor(pid_t child, std::chrono::milliseconds timeout) {
+  const int descriptor = static_cast<int>(::syscall(SYS_pidfd_open, child, 0));
+  pollfd ended{descriptor, POLLIN, 0};
+  const int ready = ::poll(&ended, 1, static_cast<int>(timeout.count()));
+  ::close(descriptor);
+  return ready > 0;
+}
+
+std::vector<char*> Pointers(const std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  for (const std::string& text : texts) {
+    pointers.push_back(const_cast<char*>(text.c_str()));
+  }
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+}  // namespace
+
+Command::Command(std::filesystem::path program) : program_(std::move(program)), arguments_{program_} {
+  for (const char* name : {"ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "GCOV_PREFIX", "GCOV_PREFIX_STRIP",
+                           "LLVM_PROFILE_FILE", "LD_LIBRARY_PATH"}) {
+    if (const char* value = std::getenv(name)) {
+      environment_[name] = value;
+    }
+  }
+}
+
+Command& Command::Arguments(std::vector<std::string> arguments) {
+  arguments_.resize(1);
+  arguments_.insert(arguments_.end(), std::move_iterator(arguments.begin()), std::move_iterator(arguments.end()));
+  return *this;
+}
+
+Command& Command::Name(std::string name) {
+  arguments_.front() = std::move(name);
+  return *this;
+}
+
+Command& Command::WithoutName() {
+  arguments_.clear();
+  return *this;
+}
+
+Command& Command::Variable(const std::string& name, const std::string& value) {
+  environment_[name] = value;
+  return *this;
+}
+
+Command& Command::Variables(const std::map<std::string, std::string>& variables) {
+  for (const auto& [name, value] : variables) {
+    Variable(name, value);
+  }
+  return *this;
+}
+
+Command& Command::Input(std::string bytes) {
+  input_ = std::move(bytes);
+  return *this;
+}
+
+Command& Command::WithoutReadingEverything() {
+  reads_everything_ = false;
+  return *this;
+}
+
+Command& Command::Timeout(std::chrono::milliseconds timeout) {
+  timeout_ = timeout;
+  return *this;
+}
+
+Outcome Command::Run() const {
+  const MemoryFile in(input_);
+  const MemoryFile out;
+  const MemoryFile err;
+  const pid_t child = ::fork();
+  if (child < 0) {
+    throw std::system_error(errno, std::generic_category(), "fork");
+  }
+  if (child == 0) {
+    Become(in.Descriptor(), out.Descriptor(), err.Descriptor());
+  }
+
+  Outcome outcome;
+  outcome.timed_out = !WaitFor(child, timeout_);
+  if (outcome.timed_out) {
+    ::kill(child, SIGKILL);
+  }
+  int ended = 0;
+  ::waitpid(child, &ended, 0);
+  outcome.status = WIFEXITED(ended) ? WEXITSTATUS(ended) : -1;
+  outcome.signal = WIFSIGNALED(ended) ? WTERMSIG(ended) : 0;
+  outcome.out = out.Content();
+  outcome.err = err.Content();
+  return outcome;
+}
+
+// The new process, up to the program it becomes. Programs that abort are an ordinary case here and leave no core.
+void Command::Become(int in, int out, int err) const {
+  ::dup2(in, STDIN_FILENO);
+  ::dup2(out, STDOUT_FILENO);
+  ::dup2(err, STDERR_FILENO);
+  const rlimit no_core{0, 0};
+  ::setrlimit(RLIMIT_CORE, &no_core);
+  if (!reads_everything_) {
+    ::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE, 0, 0, 0);
+    ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH, 0, 0, 0);
+  }
+  std::vector<std::string> variables;
+  for (const auto& [name, value] : environment_) {
+    variables.push_back(name + "=" + value);
+  }
+  ::execve(program_.c_str(), Pointers(arguments_).data(), Pointers(variables).data());
+  ::_exit(127);
+}
+
+std::ostream& operator<<(std::ostream& stream, const Outcome& outcome) {
+  stream << "exit status " << outcome.status << ", signal " << outcome.signal;
+  if (outcome.timed_out) {
+    stream << ", timed out";
+  }
+  return stream << ", standard output [" << outcome.out << "], standard error [" << outcome.err << "]";
+}
+
+}  // namespace tests

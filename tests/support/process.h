@@ -1,0 +1,59 @@
+// Starting a program and waiting for what becomes of it.
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace tests {
+
+/// How a program ended, and what it wrote.
+struct Outcome {
+  int status = -1;  ///< The exit status, or -1 when a signal ended it.
+  int signal = 0;   ///< The signal that ended it, or 0.
+  bool timed_out = false;
+  std::string out;
+  std::string err;
+};
+
+/// A program, how it is started, and its one run.
+class Command {
+ public:
+  explicit Command(std::filesystem::path program);
+
+  /// The arguments after the program's name, which is its path unless Name() says otherwise.
+  Command& Arguments(std::vector<std::string> arguments);
+  Command& Name(std::string name);
+  /// Starts it with no argument at all, not even a name.
+  Command& WithoutName();
+  /// Adds a variable. The environment is otherwise empty, except for what steers the sanitizers and the coverage.
+  Command& Variable(const std::string& name, const std::string& value);
+  Command& Variables(const std::map<std::string, std::string>& variables);
+  /// What it reads from standard input; nothing unless said.
+  Command& Input(std::string bytes);
+  /// Takes away what lets root read and search everything, so that an unreadable file is unreadable to root, too.
+  Command& WithoutReadingEverything();
+  /// It is killed after this long; 60 seconds unless said.
+  Command& Timeout(std::chrono::milliseconds timeout);
+
+  /// Runs it. Throws std::system_error when no process can be made; a program that cannot be executed ends with
+  /// status 127.
+  [[nodiscard]] Outcome Run() const;
+
+ private:
+  [[noreturn]] void Become(int in, int out, int err) const;
+
+  std::filesystem::path program_;
+  std::vector<std::string> arguments_;
+  std::map<std::string, std::string> environment_;
+  std::string input_;
+  bool reads_everything_ = true;
+  std::chrono::milliseconds timeout_{60'000};
+};
+
+/// Writes an outcome into a failing test's message.
+std::ostream& operator<<(std::ostream& stream, const Outcome& outcome);
+
+}  // namespace tests

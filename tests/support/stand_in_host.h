@@ -1,0 +1,81 @@
+// The stand-in host resolver, seen from the test: what it is told, and what it recorded.
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tests/support/temp_folder.h"
+
+namespace tests {
+
+/// The libraries that can stand in for libhostfxr.so.
+enum class HostVariant {
+  kWhole,
+  kLacksInitialize,
+  kLacksRun,
+  kLacksClose,
+  kNullRun,     ///< hostfxr_run_app is found, and is a null pointer.
+  kUnresolved,  ///< Needs a function that nobody has, so that binding every symbol at once fails.
+};
+
+/// The built library of that variant.
+[[nodiscard]] std::filesystem::path HostLibrary(HostVariant variant = HostVariant::kWhole);
+
+/// One thing that happened in a stand-in host.
+struct HostCall {
+  std::string name;                                ///< loaded, initialize, run_app, close or unloaded
+  std::string version;                             ///< the folder that the library was loaded from
+  std::vector<std::string> arguments;              ///< of initialize, the assembly first
+  std::map<std::string, std::string> fields;       ///< argc, size, host_path, dotnet_root, handle, file
+  std::map<std::string, std::string> environment;  ///< of the process, as loaded, initialize and unloaded saw it
+
+  /// The variable's value, or "(not set)".
+  [[nodiscard]] std::string Variable(const std::string& name) const;
+};
+
+/// The functions of a host that can be told how to behave.
+enum class HostFunction { kInitialize, kRun, kClose };
+
+/// Tells the stand-in hosts of the processes it is given to, and reads back what they recorded. Whatever is not told
+/// succeeds.
+class StandInHost {
+ public:
+  /// `function` returns `status`.
+  StandInHost& Returns(HostFunction function, int status);
+  /// `function` throws std::runtime_error with the text `what`, or the number 42 for the text "int".
+  StandInHost& Throws(HostFunction function, const std::string& what);
+  /// `function` writes `words` and a line end to standard error, or hands `words` to the error writer that was set.
+  StandInHost& Says(HostFunction function, const std::string& words);
+  /// `function` ends the process with that exit status.
+  StandInHost& Exits(HostFunction function, int status);
+  /// `function` leaves that error number behind.
+  StandInHost& SetsErrno(HostFunction function, int error);
+  /// Initialising leaves the handle null.
+  StandInHost& GivesNoHandle();
+
+  /// The variables that make a process's stand-in hosts obey and record.
+  [[nodiscard]] const std::map<std::string, std::string>& Environment() const { return environment_; }
+
+  /// Everything recorded so far, in order.
+  [[nodiscard]] std::vector<HostCall> Calls() const;
+  /// The same, each as "6.0.10 run_app".
+  [[nodiscard]] std::vector<std::string> Story() const;
+  /// The version whose application ran, "" when none did; "6.0.2, 6.0.1" were there several.
+  [[nodiscard]] std::string VersionThatRan() const;
+  /// The first call of that name; fails the test and is empty when there is none.
+  [[nodiscard]] HostCall Call(const std::string& name) const;
+  /// Forgets what was recorded.
+  void Forget();
+
+  StandInHost();
+
+ private:
+  StandInHost& Tell(HostFunction function, const std::string& what, const std::string& value);
+
+  TempFolder folder_;
+  std::map<std::string, std::string> environment_;
+};
+
+}  // namespace tests

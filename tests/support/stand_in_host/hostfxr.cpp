@@ -1,0 +1,222 @@
+// A host resolver that runs nothing: it records every call, or tells of it on standard output when no record is asked
+// for. What it is told by its environment variables stands beside their names in tests/support/stand_in_host.h.
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+extern char** environ;
+
+namespace {
+
+// As the public hosting interface has it.
+struct InitializeParameters {
+  std::size_t size;
+  const char* host_path;
+  const char* dotnet_root;
+};
+using ErrorWriter = void (*)(const char* message);
+
+ErrorWriter error_writer = nullptr;
+int context = 0;  // Its address is the handle.
+
+const char* Told(const char* name) { return std::getenv(name); }
+
+int ToldNumber(const char* name, int otherwise) {
+  const char* text = Told(name);
+  return text == nullptr ? otherwise : std::atoi(text);
+}
+
+std::string Hex(const void* address) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%p", address);
+  return text;
+}
+
+std::string OwnFile() {
+  Dl_info info{};
+  return ::dladdr(&context, &info) != 0 && info.dli_fname != nullptr ? info.dli_fname : "";
+}
+
+std::string OwnVersion() {
+  const std::string file = OwnFile();
+  const auto slash = file.rfind('/');
+  if (slash == std::string::npos || slash == 0) {
+    return "";
+  }
+  const auto before = file.rfind('/', slash - 1);
+  return file.substr(before + 1, slash - before - 1);
+}
+
+// One event: its name, the version it happened in, then fields of a name and a value. Control characters and "%" are
+// written as "%" and two digits, so that tabs and line ends part fields and events only.
+class Event {
+ public:
+  explicit Event(std::string_view name) {
+    Append(name);
+    line_ += '\t';
+    Append(OwnVersion());
+  }
+
+  Event& Field(std::string_view name, std::string_view value) {
+    line_ += '\t';
+    Append(name);
+    line_ += '=';
+    Append(value);
+    return *this;
+  }
+
+  Event& Field(std::string_view name, const char* value) {
+    return Field(name, std::string_view(value == nullptr ? "(null)" : value));
+  }
+
+  Event& Environment() {
+    for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
+      Field("environment", *entry);
+    }
+    return *this;
+  }
+
+  void Write(const char* record) {
+    line_ += '\n';
+    const int saved_errno = errno;
+    const int file = ::open(record, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
+    for (std::string_view rest = line_; file >= 0 && !rest.empty();) {
+      const auto written = ::write(file, rest.data(), rest.size());
+      if (written <= 0) {
+        break;
+      }
+      rest.remove_prefix(static_cast<std::size_t>(written));
+    }
+    ::close(file);
+    errno = saved_errno;
+  }
+
+ private:
+  void Append(std::string_view text) {
+    constexpr char kDigits[] = "0123456789abcdef";
+    for (const char c : text) {
+      const auto byte = static_cast<unsigned char>(c);
+      if (byte < 0x20 || c == '%') {
+        line_ += '%';
+        line_ += kDigits[byte >> 4];
+        line_ += kDigits[byte & 15];
+      } else {
+        line_ += c;
+      }
+    }
+  }
+
+  std::string line_;
+};
+
+// Only the calls are told of; that the library comes and goes is of no interest to someone who watches.
+const char* Record() { return Told("STAND_IN_RECORD"); }
+
+void RecordComingAndGoing(const char* what) {
+  if (const char* record = Record()) {
+    Event(what).Field("file", OwnFile()).Environment().Write(record);
+  }
+}
+
+__attribute__((constructor)) void Loaded() { RecordComingAndGoing("loaded"); }
+__attribute__((destructor)) void Unloaded() { RecordComingAndGoing("unloaded"); }
+
+#if !defined(LACKS_RUN) || !defined(LACKS_CLOSE)
+void RecordHandle(const char* call, void* handle) {
+  if (const char* record = Record()) {
+    Event(call).Field("handle", Hex(handle)).Write(record);
+  } else {
+    std::printf("stand-in host %s: hostfxr_%s\n", OwnVersion().c_str(), call);
+    std::fflush(stdout);
+  }
+}
+#endif
+
+// Does what was told for one function, which is named by the head of its variables.
+int Obey(const std::string& function) {
+  if (const char* what = Told((function + "_THROWS").c_str())) {
+    if (std::strcmp(what, "int") == 0) {
+      throw 42;
+    }
+    throw std::runtime_error(what);
+  }
+  if (const char* words = Told((function + "_SAYS").c_str())) {
+    if (error_writer != nullptr) {
+      error_writer(words);
+    } else {
+      std::fprintf(stderr, "%s\n", words);
+    }
+  }
+  if (Told((function + "_EXITS").c_str()) != nullptr) {
+    std::exit(ToldNumber((function + "_EXITS").c_str(), 0));
+  }
+  errno = ToldNumber((function + "_ERRNO").c_str(), errno);
+  return ToldNumber((function + "_RETURNS").c_str(), 0);
+}
+
+}  // namespace
+
+extern "C" [[gnu::visibility("default")]] ErrorWriter hostfxr_set_error_writer(ErrorWriter writer) {
+  const ErrorWriter previous = error_writer;
+  error_writer = writer;
+  return previous;
+}
+
+#ifndef LACKS_INITIALIZE
+extern "C" [[gnu::visibility("default")]] std::int32_t hostfxr_initialize_for_dotnet_command_line(
+    int argc, const char** argv, const InitializeParameters* parameters, void** handle) {
+  if (const char* record = Record()) {
+    Event event("initialize");
+    event.Field("argc", std::to_string(argc));
+    for (int i = 0; i < argc; ++i) {
+      event.Field("argv", argv[i]);
+    }
+    event.Field("size", std::to_string(parameters->size))
+        .Field("host_path", parameters->host_path)
+        .Field("dotnet_root", parameters->dotnet_root)
+        .Field("handle", Hex(*handle))
+        .Environment()
+        .Write(record);
+  } else {
+    std::printf("stand-in host %s: hostfxr_initialize_for_dotnet_command_line\n", OwnVersion().c_str());
+    for (int i = 0; i < argc; ++i) {
+      std::printf("  %s [%s]\n", i == 0 ? "assembly" : "argument", argv[i]);
+    }
+    std::printf("  host path [%s]\n  runtime root [%s]\n", parameters->host_path, parameters->dotnet_root);
+    std::fflush(stdout);
+  }
+  if (Told("STAND_IN_INITIALIZE_GIVES_NO_HANDLE") == nullptr) {
+    *handle = &context;
+  }
+  return Obey("STAND_IN_INITIALIZE");
+}
+#endif
+
+#ifndef LACKS_RUN
+extern "C" [[gnu::visibility("default")]] std::int32_t hostfxr_run_app(void* handle) {
+  RecordHandle("run_app", handle);
+  return Obey("STAND_IN_RUN");
+}
+#endif
+
+#ifndef LACKS_CLOSE
+extern "C" [[gnu::visibility("default")]] std::int32_t hostfxr_close(void* handle) {
+  RecordHandle("close", handle);
+  return Obey("STAND_IN_CLOSE");
+}
+#endif
+
+#ifdef NEEDS_WHAT_NOBODY_HAS
+// Found missing only by a loader that binds every symbol at once.
+extern "C" void stand_in_function_that_no_library_has();
+extern "C" [[gnu::visibility("default")]] void stand_in_calls_it() { stand_in_function_that_no_library_has(); }
+#endif
