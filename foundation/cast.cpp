@@ -1,0 +1,39 @@
+#include "foundation/cast.h"
+
+#include <typeinfo>
+
+#include "foundation/convert_to_container.h"
+
+namespace tov::text {
+namespace {
+
+template <typename Converter>
+typename Converter::Output Convert(typename Converter::Input text) {
+  const auto length = Converter::Measure(text);
+  if (!length) {
+    throw std::bad_cast();
+  }
+  typename Converter::Output converted(*length, 0);
+  Converter::Write(text, converted.data());
+  return converted;
+}
+
+}  // namespace
+
+template <>
+std::string Cast<std::string>(std::u16string_view text) {
+  return Convert<tov::detail::ConvertToContainer<detail::StrictUtf16CharConverter, Utf8CharConverter>>(text);
+}
+
+template <>
+WideString Cast<WideString>(std::string_view text) {
+  return Convert<tov::detail::ConvertToContainer<detail::StrictUtf8CharConverter, detail::StrictUtf16CharConverter>>(
+      text);
+}
+
+template <>
+std::string Cast<std::string>(std::string_view text) {
+  return std::string(text);
+}
+
+}  // namespace tov::text

@@ -1,0 +1,48 @@
+#include "foundation/exception.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tov {
+
+exception::exception(const source_location& location, const char* message,
+                     std::initializer_list<property_info> properties)
+    : file_(location.file), line_(location.line), context_(message, properties) {}
+
+exception::~exception() = default;
+
+const char* exception::what() const noexcept {
+  detail::ExceptionContext* context = context_.get();
+  if (context == nullptr) {
+    return "Unknown exception";
+  }
+  try {
+    if (context->what_text.empty()) {
+      context->what_text = detail::ComposeWhat({file_, line_}, *context);
+    }
+    return context->what_text.c_str();
+  } catch (...) {
+    return context->message.c_str();
+  }
+}
+
+const detail::PropertyRecord* exception::FindProperty(std::string_view name) const noexcept {
+  const detail::ExceptionContext* context = context_.get();
+  if (context == nullptr) {
+    return nullptr;
+  }
+  const auto found = std::ranges::find(context->properties, name, &detail::PropertyRecord::name);
+  return found != context->properties.end() ? &*found : nullptr;
+}
+
+Exception::Exception(const source_location& location, const char* message, WideString text,
+                     std::initializer_list<property_info> properties)
+    : exception(location, message, properties), text_(std::move(text)) {}
+
+Exception::~Exception() = default;
+
+WideString Exception::Text() const {
+  return {text_, text_.get_allocator()};
+}
+
+}  // namespace tov

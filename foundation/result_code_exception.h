@@ -1,0 +1,39 @@
+// Exceptions that carry a result code.
+#pragma once
+
+#include <initializer_list>
+#include <optional>
+
+#include "foundation/exception.h"
+
+namespace tov {
+
+/// A failure with a result code, kept as the property "tov.result".
+class ResultCodeException : public ExceptionBase<ResultCodeException, Exception> {
+ public:
+  ResultCodeException(const source_location& location, const char* message, int resultCode);
+  /// With the properties given and no others; without "tov.result" among them the exception has no result code.
+  ResultCodeException(const source_location& location, const char* message,
+                      std::initializer_list<property_info> properties);
+  ResultCodeException(const ResultCodeException&) = default;
+  ResultCodeException& operator=(const ResultCodeException&) = default;
+  ~ResultCodeException() override;
+
+  /// The result code; empty when "tov.result" is absent or of another type.
+  std::optional<int> ResultCode() const noexcept;
+
+  /// The text of the result code, with that of an "os.result" property (an errno value) in brackets behind it:
+  /// "Not found (Access denied)". Without a result code: "Exception has no result code".
+  WideString Text() const override;
+};
+
+/// Thrown when a checked result code is a failure.
+class CheckResultFailedException : public ExceptionBase<CheckResultFailedException, ResultCodeException> {
+ public:
+  using ExceptionBase::ExceptionBase;
+  CheckResultFailedException(const CheckResultFailedException&) = default;
+  CheckResultFailedException& operator=(const CheckResultFailedException&) = default;
+  ~CheckResultFailedException() override;
+};
+
+}  // namespace tov
