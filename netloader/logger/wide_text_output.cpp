@@ -1,0 +1,14 @@
+#include "netloader/logger/wide_text_output.h"
+
+#include <ostream>
+
+#include "netloader/utils/text_conversion.h"
+
+std::ostream& operator<<(std::ostream& os, const wchar_t* text) {
+  // As a C string: the bytes up to their first NUL.
+  return os << netloader::utils::ToString(text, false).c_str();
+}
+
+std::ostream& operator<<(std::ostream& os, const std::wstring& text) {
+  return os << text.c_str();
+}
