@@ -1,0 +1,31 @@
+#include "netloader/platform/environment.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <string>
+
+#include "foundation/cast.h"
+
+namespace netloader::platform_utils {
+
+void ConfigureStaticEnvironmentsVariables() {
+  for (const StaticVariable& variable : kStaticVariables) {
+    if (variable.value != nullptr) {
+      ::setenv(variable.name, variable.value, 1);
+    } else {
+      ::unsetenv(variable.name);
+    }
+  }
+}
+
+void SetEnvVariable(const tov::WideString& name, const tov::WideString& value) {
+  const auto narrowValue = tov::text::Cast<std::string>(value);
+  const auto narrowName = tov::text::Cast<std::string>(name);
+  ::setenv(narrowName.c_str(), narrowValue.c_str(), 1);
+}
+
+std::uint32_t GetErrorCode() {
+  return static_cast<std::uint32_t>(errno);
+}
+
+}  // namespace netloader::platform_utils
