@@ -1,0 +1,28 @@
+// A look at a library before the dynamic loader maps it.
+#pragma once
+
+#include <string>
+
+namespace netloader {
+
+enum class ElfVerdict {
+  kLoadable,
+  kUnreadable,    ///< It cannot be opened or read.
+  kNotElf,        ///< Empty, text, another format.
+  kOtherMachine,  ///< ELF for another machine, word size or byte order.
+  kNotShared,     ///< ELF, but no shared object.
+  kCutShort,      ///< Headers or loadable segments reach beyond the end of the file.
+  kMalformed,     ///< Headers that contradict each other.
+};
+
+struct ElfFinding {
+  ElfVerdict verdict;
+  std::string detail;  ///< The reason in words, for people; empty when loadable.
+};
+
+/// Tells whether the file's ELF header and program headers let the dynamic loader map it without touching pages that
+/// are not there, which would end the process. What the dynamic loader would load is never refused. Opens the file
+/// once, reads at most twice, maps nothing. It does not see damage behind the headers.
+ElfFinding CheckElf(const char* path);
+
+}  // namespace netloader

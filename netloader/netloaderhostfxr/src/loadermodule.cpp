@@ -1,0 +1,240 @@
+#include "netloader/netloaderhostfxr/src/loadermodule.h"
+
+#include <dlfcn.h>
+
+#include <cstdint>
+#include <stdexcept>
+#include <vector>
+
+#include "foundation/convert_to_container.h"
+#include "foundation/path.h"
+#include "foundation/result_code.h"
+#include "foundation/result_code_exception.h"
+#include "netloader/logger/log.h"
+#include "netloader/netloaderhostfxr/src/library_module.h"
+#include "netloader/netloaderhostfxr/src/version_order.h"
+#include "netloader/platform/environment.h"
+#include "netloader/utils/path_utils.h"
+
+namespace netloader {
+
+using enum logger::LogLevel;
+using logger::Log;
+using tov::WideString;
+
+const WideString kHostFxrFileName = u"libhostfxr.so";
+const WideString kAssemblyDir = u"/opt/morvath/quor/lib64";
+
+namespace {
+
+void LogFinding(const Discovery& discovery, const VersionFinding& finding, const WideString& library) {
+  if (finding.verdict == VersionVerdict::kNotAFolder) {
+    Log(TRACE, L"LoaderModule: Loading dotnet skipped processing fxr path: '", finding.name, L"'",
+        L". Not a directory.");
+    return;
+  }
+  Log(TRACE, L"LoaderModule: Loading dotnet processing version file: '",
+      HostLibraryPath(discovery.fxrFolder, finding.name, library), L"'", L", version: '", finding.name, L"'");
+  const bool accepted = finding.verdict == VersionVerdict::kAccepted;
+  Log(TRACE, accepted ? L"LoaderModule: Version candidate is ok: '" : L"LoaderModule: Version candidate is skipped: '",
+      finding.name, L"'");
+}
+
+void LogFindings(const Discovery& discovery, const WideString& library) {
+  if (logger::IsEmptyLoggerCurrent()) {
+    return;  // Not even the paths are built.
+  }
+  for (const VersionFinding& finding : discovery.findings) {
+    LogFinding(discovery, finding, library);
+  }
+}
+
+void LogUnwalkedFolder(const Discovery& discovery) {
+  if (discovery.state == FxrFolderState::kUnreadable) {
+    Log(ERROR, L"LoaderModule: Could not find hostfxr version from path ", discovery.fxrFolder,
+        L". Initialization has been failed.");
+  } else {
+    Log(ERROR, L"LoaderModule: Loading dotnet failed. Invalid path to dotnet fxr folder: '", discovery.fxrFolder, L"'");
+  }
+}
+
+WideString Widened(const char* ascii) {
+  WideString wide;
+  tov::text::Utf8ToUtf16::Do(ascii, wide, 0);
+  return wide;
+}
+
+}  // namespace
+
+LoaderModule::LoaderModule(const HostFxrModuleParameters& params)
+    : productRoot(params.productRoot),
+      dotnetRootPath(params.dotnetRootPath),
+      dotnetVersionPrefix(params.dotnetVersionPrefix),
+      hostFxrSegment(kHostFxrFileName) {
+  platform_utils::ConfigureStaticEnvironmentsVariables();
+  for (const auto& [name, value] : params.environmentVariables) {
+    if (!name.empty()) {
+      platform_utils::SetEnvVariable(name, value);
+    }
+  }
+  Log(TRACE, L"LoaderModule: Created with params: ", L"dotnetRootPath = '", dotnetRootPath, L"'",
+      L", dotnetVersionPrefix = '", dotnetVersionPrefix, L"'", L", productRoot = '", productRoot, L"'",
+      L", hostFxrSegment = '", hostFxrSegment, L"'");
+}
+
+LoaderModule::~LoaderModule() {
+  hostFxrHandle.reset();
+}
+
+bool LoaderModule::LoadDotNetWithHigerVersion() {
+  const Discovery discovery = DiscoverVersions(dotnetRootPath, dotnetVersionPrefix, hostFxrSegment);
+  if (discovery.state != FxrFolderState::kWalked) {
+    LogUnwalkedFolder(discovery);
+    return false;
+  }
+  LogFindings(discovery, hostFxrSegment);
+  for (const WideString& version : NewestFirst(discovery.Accepted(), dotnetVersionPrefix)) {
+    if (TryVersion(discovery.fxrFolder, version)) {
+      return true;
+    }
+  }
+  Log(ERROR, L"LoaderModule: Could not load hostfxr. Initialization has been failed.");
+  return false;
+}
+
+bool LoaderModule::TryVersion(const WideString& fxrFolder, const WideString& version) {
+  const WideString path = HostLibraryPath(fxrFolder, version, hostFxrSegment);
+  Log(TRACE, L"LoaderModule: Attempt to load fxr file: '", path, L"'", L", version: '", version, L"'");
+  if (!LoadDotNet(path)) {
+    Log(ERROR, L"LoaderModule: Failed to load fxr: '", path, L"'");
+    return false;
+  }
+  Log(TRACE, L"LoaderModule: hostfxr file has been successfully loaded: '", path, L"'", L", version: '", version, L"'");
+  hostFxrPath = path;
+  return true;
+}
+
+bool LoaderModule::VersionSortPredicate(const WideString& a, const WideString& b) const {
+  return VersionNumber(a, dotnetVersionPrefix) > VersionNumber(b, dotnetVersionPrefix);
+}
+
+bool LoaderModule::LoadDotNet(const WideString& path) {
+  if (!utils::CheckIsValidPath(path)) {
+    Log(ERROR, L"LoaderModule: Loading from relative path is prohibited path: '", path, L"'");
+    return false;
+  }
+  return OpenHost(path) && BindFunctions(path);
+}
+
+bool LoaderModule::OpenHost(const WideString& path) {
+  const OpenedLibrary opened = OpenLibrary(path);
+  if (opened.error.empty()) {
+    hostFxrHandle.overwrite(opened.handle);
+    Log(TRACE, L"LoaderModule: hostfxr library loaded: '", path, L"'");
+    return true;
+  }
+  Log(ERROR, L"LoaderModule: Failed to load hostfxr library: '", path, L"'");
+  // The reason was fetched when the opening failed, so there is none left, and the line ends at its opening quote.
+  Log(ERROR, L"LoaderModule: Loading hostfxr library completed with error: '", ::dlerror(), L"'");
+  hostFxrHandle.reset();
+  return false;
+}
+
+bool LoaderModule::BindFunctions(const WideString& path) {
+  const auto bind = [&](const char* name, auto& function) {
+    const ResolvedFunction resolved = ResolveFunction(hostFxrHandle.get(), name);
+    function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(resolved.address);
+    if (!resolved.error.empty()) {
+      LogFunctionLoadError(path, Widened(name));
+      hostFxrHandle.reset();
+    }
+    return resolved.error.empty();
+  };
+  if (!bind(kHostFunctions[0], initFn) || !bind(kHostFunctions[1], runAppFn) || !bind(kHostFunctions[2], closeFn)) {
+    return false;
+  }
+  if (initFn == nullptr || runAppFn == nullptr || closeFn == nullptr) {
+    Log(ERROR, L"LoaderModule: Failed to get necessary functions from hostfxr library");
+    return false;  // The library stays open on purpose.
+  }
+  Log(TRACE, L"LoaderModule: All function has been obtained successfully from hostfxr library");
+  return true;
+}
+
+std::shared_ptr<LibraryInterface> LoaderModule::LoadAssembly(const WideString& path, int argc, const char** argv) {
+  Log(TRACE, L"LoaderModule: Loading library: '", path, L"'");
+  const WideString assembly = AssemblyPath(path);
+  if (!ArePathsValid(assembly)) {
+    return nullptr;
+  }
+  Log(TRACE, L"LoaderModule: Loading library from path: '", assembly, L"'");
+  void* handle = InitializeContext(assembly, argc, argv);
+  if (handle == nullptr) {
+    return nullptr;
+  }
+  Log(TRACE, L"LoaderModule: Library context (hostfxr_handle) has been obtained successfully");
+  return std::make_shared<LibraryModule>(shared_from_this(), handle, runAppFn, closeFn);
+}
+
+bool LoaderModule::ArePathsValid(const WideString& assembly) const {
+  if (!utils::CheckIsValidPath(assembly)) {
+    Log(ERROR, L"LoadAssembly: Loading assembly with relative path is prohibited: path: '", assembly, L"'");
+    return false;
+  }
+  if (!utils::CheckIsValidPath(dotnetRootPath)) {
+    Log(ERROR, L"LoadAssembly: Using dotnet_root with relative path is prohibited: path: '", dotnetRootPath, L"'");
+    return false;
+  }
+  if (!utils::CheckIsValidPath(hostFxrPath)) {
+    Log(ERROR, L"LoadAssembly: Using hostFxrPath with relative path is prohibited: path: '", hostFxrPath, L"'");
+    return false;
+  }
+  return true;
+}
+
+void* LoaderModule::InitializeContext(const WideString& assembly, int argc, const char** argv) const {
+  const std::string root = CastPathToPlatformString(dotnetRootPath);
+  const std::string host = CastPathToPlatformString(hostFxrPath);
+  const std::string application = CastPathToPlatformString(assembly);
+  std::vector<const char*> arguments = {application.c_str()};
+  if (argc > 0) {
+    if (argv == nullptr) {
+      // Thrown as a pointer on purpose: the entry point reports it as an unknown failure.
+      throw new std::invalid_argument("argv is null");
+    }
+    arguments.insert(arguments.end(), argv, argv + argc);
+  }
+  const HostFxrInitializeParameters parameters{sizeof(parameters), host.c_str(), root.c_str()};
+  void* handle = nullptr;
+  const std::int32_t result = initFn(static_cast<int>(arguments.size()), arguments.data(), &parameters, &handle);
+  if (result == 0 && handle != nullptr) {
+    return handle;
+  }
+  const std::uint32_t error = platform_utils::GetErrorCode();
+  Log(ERROR, L"LoaderModule: Get library context (hostfxr_handle) failed for library: '", assembly, L"'", L", result ",
+      result, L", lastErrorCode ", error);
+  return nullptr;  // A handle that came with another result is not closed.
+}
+
+void LogFunctionLoadError(WideString path, WideString functionName) {  // NOLINT(performance-unnecessary-value-param)
+  Log(ERROR, L"LoaderModule: Failed to load ", functionName, L" function: '", path, L"'");
+  // As a rule the reason was fetched before; the line then ends at its opening quote.
+  Log(ERROR, L"LoaderModule: Loading ", functionName, L" function completed with error: '", ::dlerror(), L"'");
+}
+
+std::string CastPathToPlatformString(WideString path) {  // NOLINT(performance-unnecessary-value-param)
+  std::string bytes;
+  const int result = tov::text::Utf16ToUtf8::Do(path, bytes, 0);
+  if (tov::result_code::IsFailure(result)) {
+    throw tov::CheckResultFailedException({"netloader/netloaderhostfxr/src/loadermodule", 77}, "Expression failed",
+                                          result);
+  }
+  return bytes;
+}
+
+WideString AssemblyPath(const WideString& fileName) {
+  WideString path = kAssemblyDir;
+  return tov::filesystem::detail::PathImplBase::PathAddLastSeparator(path) += fileName;
+}
+
+}  // namespace netloader

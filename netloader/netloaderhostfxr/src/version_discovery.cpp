@@ -1,0 +1,151 @@
+#include "netloader/netloaderhostfxr/src/version_discovery.h"
+
+#include <sys/stat.h>
+
+#include <utility>
+
+#include "foundation/convert_to_container.h"
+#include "foundation/directory_enumerator.h"
+#include "foundation/file_find.h"
+#include "foundation/long_path.h"
+#include "foundation/path.h"
+#include "foundation/result_code.h"
+#include "netloader/utils/path_utils.h"
+
+namespace netloader {
+namespace {
+
+using tov::NarrowString;
+using tov::WideString;
+using tov::filesystem::NoFollowSymLinksResolvingStrategy;
+using tov::filesystem::detail::PathImplBase;
+using Enumerator =
+    tov::filesystem::DirectoryEnumerator<NoFollowSymLinksResolvingStrategy, tov::posix::filesystem::FileFind>;
+
+const WideString kHostFolder = u"host";
+const WideString kFxrFolder = u"fxr";
+
+// A file's mode, a final link not followed; or why it cannot be had.
+struct FileMode {
+  mode_t mode;
+  int result;
+};
+
+FileMode ModeOf(const WideString& path) {
+  NarrowString bytes;
+  struct stat status {};
+  int result = tov::text::Utf16ToUtf8::Do(path, bytes, 0);
+  if (!tov::result_code::IsFailure(result)) {
+    result = tov::posix::filesystem::detail::long_path::Stat(bytes.c_str(), status);
+  }
+  return {status.st_mode, result};
+}
+
+FxrFolderState JudgeFxrFolder(const FileMode& folder) {
+  if (tov::result_code::IsFailure(folder.result)) {
+    return FxrFolderState::kNoStatus;
+  }
+  if (S_ISLNK(folder.mode)) {
+    return FxrFolderState::kIsLink;
+  }
+  return S_ISDIR(folder.mode) ? FxrFolderState::kWalked : FxrFolderState::kNotAFolder;
+}
+
+VersionVerdict JudgeLibrary(const FileMode& library) {
+  if (tov::result_code::IsFailure(library.result)) {
+    return VersionVerdict::kNoLibrary;
+  }
+  if (S_ISLNK(library.mode)) {
+    return VersionVerdict::kLibraryIsLink;
+  }
+  return S_ISREG(library.mode) ? VersionVerdict::kAccepted : VersionVerdict::kLibraryIsNoFile;
+}
+
+// Looks at each folder that the walk comes through.
+class VersionWalk {
+ public:
+  VersionWalk(Discovery& discovery, const WideString& prefix, const WideString& library)
+      : discovery_(discovery), prefix_(prefix), library_(library) {}
+
+  void Examine(const NarrowString& folder) {
+    if (folder == last_processed_bytes_) {
+      return;
+    }
+    WideString path;
+    tov::text::Utf8ToUtf16::Do(folder, path, 0);  // A name that is not UTF-8 makes it empty, and so no folder.
+    if (path == last_processed_ || path == discovery_.fxrFolder) {
+      return;
+    }
+    const FileMode mode = ModeOf(path);
+    if (tov::result_code::IsFailure(mode.result) || !S_ISDIR(mode.mode)) {
+      discovery_.findings.push_back({std::move(path), VersionVerdict::kNotAFolder, mode.result});
+      return;
+    }
+    last_processed_bytes_ = folder;
+    last_processed_ = std::move(path);
+    discovery_.findings.push_back(JudgeVersion(utils::GetLastFolderName(last_processed_)));
+  }
+
+ private:
+  VersionFinding JudgeVersion(WideString version) const {
+    if (!version.starts_with(prefix_)) {
+      return {std::move(version), VersionVerdict::kWrongPrefix};
+    }
+    const FileMode library = ModeOf(HostLibraryPath(discovery_.fxrFolder, version, library_));
+    return {std::move(version), JudgeLibrary(library), library.result};
+  }
+
+  Discovery& discovery_;
+  const WideString& prefix_;
+  const WideString& library_;
+  WideString last_processed_;
+  NarrowString last_processed_bytes_;  // The same, to spare the conversion for the other entries of the folder.
+};
+
+}  // namespace
+
+std::vector<WideString> Discovery::Accepted() const {
+  std::vector<WideString> accepted;
+  for (const VersionFinding& finding : findings) {
+    if (finding.verdict == VersionVerdict::kAccepted) {
+      accepted.push_back(finding.name);
+    }
+  }
+  return accepted;
+}
+
+Discovery DiscoverVersions(const WideString& root, const WideString& prefix, const WideString& library) {
+  Discovery discovery;
+  discovery.fxrFolder = FxrFolder(root);
+  const FileMode folder = ModeOf(discovery.fxrFolder);
+  discovery.state = JudgeFxrFolder(folder);
+  discovery.result = folder.result;
+  if (discovery.state != FxrFolderState::kWalked) {
+    return discovery;
+  }
+  Enumerator enumerator;
+  discovery.result = enumerator.Open(discovery.fxrFolder, NoFollowSymLinksResolvingStrategy());
+  if (tov::result_code::IsFailure(discovery.result)) {
+    discovery.state = FxrFolderState::kUnreadable;
+    return discovery;
+  }
+  VersionWalk walk(discovery, prefix, library);
+  for (; !enumerator.IsFinished(); enumerator.Next()) {
+    walk.Examine(enumerator.CurrentFolder());
+  }
+  return discovery;
+}
+
+WideString FxrFolder(const WideString& root) {
+  WideString folder = root;
+  PathImplBase::PathAppend(folder, kHostFolder);
+  return PathImplBase::PathAppend(folder, kFxrFolder);
+}
+
+WideString HostLibraryPath(const WideString& fxrFolder, const WideString& version, const WideString& library) {
+  WideString path = fxrFolder;
+  PathImplBase::PathAppend(path, version);
+  return PathImplBase::PathAppend(path, library);
+}
+
+}  // namespace netloader
