@@ -1,0 +1,75 @@
+#include "netloader/netloaderquorcommon/src/dotnet_settings_provider.h"
+
+#include <fstream>
+#include <ios>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+#include "foundation/cast.h"
+#include "netloader/logger/log.h"
+#include "netloader/netloaderquorcommon/src/settings_constants.h"
+#include "netloader/netloaderquorcommon/src/settings_line.h"
+
+namespace netloader::quor {
+
+using enum logger::LogLevel;
+using logger::Log;
+using tov::WideString;
+using tov::text::Cast;
+
+DotnetSettingsProvider& DotnetSettingsProvider::GetInstance() {
+  static DotnetSettingsProvider provider;
+  provider.LoadSettingsFromFile();
+  return provider;
+}
+
+void DotnetSettingsProvider::LoadSettingsFromFile() {
+  if (loaded) {
+    Log(TRACE, L"LoadSettingsFromFile: settings already loaded");
+    return;
+  }
+  settingsSource = SettingsFilePath();
+  const std::string path = Cast<std::string>(settingsSource);
+  std::ifstream file(path);
+  if (!file.is_open()) {
+    Log(ERROR, L"LoadSettingsFromFile: Failed to open file by path '", settingsSource, L"'");
+    throw std::system_error(std::io_errc::stream, "Cannot open settings file by path: " + path);
+  }
+  for (std::string line; std::getline(file, line);) {
+    ProcessLine(line);
+  }
+  loaded = true;
+  Log(TRACE, L"LoadSettingsFromFile: settings loaded");
+}
+
+void DotnetSettingsProvider::ProcessLine(std::string_view line) {
+  const auto parsed = ParseSettingsLine(line);
+  if (!parsed) {
+    Log(TRACE, L"LoadSettingsFromFile: skip line '", line, L"'");
+    return;
+  }
+  const auto [key, value] = *parsed;
+  Log(TRACE, L"LoadSettingsFromFile: process line '", line, L"'");
+  Log(TRACE, L"LoadSettingsFromFile: key = '", key, L"'", L", value = '", value, L"'");
+  auto wideKey = Cast<WideString>(key);
+  settings.insert_or_assign(std::move(wideKey), Cast<WideString>(value));
+}
+
+WideString DotnetSettingsProvider::GetSettingsSource() {
+  if (!loaded) {
+    settingsSource = u"Settings not loaded yet";
+  }
+  return settingsSource;
+}
+
+WideString DotnetSettingsProvider::GetValue(const WideString& key) const {
+  if (key.empty()) {
+    Log(ERROR, L"Requested configuration key is empty");
+    throw std::invalid_argument("Cannot read empty configuration key");
+  }
+  const auto found = settings.find(key);
+  return found != settings.end() ? found->second : WideString();
+}
+
+}  // namespace netloader::quor

@@ -1,0 +1,46 @@
+#include "netloader/netloaderquorcommon/src/executable_folder.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <string_view>
+
+#include "foundation/convert_to_container.h"
+#include "foundation/result_code.h"
+
+namespace netloader::quor {
+namespace {
+
+constexpr std::size_t kTooLong = 4096;
+
+}  // namespace
+
+std::variant<tov::WideString, int> FolderOfExecutable(const char* link) {
+  std::array<char, kTooLong> text;
+  const ssize_t length = ::readlink(link, text.data(), text.size());
+  if (length >= 0) {
+    return FolderOfLinkText({text.data(), static_cast<std::size_t>(length)});
+  }
+  const int result = tov::posix::ResultCodeFromSystemError(static_cast<unsigned int>(errno));
+  if (tov::result_code::IsFailure(result)) {
+    return result;
+  }
+  return tov::WideString();
+}
+
+std::variant<tov::WideString, int> FolderOfLinkText(std::string_view text) {
+  if (text.size() >= kTooLong) {
+    return tov::result_code::kUnspecifiedError;
+  }
+  const auto slash = text.rfind('/');
+  const std::size_t length = slash == std::string_view::npos ? 0 : slash == 0 ? 1 : slash;
+  tov::WideString folder;
+  const int result = tov::text::Utf8ToUtf16::Do(text.substr(0, length), folder, 0);
+  if (tov::result_code::IsFailure(result)) {
+    return result;
+  }
+  return folder;
+}
+
+}  // namespace netloader::quor

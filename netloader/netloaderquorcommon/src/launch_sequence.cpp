@@ -1,0 +1,36 @@
+#include "netloader/netloaderquorcommon/src/launch_sequence.h"
+
+#include "netloader/logger/log.h"
+#include "netloader/netloaderhostfxr/src/loader_module_factory.h"
+#include "netloader/netloaderquorcommon/src/dotnet_settings.h"
+
+namespace netloader::quor {
+
+using enum logger::LogLevel;
+using logger::Log;
+
+std::shared_ptr<LibraryInterface> InitAndLoadAssembly(const tov::WideString& loaderName,
+                                                      const tov::WideString& assemblyPath, int argc, const char** argv,
+                                                      const std::map<tov::WideString, tov::WideString>& environment) {
+  logger::LoggerSettings loggingSettings;
+  InitNetloaderLoggingSettingsOrUseDefault(loggingSettings);
+  loggingSettings.logName = loaderName;
+  logger::InitEmptyLogger();
+  Log(TRACE, L"InitAndLoadAssembly: Starting ...");
+
+  HostFxrModuleParameters parameters;
+  if (!TryInitNetloaderSettings(parameters)) {
+    Log(ERROR, L"InitAndLoadAssembly: Failed to load settings ...");
+    return nullptr;
+  }
+  parameters.environmentVariables = environment;
+
+  const auto loader = LoaderModuleInterfaceFactory::CreateModuleLoader(parameters);
+  if (loader == nullptr) {
+    Log(ERROR, L"InitAndLoadAssembly: Failed to create dotnet loader ...");
+    return nullptr;
+  }
+  return loader->LoadAssembly(assemblyPath, argc, argv);
+}
+
+}  // namespace netloader::quor

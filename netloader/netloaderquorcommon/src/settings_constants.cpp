@@ -1,0 +1,25 @@
+#include "netloader/netloaderquorcommon/src/settings_constants.h"
+
+#include "foundation/path.h"
+
+namespace netloader::quor {
+
+using tov::WideString;
+
+const WideString kDotnetRootFolderKey = u"DotnetRootFolder";
+const WideString kLoaderLoggingDirKey = u"LoaderLoggingDir";
+const WideString kProductRootDirKey = u"ProductRootDir";
+const WideString kDotnetVersionPrefix = u"6.0.";
+const WideString kDefaultLogName = u"netloader_quor_common";
+const WideString kCommonDataFolder = u"/var/opt/morvath/quor/common";
+const WideString kSettingsFileName = u"dotnet_settings.ini";
+const WideString kDotnetFolderName = u"dotnet";
+const WideString kTargetFrameworkName = u"net6.0";
+const WideString kInMemorySettingsMarker = u"DEBUG_IN_MEMORY_SETTINGS";
+
+WideString SettingsFilePath() {
+  WideString path = kCommonDataFolder;
+  return tov::filesystem::detail::PathImplBase::PathAppend(path, kSettingsFileName);
+}
+
+}  // namespace netloader::quor
