@@ -66,6 +66,10 @@ bool WaitFor(pid_t child, std::chrono::milliseconds timeout) {
   return ready > 0;
 }
 
+std::chrono::microseconds Duration(const timeval& time) {
+  return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);
+}
+
 std::vector<char*> Pointers(const std::vector<std::string>& texts) {
   std::vector<char*> pointers;
   for (const std::string& text : texts) {
@@ -119,6 +123,11 @@ Command& Command::Input(std::string bytes) {
   return *this;
 }
 
+Command& Command::Folder(std::filesystem::path folder) {
+  folder_ = std::move(folder);
+  return *this;
+}
+
 Command& Command::WithoutReadingEverything() {
   reads_everything_ = false;
   return *this;
@@ -147,7 +156,9 @@ Outcome Command::Run() const {
     ::kill(child, SIGKILL);
   }
   int ended = 0;
-  ::waitpid(child, &ended, 0);
+  rusage usage{};
+  ::wait4(child, &ended, 0, &usage);
+  outcome.processor_time = Duration(usage.ru_utime) + Duration(usage.ru_stime);
   outcome.status = WIFEXITED(ended) ? WEXITSTATUS(ended) : -1;
   outcome.signal = WIFSIGNALED(ended) ? WTERMSIG(ended) : 0;
   outcome.out = out.Content();
@@ -165,6 +176,9 @@ void Command::Become(int in, int out, int err) const {
   if (!reads_everything_) {
     ::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE, 0, 0, 0);
     ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH, 0, 0, 0);
+  }
+  if (::chdir(folder_.c_str()) != 0) {
+    ::_exit(127);
   }
   std::vector<std::string> variables;
   for (const auto& [name, value] : environment_) {

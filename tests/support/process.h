@@ -14,6 +14,7 @@ struct Outcome {
   int status = -1;  ///< The exit status, or -1 when a signal ended it.
   int signal = 0;   ///< The signal that ended it, or 0.
   bool timed_out = false;
+  std::chrono::microseconds processor_time{0};  ///< What it took of the processor, the system's share included.
   std::string out;
   std::string err;
 };
@@ -33,6 +34,8 @@ class Command {
   Command& Variables(const std::map<std::string, std::string>& variables);
   /// What it reads from standard input; nothing unless said.
   Command& Input(std::string bytes);
+  /// The folder that it starts in; the test's own unless said.
+  Command& Folder(std::filesystem::path folder);
   /// Takes away what lets root read and search everything, so that an unreadable file is unreadable to root, too.
   Command& WithoutReadingEverything();
   /// It is killed after this long; 60 seconds unless said.
@@ -49,6 +52,7 @@ class Command {
   std::vector<std::string> arguments_;
   std::map<std::string, std::string> environment_;
   std::string input_;
+  std::filesystem::path folder_ = ".";
   bool reads_everything_ = true;
   std::chrono::milliseconds timeout_{60'000};
 };

@@ -55,7 +55,9 @@ TEST(Command, ReadsNoForbiddenFileWithoutTheRightToReadEverything) {
   EXPECT_EQ(outcome.out, "");
 }
 
-TEST(Command, AProgramThatCannotBeExecutedEndsWith127) { EXPECT_EQ(Command("/no/such/program").Run().status, 127); }
+TEST(Command, AProgramThatCannotBeExecutedEndsWith127) {
+  EXPECT_EQ(Command("/no/such/program").Run().status, 127);
+}
 
 }  // namespace
 }  // namespace tests

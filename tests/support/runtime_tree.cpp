@@ -4,7 +4,9 @@ namespace tests {
 
 namespace fs = std::filesystem;
 
-RuntimeTree::RuntimeTree(const fs::path& parent) : folder_(parent) { fs::create_directories(FxrFolder()); }
+RuntimeTree::RuntimeTree(const fs::path& parent) : folder_(parent) {
+  fs::create_directories(FxrFolder());
+}
 
 RuntimeTree& RuntimeTree::AddHost(std::string_view version, HostVariant variant) {
   fs::create_directories(FxrFolder() / version);
@@ -34,6 +36,8 @@ RuntimeTree& RuntimeTree::AddLink(std::string_view name, const fs::path& target)
   return *this;
 }
 
-fs::path RuntimeTree::HostFile(std::string_view version) const { return FxrFolder() / version / "libhostfxr.so"; }
+fs::path RuntimeTree::HostFile(std::string_view version) const {
+  return FxrFolder() / version / "libhostfxr.so";
+}
 
 }  // namespace tests

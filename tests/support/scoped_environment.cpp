@@ -33,7 +33,9 @@ ScopedEnvironment& ScopedEnvironment::Remove(const std::string& name) {
 }
 
 // Only what was there first is worth going back to.
-void ScopedEnvironment::Remember(const std::string& name) { before_.try_emplace(name, Variable(name)); }
+void ScopedEnvironment::Remember(const std::string& name) {
+  before_.try_emplace(name, Variable(name));
+}
 
 std::optional<std::string> Variable(const std::string& name) {
   const char* value = std::getenv(name.c_str());

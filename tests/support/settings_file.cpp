@@ -26,6 +26,8 @@ SettingsFile::~SettingsFile() {
   fs::remove(kSettingsPath, ignored);
 }
 
-void SettingsFile::Write(std::string_view bytes) { WriteFile(kSettingsPath, bytes); }
+void SettingsFile::Write(std::string_view bytes) {
+  WriteFile(kSettingsPath, bytes);
+}
 
 }  // namespace tests

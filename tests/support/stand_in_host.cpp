@@ -15,7 +15,9 @@ namespace {
 constexpr std::array kVariantFolders{"whole", "lacks_initialize", "lacks_run", "lacks_close", "null_run", "unresolved"};
 constexpr std::array kFunctionNames{"INITIALIZE", "RUN", "CLOSE"};
 
-int HexDigit(char c) { return c <= '9' ? c - '0' : c - 'a' + 10; }
+int HexDigit(char c) {
+  return c <= '9' ? c - '0' : c - 'a' + 10;
+}
 
 std::string Unescape(std::string_view text) {
   std::string result;
@@ -66,7 +68,9 @@ std::string HostCall::Variable(const std::string& variable) const {
   return found == environment.end() ? "(not set)" : found->second;
 }
 
-StandInHost::StandInHost() { environment_["STAND_IN_RECORD"] = folder_ / "record"; }
+StandInHost::StandInHost() {
+  environment_["STAND_IN_RECORD"] = folder_ / "record";
+}
 
 StandInHost& StandInHost::Tell(HostFunction function, const std::string& what, const std::string& value) {
   const std::string name = kFunctionNames.at(static_cast<std::size_t>(function));
@@ -94,7 +98,9 @@ StandInHost& StandInHost::SetsErrno(HostFunction function, int error) {
   return Tell(function, "ERRNO", std::to_string(error));
 }
 
-StandInHost& StandInHost::GivesNoHandle() { return Tell(HostFunction::kInitialize, "GIVES_NO_HANDLE", "1"); }
+StandInHost& StandInHost::GivesNoHandle() {
+  return Tell(HostFunction::kInitialize, "GIVES_NO_HANDLE", "1");
+}
 
 std::vector<HostCall> StandInHost::Calls() const {
   std::vector<HostCall> calls;
@@ -135,6 +141,8 @@ HostCall StandInHost::Call(const std::string& name) const {
   return {};
 }
 
-void StandInHost::Forget() { fs::remove(folder_ / "record"); }
+void StandInHost::Forget() {
+  fs::remove(folder_ / "record");
+}
 
 }  // namespace tests

@@ -27,7 +27,9 @@ struct CloseLibrary {
 };
 using Library = std::unique_ptr<void, CloseLibrary>;
 
-Library Open(const std::filesystem::path& file) { return Library(::dlopen(file.c_str(), RTLD_NOW)); }
+Library Open(const std::filesystem::path& file) {
+  return Library(::dlopen(file.c_str(), RTLD_NOW));
+}
 
 template <typename Function>
 Function Find(const Library& library, const char* name) {

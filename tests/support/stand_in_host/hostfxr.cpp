@@ -28,7 +28,9 @@ using ErrorWriter = void (*)(const char* message);
 ErrorWriter error_writer = nullptr;
 int context = 0;  // Its address is the handle.
 
-const char* Told(const char* name) { return std::getenv(name); }
+const char* Told(const char* name) {
+  return std::getenv(name);
+}
 
 int ToldNumber(const char* name, int otherwise) {
   const char* text = Told(name);
@@ -119,7 +121,9 @@ class Event {
 };
 
 // Only the calls are told of; that the library comes and goes is of no interest to someone who watches.
-const char* Record() { return Told("STAND_IN_RECORD"); }
+const char* Record() {
+  return Told("STAND_IN_RECORD");
+}
 
 void RecordComingAndGoing(const char* what) {
   if (const char* record = Record()) {
@@ -127,8 +131,12 @@ void RecordComingAndGoing(const char* what) {
   }
 }
 
-__attribute__((constructor)) void Loaded() { RecordComingAndGoing("loaded"); }
-__attribute__((destructor)) void Unloaded() { RecordComingAndGoing("unloaded"); }
+__attribute__((constructor)) void Loaded() {
+  RecordComingAndGoing("loaded");
+}
+__attribute__((destructor)) void Unloaded() {
+  RecordComingAndGoing("unloaded");
+}
 
 #if !defined(LACKS_RUN) || !defined(LACKS_CLOSE)
 void RecordHandle(const char* call, void* handle) {
@@ -218,5 +226,7 @@ extern "C" [[gnu::visibility("default")]] std::int32_t hostfxr_close(void* handl
 #ifdef NEEDS_WHAT_NOBODY_HAS
 // Found missing only by a loader that binds every symbol at once.
 extern "C" void stand_in_function_that_no_library_has();
-extern "C" [[gnu::visibility("default")]] void stand_in_calls_it() { stand_in_function_that_no_library_has(); }
+extern "C" [[gnu::visibility("default")]] void stand_in_calls_it() {
+  stand_in_function_that_no_library_has();
+}
 #endif
