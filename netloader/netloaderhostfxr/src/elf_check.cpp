@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 #include <iterator>
+#include <optional>
 #include <vector>
 
 namespace netloader {
@@ -39,10 +40,10 @@ class FileDescriptor {
     return ::fstat(descriptor_, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
   }
 
-  // How many bytes were read; none when the read failed.
-  std::size_t Read(void* buffer, std::size_t size, std::uint64_t offset) const {
+  // How many bytes were read; empty when the read failed.
+  std::optional<std::size_t> Read(void* buffer, std::size_t size, std::uint64_t offset) const {
     const ssize_t count = ::pread(descriptor_, buffer, size, static_cast<off_t>(offset));
-    return count < 0 ? 0 : static_cast<std::size_t>(count);
+    return count < 0 ? std::nullopt : std::optional(static_cast<std::size_t>(count));
   }
 
  private:
@@ -89,17 +90,29 @@ ElfFinding CheckHeader(const Elf64_Ehdr& header, std::uint64_t size) {
   return end > size ? CutShort(end, size) : Loadable();
 }
 
+// Where a segment's zeros end, added up as the dynamic loader does: a sum that wraps around ends before the library,
+// and there are no zeros to write then.
+std::int64_t MemoryEnd(const Elf64_Phdr& load) {
+  return static_cast<std::int64_t>(load.p_vaddr + load.p_memsz);
+}
+
 // The dynamic loader maps every segment into one range of addresses, reserved from the first segment's start to the
 // last one's end. A segment outside would replace something else that is mapped.
+bool IsOutside(const Elf64_Phdr& load, const Elf64_Phdr& first, const Elf64_Phdr& last) {
+  if (MemoryEnd(last) < 0 || PageStart(load.p_vaddr) < PageStart(first.p_vaddr)) {
+    return true;
+  }
+  const std::uint64_t limit = PageEnd(static_cast<std::uint64_t>(MemoryEnd(last)));
+  return PageEnd(End(load.p_vaddr, load.p_filesz)) > limit || MemoryEnd(load) > static_cast<std::int64_t>(limit);
+}
+
 ElfFinding CheckSegments(const ProgramHeaders& loads, std::uint64_t size) {
   for (const Elf64_Phdr& load : loads) {
     const std::uint64_t end = End(load.p_offset, load.p_filesz);
     if (load.p_filesz != 0 && end > size) {
       return CutShort(end, size);
     }
-    if (PageStart(load.p_vaddr) < PageStart(loads.front().p_vaddr) ||
-        PageEnd(End(load.p_vaddr, std::max(load.p_filesz, load.p_memsz))) >
-            PageEnd(End(loads.back().p_vaddr, loads.back().p_memsz))) {
+    if (IsOutside(load, loads.front(), loads.back())) {
       return {ElfVerdict::kMalformed, "a segment outside the library's own addresses"};
     }
   }
@@ -135,11 +148,14 @@ ElfFinding CheckElf(const char* path) {
   }
   const std::uint64_t size = file.Size();
   std::array<char, kFrontSize> front{};
-  const std::size_t length = file.Read(front.data(), front.size(), 0);
+  const auto length = file.Read(front.data(), front.size(), 0);
+  if (!length) {
+    return {ElfVerdict::kUnreadable, std::strerror(errno)};
+  }
   Elf64_Ehdr header{};
   std::memcpy(&header, front.data(), sizeof(header));
   const bool isElf = std::memcmp(header.e_ident, ELFMAG, SELFMAG) == 0;
-  if (isElf && length < sizeof(header)) {
+  if (isElf && *length < sizeof(header)) {
     return CutShort(sizeof(header), size);
   }
   if (const ElfFinding finding = CheckHeader(header, size); finding.verdict != ElfVerdict::kLoadable) {
@@ -147,7 +163,7 @@ ElfFinding CheckElf(const char* path) {
   }
   ProgramHeaders headers(header.e_phnum);
   const std::size_t headersSize = headers.size() * sizeof(Elf64_Phdr);
-  if (End(header.e_phoff, headersSize) <= length) {
+  if (End(header.e_phoff, headersSize) <= *length) {
     std::memcpy(headers.data(), front.data() + header.e_phoff, headersSize);
   } else if (file.Read(headers.data(), headersSize, header.e_phoff) != headersSize) {
     return {ElfVerdict::kUnreadable, "its program headers cannot be read"};
