@@ -1,0 +1,182 @@
+// Exit statuses, what is said on standard error, and the arguments.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <string>
+#include <vector>
+
+#include "tests/support/launcher.h"
+#include "tests/support/runtime_tree.h"
+#include "tests/support/settings_file.h"
+
+namespace tests {
+namespace {
+
+namespace fs = std::filesystem;
+using Texts = std::vector<std::string>;
+
+constexpr const char* kAssembly = "/opt/morvath/quor/lib64/grellin_utils.dll";
+
+// Everything that a successful launch takes.
+struct World {
+  RuntimeTree runtime;
+  StandInHost host;
+  SettingsFile settings = SettingsFile::ForRoot(runtime.Root());
+
+  World() { runtime.AddHost("6.0.36"); }
+};
+
+std::string Lower(std::string text) {
+  std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return text;
+}
+
+TEST(Main, WithoutArgumentsOnlyTheAssemblyIsPassedOn) {
+  const World world;
+
+  const auto outcome = Launcher(world.host).Run();
+
+  EXPECT_TRUE(EndedSilently(outcome, 0));
+  EXPECT_EQ(world.host.Call("initialize").arguments, Texts{kAssembly});
+  EXPECT_EQ(world.host.Call("initialize").fields.at("argc"), "1");
+}
+
+TEST(Main, WithoutEvenANameOnlyTheAssemblyIsPassedOn) {
+  const World world;
+
+  const auto outcome = Launcher(world.host).WithoutName().Run();
+
+  EXPECT_TRUE(EndedSilently(outcome, 0));
+  EXPECT_EQ(world.host.Call("initialize").arguments, Texts{kAssembly});
+}
+
+TEST(Main, ArgumentsFollowTheAssemblyAndTheOwnNameIsNeverPassedOn) {
+  const World world;
+
+  const auto outcome = Launcher(world.host).Name("some-name").Arguments({"a", "b"}).Run();
+
+  EXPECT_TRUE(EndedSilently(outcome, 0));
+  EXPECT_EQ(world.host.Call("initialize").arguments, (Texts{kAssembly, "a", "b"}));
+}
+
+TEST(Main, ArgumentsArriveByteForByte) {
+  const World world;
+  const Texts arguments{"",     " ",   "two words", "-h",    "--", "--roll-forward",
+                        "\t\n", "%41", "=",         "\"'\\", "ж😀", "\xff\xfe"};
+
+  const auto outcome = Launcher(world.host).Arguments(arguments).Run();
+
+  Texts expected = arguments;
+  expected.insert(expected.begin(), kAssembly);
+  EXPECT_TRUE(EndedSilently(outcome, 0));
+  EXPECT_EQ(world.host.Call("initialize").arguments, expected);
+}
+
+TEST(Main, WhatTheApplicationAndTheCloseReturnIsNeverTheExitStatus) {
+  for (const int result : {1, 3, -1, 255, 2147483647}) {
+    SCOPED_TRACE(result);
+    World world;
+    world.host.Returns(HostFunction::kRun, result).Returns(HostFunction::kClose, result);
+
+    EXPECT_TRUE(EndedSilently(Launcher(world.host).Run(), 0));
+  }
+}
+
+TEST(Main, AnApplicationThatExitsChoosesTheExitStatus) {
+  World world;
+  world.host.Exits(HostFunction::kRun, 7);
+
+  EXPECT_TRUE(EndedSilently(Launcher(world.host).Run(), 7));
+}
+
+TEST(Main, ALaunchThatFailsWithoutAnExceptionEndsWith255AndSaysNothing) {
+  World world;
+  world.host.Returns(HostFunction::kInitialize, -1);
+
+  EXPECT_TRUE(EndedSilently(Launcher(world.host).Run(), 255));
+}
+
+TEST(Main, AnExceptionIsReportedInOneLineAndAborts) {
+  for (const HostFunction function : {HostFunction::kInitialize, HostFunction::kRun, HostFunction::kClose}) {
+    SCOPED_TRACE(static_cast<int>(function));
+    World world;
+    world.host.Throws(function, "words of an exception");
+
+    EXPECT_TRUE(AbortedSaying(Launcher(world.host).Run(), "Error occurred: words of an exception"));
+  }
+}
+
+TEST(Main, AThrownNumberIsAnUnknownFailureAndAborts) {
+  for (const HostFunction function : {HostFunction::kInitialize, HostFunction::kRun, HostFunction::kClose}) {
+    SCOPED_TRACE(static_cast<int>(function));
+    World world;
+    world.host.Throws(function, "int");
+
+    EXPECT_TRUE(AbortedSaying(Launcher(world.host).Run(), "Unknown failure occurred"));
+  }
+}
+
+TEST(Main, AnExecutableInAFolderThatIsNotUtf8IsAResultCodeException) {
+  const World world;
+  const TempFolder folder;
+  const fs::path copy = folder / "\xff/loader";
+  fs::create_directory(copy.parent_path());
+  fs::copy_file(LauncherFile(), copy);
+
+  const auto outcome = Command(copy).Variables(world.host.Environment()).Run();
+
+  EXPECT_TRUE(AbortedSaying(outcome,
+                            "Error occurred: netloader/netloaderquorcommon/src/dotnet_settings(88): Expression failed. "
+                            "Properties:\ntov.result=0x80000046\nCall stack:\n"));
+  EXPECT_TRUE(world.host.Calls().empty());
+}
+
+TEST(Main, AnExecutableWhosePathIsTooLongToReadIsAResultCodeException) {
+  const World world;
+  const TempFolder folder("/var/opt/morvath");
+  fs::path deep = folder.Path();
+  const std::string name(250, 'd');
+
+  // Moved below folder after folder: no call takes a path that long.
+  fs::create_directory(folder / "leaf");
+  fs::copy_file(LauncherFile(), folder / "leaf/loader");
+  for (int i = 0; i < 17; ++i) {
+    fs::create_directory(folder / "wrap");
+    fs::rename(folder / "leaf", folder / ("wrap/" + name));
+    fs::rename(folder / "wrap", folder / "leaf");
+  }
+  std::string way = "leaf";
+  for (int i = 0; i < 15; ++i) {
+    way += "/" + name;
+  }
+  const auto outcome =
+      Command("./" + name + "/" + name + "/loader").Folder(folder / way).Variables(world.host.Environment()).Run();
+
+  EXPECT_EQ(Lower(outcome.err)
+                .find("error occurred: netloader/netloaderquorcommon/src/dotnet_settings(88): expression "
+                      "failed. properties:\ntov.result=0x8000005c\ncall stack:\n"),
+            0U)
+      << outcome;
+  EXPECT_TRUE(world.host.Calls().empty());
+}
+
+TEST(Main, AnExecutableReachedThroughALinkWorks) {
+  const World world;
+  const TempFolder folder;
+  fs::create_symlink(LauncherFile(), folder / "link");
+
+  EXPECT_TRUE(EndedSilently(Command(folder / "link").Variables(world.host.Environment()).Run(), 0));
+}
+
+TEST(Main, NoLocaleOfTheMachineIsNeeded) {
+  for (const std::string locale : {"", "C", "POSIX", "C.UTF-8", "no_such_locale", ".UTF8"}) {
+    SCOPED_TRACE(locale);
+    const World world;
+
+    EXPECT_TRUE(EndedSilently(Launcher(world.host).Variable("LC_ALL", locale).Variable("LANG", locale).Run(), 0));
+  }
+}
+
+}  // namespace
+}  // namespace tests
