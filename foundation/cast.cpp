@@ -9,12 +9,10 @@ namespace {
 
 template <typename Converter>
 typename Converter::Output Convert(typename Converter::Input text) {
-  const auto length = Converter::Measure(text);
-  if (!length) {
+  typename Converter::Output converted;
+  if (!Converter::Replace(text, converted, 0)) {
     throw std::bad_cast();
   }
-  typename Converter::Output converted(*length, 0);
-  Converter::Write(text, converted.data());
   return converted;
 }
 

@@ -2,9 +2,9 @@
 #pragma once
 
 #include <cstddef>
-#include <new>
+#include <cstdint>
+#include <cstring>
 #include <optional>
-#include <stdexcept>
 #include <string_view>
 
 #include "foundation/char_converters.h"
@@ -24,23 +24,50 @@ struct ConvertToContainer {
   /// after it is replaced. Returns 0, or "Invalid argument" for malformed input or "Out of memory", and then leaves
   /// `output` as it was. Never throws.
   static int Do(Input range, Output& output, std::size_t offset) noexcept {
-    const auto length = Measure(range);
-    if (!length) {
-      return result_code::kInvalidArgument;
-    }
     try {
-      output.resize(offset + *length);
-    } catch (const std::bad_alloc&) {
-      return result_code::kOutOfMemory;
-    } catch (const std::length_error&) {
+      return Replace(range, output, offset) ? result_code::kNoError : result_code::kInvalidArgument;
+    } catch (...) {  // A string that is too long for memory, or for its type.
       return result_code::kOutOfMemory;
     }
-    Write(range, output.data() + offset);
-    return result_code::kNoError;
   }
 
-  /// How many units the converted range takes; empty when it is malformed.
-  static constexpr std::optional<std::size_t> Measure(Input range) {
+  /// The same with an answer: false for malformed input. Throws what the string throws for want of room.
+  [[nodiscard]] static bool Replace(Input range, Output& output, std::size_t offset) {
+    // Nearly every text is plain ASCII, which is the same unit for unit in both encodings.
+    const std::size_t ascii = AsciiLength(range);
+    const Input rest = range.substr(ascii);
+    const auto length = Measure(rest);
+    if (!length) {
+      return false;
+    }
+    output.resize(offset + ascii + *length);
+    OutputChar* out = output.data() + offset;
+    for (std::size_t at = 0; at < ascii; ++at) {
+      out[at] = static_cast<OutputChar>(range[at]);
+    }
+    Write(rest, out + ascii);
+    return true;
+  }
+
+ private:
+  static std::size_t AsciiLength(Input range) {
+    // The bits that no ASCII unit has, in as many units as a machine word takes.
+    constexpr std::uint64_t kOthers = sizeof(typename From::CharType) == 1 ? 0x8080808080808080 : 0xFF80FF80FF80FF80;
+    constexpr std::size_t kUnits = sizeof(kOthers) / sizeof(typename From::CharType);
+    std::size_t length = 0;
+    for (std::uint64_t units = 0; length + kUnits <= range.size(); length += kUnits) {
+      std::memcpy(&units, range.data() + length, sizeof(units));
+      if ((units & kOthers) != 0) {
+        break;
+      }
+    }
+    while (length < range.size() && static_cast<char32_t>(range[length]) < 0x80) {
+      ++length;
+    }
+    return length;
+  }
+
+  static std::optional<std::size_t> Measure(Input range) {
     std::size_t length = 0;
     while (!range.empty()) {
       const auto read = From::Read(range);
@@ -53,8 +80,8 @@ struct ConvertToContainer {
     return length;
   }
 
-  /// Converts a range that `Measure` accepted into `out`, which has room for it.
-  static constexpr void Write(Input range, OutputChar* out) {
+  // Into room for a range that `Measure` accepted.
+  static void Write(Input range, OutputChar* out) {
     while (!range.empty()) {
       const auto read = From::Read(range);
       out = To::Write(read->value, out);

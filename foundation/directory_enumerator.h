@@ -91,23 +91,19 @@ class DirectoryEnumerator {
   bool TryEnterSubdirectory() {
     const Find& top = stack_.TopFind();
     const std::string_view name = top.EntryName();
+    if (name == "." || name == "..") {
+      return false;
+    }
     struct stat status {};
-    NarrowString path(top.FolderPath());
-    path += name;
-    if (posix::filesystem::detail::long_path::Stat(path.c_str(), status) != 0 ||
-        !(S_ISDIR(status.st_mode) || S_ISLNK(status.st_mode)) || name == "." || name == "..") {
+    entry_path_ = top.FolderPath();
+    entry_path_ += name;
+    if (posix::filesystem::detail::long_path::Stat(entry_path_.c_str(), status) != 0) {
       return false;
     }
-    path = ChildPath(name);
-    if (S_ISLNK(status.st_mode) && !strategy_.Enters(path.c_str())) {
-      return false;
+    if (S_ISLNK(status.st_mode)) {
+      return strategy_.Enters(ChildPath(name).c_str()) && Enter(ChildPath(name));
     }
-    auto find = std::make_unique<Find>();
-    if (result_code::IsFailure(find->Open(path))) {
-      return false;
-    }
-    stack_.Push(find, path);
-    return true;
+    return S_ISDIR(status.st_mode) && Enter(ChildPath(name));
   }
 
   bool IsFinished() const { return stack_.IsEmpty(); }
@@ -119,6 +115,15 @@ class DirectoryEnumerator {
   std::string_view CurrentEntry() const { return stack_.TopFind().EntryName(); }
 
  private:
+  bool Enter(const NarrowString& path) {
+    auto find = std::make_unique<Find>();
+    if (result_code::IsFailure(find->Open(path))) {
+      return false;
+    }
+    stack_.Push(find, path);
+    return true;
+  }
+
   void Descend() {
     while (TryEnterSubdirectory()) {
     }
@@ -134,6 +139,7 @@ class DirectoryEnumerator {
 
   [[no_unique_address]] Strategy strategy_;
   Stack stack_;
+  NarrowString entry_path_;  // Kept from entry to entry for its room.
 };
 
 }  // namespace tov::filesystem

@@ -2,9 +2,11 @@
 
 #include <fstream>
 #include <ios>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "foundation/cast.h"
 #include "netloader/logger/log.h"
@@ -36,24 +38,28 @@ void DotnetSettingsProvider::LoadSettingsFromFile() {
     Log(ERROR, L"LoadSettingsFromFile: Failed to open file by path '", settingsSource, L"'");
     throw std::system_error(std::io_errc::stream, "Cannot open settings file by path: " + path);
   }
+  auto place = settings.end();
   for (std::string line; std::getline(file, line);) {
-    ProcessLine(line);
+    place = ProcessLine(line, place);
   }
   loaded = true;
   Log(TRACE, L"LoadSettingsFromFile: settings loaded");
 }
 
-void DotnetSettingsProvider::ProcessLine(std::string_view line) {
+DotnetSettingsProvider::Settings::iterator DotnetSettingsProvider::ProcessLine(std::string_view line,
+                                                                               Settings::iterator place) {
   const auto parsed = ParseSettingsLine(line);
   if (!parsed) {
     Log(TRACE, L"LoadSettingsFromFile: skip line '", line, L"'");
-    return;
+    return place;
   }
   const auto [key, value] = *parsed;
   Log(TRACE, L"LoadSettingsFromFile: process line '", line, L"'");
   Log(TRACE, L"LoadSettingsFromFile: key = '", key, L"'", L", value = '", value, L"'");
   auto wideKey = Cast<WideString>(key);
-  settings.insert_or_assign(std::move(wideKey), Cast<WideString>(value));
+  auto wideValue = Cast<WideString>(value);
+  const auto after = place == settings.end() ? place : std::next(place);
+  return settings.insert_or_assign(after, std::move(wideKey), std::move(wideValue));
 }
 
 WideString DotnetSettingsProvider::GetSettingsSource() {

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <map>
+#include <memory_resource>
 #include <string_view>
 
+#include "foundation/code_unit_less.h"
 #include "foundation/strings.h"
 
 namespace netloader::quor {
@@ -29,9 +31,14 @@ class DotnetSettingsProvider {
   tov::WideString GetValue(const tov::WideString& key) const;
 
  private:
-  void ProcessLine(std::string_view line);
+  using Settings = std::pmr::map<tov::WideString, tov::WideString, tov::CodeUnitLess>;
 
-  std::map<tov::WideString, tov::WideString> settings;
+  /// Stores what the line sets, if anything. Returns the place of its pair, else `place`, which is a guess at the
+  /// place: the lines of a file often stand in order.
+  Settings::iterator ProcessLine(std::string_view line, Settings::iterator place);
+
+  std::pmr::monotonic_buffer_resource pairs_memory_;  // Pairs only ever come: their nodes stand in a few large blocks.
+  Settings settings{&pairs_memory_};
   bool loaded = false;
   tov::WideString settingsSource;
 };
