@@ -110,6 +110,7 @@ ContextPointer::~ContextPointer() {
 
 NarrowString ComposeWhat(const source_location& location, const ExceptionContext& context) {
   std::ostringstream stream;
+  stream.exceptions(std::ios::badbit);  // A lack of memory is to be thrown, not to cut the text.
   stream << (location.file != nullptr ? location.file : "") << "(" << location.line << "): " << context.message << ".";
   WriteProperties(stream, context.properties);
   WriteCallStack(stream, context);
