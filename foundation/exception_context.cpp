@@ -84,8 +84,12 @@ ContextPointer::ContextPointer(const char* message, std::initializer_list<proper
   fresh->message = message;
   fresh->properties.reserve(properties.size());
   for (const property_info& property : properties) {
-    fresh->properties.push_back(
-        {NarrowString(property.name), TypeCode(property.value), property.type_identity, property.value});
+    // Assigned, not copy-constructed: when memory runs out, the library's variant destroys what it did not construct.
+    PropertyRecord& record = fresh->properties.emplace_back();
+    record.name = property.name;
+    record.type_code = TypeCode(property.value);
+    record.type_identity = property.type_identity;
+    record.value = property.value;
   }
   context_ = fresh.release();
 }
