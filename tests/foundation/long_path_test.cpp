@@ -1,0 +1,220 @@
+#include "foundation/long_path.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <string>
+
+#include "tests/foundation/open_files.h"
+#include "tests/foundation/scoped_rights.h"
+#include "tests/support/temp_folder.h"
+
+namespace tov::posix::filesystem::detail::long_path {
+namespace {
+
+namespace fs = std::filesystem;
+using tests::OpenFiles;
+using tests::TempFolder;
+using tests::WriteFile;
+
+int Code(std::uint32_t bits) {
+  return static_cast<int>(bits);
+}
+
+// A path of exactly this length that leads from `folder` to `name`: it goes through "." as often as it takes, and once
+// through "../<the folder's own name>" when an odd number of bytes is missing.
+std::string PathOfLength(const fs::path& folder, const std::string& name, std::size_t length) {
+  std::string path = folder.string();
+  const auto missing = [&] { return length - path.size() - 1 - name.size(); };
+  if (missing() % 2 != 0) {
+    const std::string own = folder.filename().string();
+    path += own.size() % 2 == 0 ? "/../" + own : "/./../" + own;
+  }
+  while (missing() > 1) {
+    path += "/.";
+  }
+  EXPECT_EQ(missing(), 0U);
+  return path + "/" + name;
+}
+
+TEST(LongPath, AShortPathIsUsedAsItIs) {
+  const std::string path = std::string(4094, '/') + "x";
+  FileAccessor accessor;
+
+  EXPECT_EQ(accessor.Initialize(path.c_str()), 0);
+
+  EXPECT_EQ(accessor.Descriptor(), AT_FDCWD);
+  EXPECT_EQ(accessor.Name(), path.c_str());
+}
+
+TEST(LongPath, APathOf5000BytesIsOpenedThroughItsFirstPart) {
+  const TempFolder folder;
+  WriteFile(folder / "file", "12345");
+  const std::string path = PathOfLength(folder.Path(), "file", 5000);
+  const std::size_t before = OpenFiles();
+  FileAccessor accessor;
+
+  ASSERT_EQ(accessor.Initialize(path.c_str()), 0);
+
+  EXPECT_GE(accessor.Descriptor(), 0);
+  EXPECT_EQ(OpenFiles(), before + 1);
+  EXPECT_LE(std::strlen(accessor.Name()), 5000U - 4000U);
+  EXPECT_TRUE(path.ends_with(accessor.Name()));
+  struct stat status {};
+  EXPECT_EQ(::fstatat(accessor.Descriptor(), accessor.Name(), &status, 0), 0);
+  EXPECT_EQ(status.st_size, 5);
+}
+
+TEST(LongPath, TheDescriptorIsClosedWithIt) {
+  const std::size_t before = OpenFiles();
+  const TempFolder folder;
+
+  {
+    FileAccessor accessor;
+    ASSERT_EQ(accessor.Initialize(PathOfLength(folder.Path(), "any", 20'000).c_str()), 0);
+    EXPECT_EQ(OpenFiles(), before + 1);
+  }
+
+  EXPECT_EQ(OpenFiles(), before);
+}
+
+TEST(LongPath, AnAccessorCanBeUsedAgain) {
+  const TempFolder folder;
+  const std::string path = PathOfLength(folder.Path(), "any", 5000);
+  const std::size_t before = OpenFiles();
+  FileAccessor accessor;
+
+  ASSERT_EQ(accessor.Initialize(path.c_str()), 0);
+  ASSERT_EQ(accessor.Initialize(path.c_str()), 0);
+  EXPECT_EQ(OpenFiles(), before + 1);
+  ASSERT_EQ(accessor.Initialize("short"), 0);
+
+  EXPECT_EQ(accessor.Descriptor(), AT_FDCWD);
+  EXPECT_EQ(OpenFiles(), before);
+}
+
+// One byte to either side of every length at which one more stretch is needed, and some that are far above.
+TEST(LongPath, StatReachesAFileByAPathOfAnyLength) {
+  const TempFolder folder;
+  WriteFile(folder / "file", "12345");
+  const std::size_t before = OpenFiles();
+
+  for (const std::size_t length :
+       {100U,  4090U, 4091U, 4092U, 4093U, 4094U, 4095U, 4096U,  4097U,  4098U,   4099U,
+        8188U, 8189U, 8190U, 8191U, 8192U, 8193U, 8194U, 12286U, 12287U, 40'000U, 100'001U}) {
+    const std::string path = PathOfLength(folder.Path(), "file", length);
+    ASSERT_EQ(path.size(), length);
+    struct stat status {};
+    EXPECT_EQ(Stat(path.c_str(), status), 0) << length;
+    EXPECT_EQ(status.st_size, 5) << length;
+    EXPECT_EQ(OpenFiles(), before) << length;
+  }
+}
+
+TEST(LongPath, StatReachesAFileByARelativePathOfAnyLength) {
+  std::string path = ".";
+  while (path.size() < 9000) {
+    path += "/.";
+  }
+  struct stat here {};
+  struct stat status {};
+  ASSERT_EQ(::stat(".", &here), 0);
+
+  EXPECT_EQ(Stat(path.c_str(), status), 0);
+
+  EXPECT_EQ(status.st_ino, here.st_ino);
+}
+
+TEST(LongPath, StatReachesFoldersThatAreReallyThatDeep) {
+  const TempFolder folder;
+  std::string path = folder.Path();
+  fs::path deepest = folder.Path();
+  const std::string name(250, 'n');
+  int descriptor = ::open(path.c_str(), O_RDONLY);
+  while (path.size() < 6000) {
+    ASSERT_EQ(::mkdirat(descriptor, name.c_str(), 0700), 0);
+    const int next = ::openat(descriptor, name.c_str(), O_RDONLY);
+    ASSERT_GE(next, 0);
+    ::close(descriptor);
+    descriptor = next;
+    path += "/" + name;
+  }
+  struct stat deep {};
+  struct stat status {};
+  ASSERT_EQ(::fstat(descriptor, &deep), 0);
+  ::close(descriptor);
+
+  EXPECT_EQ(Stat(path.c_str(), status), 0);
+
+  EXPECT_EQ(status.st_ino, deep.st_ino);
+}
+
+TEST(LongPath, StatDoesNotFollowAFinalLink) {
+  const TempFolder folder;
+  fs::create_directory(folder / "target");
+  fs::create_symlink("target", folder / "link");
+
+  for (const std::size_t length : {200U, 5000U}) {
+    struct stat status {};
+    EXPECT_EQ(Stat(PathOfLength(folder.Path(), "link", length).c_str(), status), 0) << length;
+    EXPECT_TRUE(S_ISLNK(status.st_mode)) << length;
+  }
+}
+
+TEST(LongPath, StatFollowsTheLinksOnTheWay) {
+  const TempFolder folder;
+  WriteFile(folder / "target/file", "123");
+  fs::create_symlink("target", folder / "link");
+
+  for (const std::size_t length : {200U, 5000U}) {
+    struct stat status {};
+    EXPECT_EQ(Stat(PathOfLength(folder / "link/../link", "file", length).c_str(), status), 0) << length;
+    EXPECT_EQ(status.st_size, 3) << length;
+  }
+}
+
+TEST(LongPath, AStretchWithoutASeparatorIsAMissingPath) {
+  const TempFolder folder;
+  struct stat status {};
+  const std::string good = PathOfLength(folder.Path(), "x", 4000);
+
+  EXPECT_EQ(Stat(std::string(4096, 'n').c_str(), status), Code(0x80010102));
+  EXPECT_EQ(Stat(std::string(5000, 'n').c_str(), status), Code(0x80010102));
+  EXPECT_EQ(Stat((good.substr(0, 3998) + "/" + std::string(5000, 'n')).c_str(), status), Code(0x80010102));
+}
+
+TEST(LongPath, FailuresHaveTheirCodesAndLeaveNothingOpen) {
+  const TempFolder folder;
+  WriteFile(folder / "file", "");
+  fs::create_directory(folder / "locked");
+  fs::permissions(folder / "locked", fs::perms::none);
+  const tests::WithoutReadingEverything rights;
+  const std::size_t before = OpenFiles();
+  std::string tail;
+  while (tail.size() < 5000) {
+    tail += "/.";
+  }
+  struct Row {
+    std::string path;
+    std::uint32_t code;
+  };
+
+  for (const Row& row :
+       {Row{folder / "missing", 0x80010102}, Row{(folder / "missing").string() + tail, 0x80010102},
+        Row{folder.Path().string() + tail + "/missing", 0x80010102}, Row{folder / "file/x", 0x80010103},
+        Row{(folder / "file").string() + tail, 0x80010103}, Row{(folder / "locked").string() + tail, 0x80000045},
+        Row{folder.Path().string() + tail + "/locked/x", 0x80000045}, Row{folder / std::string(256, 'n'), 0x8000005C},
+        Row{folder.Path().string() + tail + "/" + std::string(256, 'n') + tail, 0x8000005C}, Row{"", 0x80010102}}) {
+    struct stat status {};
+    EXPECT_EQ(Stat(row.path.c_str(), status), Code(row.code))
+        << row.path.size() << " bytes: " << row.path.substr(0, 80);
+    EXPECT_EQ(OpenFiles(), before) << row.path.size() << " bytes: " << row.path.substr(0, 80);
+  }
+}
+
+}  // namespace
+}  // namespace tov::posix::filesystem::detail::long_path
