@@ -70,7 +70,7 @@ int FileAccessor::WalkTo(const char* path) noexcept {
     }
     path += cut + 1;
   }
-  std::strcpy(buffer_.get(), path);
+  std::memcpy(buffer_.get(), path, std::strlen(path) + 1);
   name_ = buffer_.get();
   return result;
 }

@@ -16,7 +16,6 @@ namespace {
 using tov::NarrowString;
 using tov::WideString;
 using tov::filesystem::detail::PathImplBase;
-using tov::types::operator<<;
 
 const WideString kLogFileExtension = u".log";
 constexpr unsigned int kAttempts = 10;
@@ -58,7 +57,7 @@ void FileLogger::OpenStream() {
     stream.open(Utf8(path), std::ios::out | std::ios::trunc);
     if (stream.is_open()) {
       const std::string message = tov::text::Cast<std::string>(u"Log has been created with name: " + path);
-      return Trace(LogLevel::INFRA, message.c_str());
+      return FileLogger::Trace(LogLevel::INFRA, message.c_str());
     }
   }
 }
@@ -82,7 +81,7 @@ void FileLogger::Trace(LogLevel level, const char* text) {
 
 void FileLogger::TraceImpl(WideString levelText, const char* text) noexcept {
   try {
-    if (!IsValid()) {
+    if (!stream.is_open()) {
       return;
     }
     BeginWrite(std::move(levelText));
@@ -93,7 +92,8 @@ void FileLogger::TraceImpl(WideString levelText, const char* text) noexcept {
 }
 
 void FileLogger::BeginWrite(WideString levelText) {  // NOLINT(performance-unnecessary-value-param)
-  stream << utils::GetCurrentTimeString(false) << "\t" << levelText << "\t";
+  stream << utils::GetCurrentTimeString(false) << "\t";
+  tov::types::operator<<(stream, levelText) << "\t";
 }
 
 void FileLogger::EndWrite() {

@@ -130,7 +130,7 @@ ElfFinding CheckDynamicSection(const Elf64_Phdr& dynamic, const ProgramHeaders& 
 ElfFinding CheckProgramHeaders(const ProgramHeaders& headers, std::uint64_t size) {
   ProgramHeaders loads;
   std::ranges::copy_if(headers, std::back_inserter(loads), [](const auto& each) { return each.p_type == PT_LOAD; });
-  if (const ElfFinding finding = CheckSegments(loads, size); finding.verdict != ElfVerdict::kLoadable) {
+  if (ElfFinding finding = CheckSegments(loads, size); finding.verdict != ElfVerdict::kLoadable) {
     return finding;
   }
   // Of several the dynamic loader takes the last.
@@ -158,8 +158,11 @@ ElfFinding CheckElf(const char* path) {
   if (isElf && *length < sizeof(header)) {
     return CutShort(sizeof(header), size);
   }
-  if (const ElfFinding finding = CheckHeader(header, size); finding.verdict != ElfVerdict::kLoadable) {
+  if (ElfFinding finding = CheckHeader(header, size); finding.verdict != ElfVerdict::kLoadable) {
     return finding;
+  }
+  if (header.e_phnum == 0) {
+    return Loadable();  // Nothing would be mapped; the dynamic loader says so.
   }
   ProgramHeaders headers(header.e_phnum);
   const std::size_t headersSize = headers.size() * sizeof(Elf64_Phdr);

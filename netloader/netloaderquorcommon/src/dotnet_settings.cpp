@@ -31,7 +31,7 @@ WideString ExecutableFolder() {
 
 // Paths end at a NUL, as they would for the operating system.
 WideString UpToNul(const WideString& value) {
-  return value.c_str();
+  return value.substr(0, value.find(u'\0'));
 }
 
 const char* DefaultLogFolderText() {
