@@ -131,15 +131,16 @@ std::vector<std::uint64_t> HostileValues(std::size_t fileSize) {
           0xffffffffffffffff};
 }
 
-// Tries one spoilt library. A file that breaks the rules must be passed over; one that keeps them is left to the
-// dynamic loader, and whatever that makes of it, short of a crash of its own, has to come of the launch as well.
+// Tries one spoilt library. One that breaks the rules must be passed over. One that keeps them is left to the dynamic
+// loader: what that refuses is passed over, what it loads is never refused. Where it crashes on headers that keep every
+// rule but no longer tell what the file holds, nothing can be promised.
 void Check(World& world, const ElfImage& spoilt, int& passed_over) {
-  if (!spoilt.IsWhole()) {
-    EXPECT_EQ(world.VersionThatRanWith(spoilt), kGood);
+  const std::string version = world.VersionThatRanWith(spoilt);
+  if (!spoilt.IsWhole() || !spoilt.StaysInItsAddresses()) {
+    EXPECT_EQ(version, kGood);
     ++passed_over;
     return;
   }
-  const std::string version = world.VersionThatRanWith(spoilt);
   const LoaderVerdict verdict = world.AskLoaderAboutTheSame();
   if (verdict != LoaderVerdict::kCrashes) {
     EXPECT_EQ(version == kGood, verdict == LoaderVerdict::kRefuses) << version;
@@ -165,6 +166,9 @@ TEST(BrokenRuntime, ASegmentWithHostileFieldsIsPassedOver) {
   World world;
   int passed_over = 0;
   for (std::size_t i = 0; i < segments.size(); ++i) {
+    if (segments[i].p_type != PT_LOAD && segments[i].p_type != PT_DYNAMIC) {
+      continue;
+    }
     const std::size_t header = library.Header().e_phoff + i * sizeof(Elf64_Phdr);
     for (const Field& field : kSegmentFields) {
       for (const std::uint64_t value : HostileValues(library.Bytes().size())) {

@@ -27,6 +27,11 @@ struct World {
   World() { runtime.AddHost("6.0.36"); }
 };
 
+// Without the line that a sanitizer writes when it, too, cannot read the name of the executable.
+std::string WithoutSanitizerLine(const std::string& text) {
+  return text.starts_with("==") ? text.substr(text.find('\n') + 1) : text;
+}
+
 std::string Lower(std::string text) {
   std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
   return text;
@@ -153,7 +158,7 @@ TEST(Main, AnExecutableWhosePathIsTooLongToReadIsAResultCodeException) {
   const auto outcome =
       Command("./" + name + "/" + name + "/loader").Folder(folder / way).Variables(world.host.Environment()).Run();
 
-  EXPECT_EQ(Lower(outcome.err)
+  EXPECT_EQ(Lower(WithoutSanitizerLine(outcome.err))
                 .find("error occurred: netloader/netloaderquorcommon/src/dotnet_settings(88): expression "
                       "failed. properties:\ntov.result=0x8000005c\ncall stack:\n"),
             0U)

@@ -1,15 +1,10 @@
 #include "tests/support/elf_image.h"
 
-#include <dlfcn.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <csignal>
 #include <set>
-#include <system_error>
+
+#include "tests/support/ask_loader.h"
+#include "tests/support/process.h"
 
 namespace tests {
 
@@ -34,6 +29,25 @@ bool ElfImage::IsWhole() const {
          });
 }
 
+bool ElfImage::StaysInItsAddresses() const {
+  constexpr std::uint64_t kPage = 4096;
+  auto segments = ProgramHeaders();
+  std::erase_if(segments, [](const Elf64_Phdr& segment) { return segment.p_type != PT_LOAD; });
+  if (segments.empty()) {
+    return true;
+  }
+  // Sums of addresses wrap around in the dynamic loader; what ends before it begins is not written to.
+  const auto end = [](const Elf64_Phdr& segment) {
+    return static_cast<std::int64_t>(segment.p_vaddr + segment.p_memsz);
+  };
+  const std::uint64_t first = segments.front().p_vaddr / kPage;
+  const auto last = (end(segments.back()) + std::int64_t{kPage} - 1) / std::int64_t{kPage} * std::int64_t{kPage};
+  return std::ranges::all_of(segments, [&](const Elf64_Phdr& segment) {
+    return segment.p_vaddr / kPage >= first && static_cast<std::int64_t>(segment.p_vaddr) < last &&
+           end(segment) <= last;
+  });
+}
+
 std::vector<std::size_t> ElfImage::Boundaries() const {
   const Elf64_Ehdr header = Header();
   std::set<std::size_t> boundaries{0, sizeof header, bytes_.size()};
@@ -55,26 +69,15 @@ ElfImage ElfImage::With(std::size_t offset, std::size_t width, std::uint64_t val
   return ElfImage(std::move(bytes));
 }
 
-LoaderVerdict AskLoader(const std::string& file) {
-  constexpr int kLoads = 10;
-  constexpr int kRefuses = 11;
-  const pid_t child = ::fork();
-  if (child < 0) {
-    throw std::system_error(errno, std::generic_category(), "fork");
+LoaderVerdict AskLoader(const std::filesystem::path& file) {
+  switch (Command(ASK_LOADER).Arguments({file}).Folder(file.parent_path()).Run().status) {
+    case kAskLoaderLoads:
+      return LoaderVerdict::kLoads;
+    case kAskLoaderRefuses:
+      return LoaderVerdict::kRefuses;
+    default:
+      return LoaderVerdict::kCrashes;
   }
-  if (child == 0) {
-    const rlimit no_core{0, 0};
-    ::setrlimit(RLIMIT_CORE, &no_core);
-    ::signal(SIGSEGV, SIG_DFL);  // A sanitizer would write pages about a crash that is an answer here.
-    ::signal(SIGBUS, SIG_DFL);
-    ::_exit(::dlopen(file.c_str(), RTLD_NOW) != nullptr ? kLoads : kRefuses);
-  }
-  int ended = 0;
-  ::waitpid(child, &ended, 0);
-  if (WIFEXITED(ended) && WEXITSTATUS(ended) == kLoads) {
-    return LoaderVerdict::kLoads;
-  }
-  return WIFEXITED(ended) && WEXITSTATUS(ended) == kRefuses ? LoaderVerdict::kRefuses : LoaderVerdict::kCrashes;
 }
 
 }  // namespace tests

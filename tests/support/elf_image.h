@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,10 @@ class ElfImage {
 
   /// True for a 64-bit shared object for this machine whose program headers and loadable segments lie in the file.
   [[nodiscard]] bool IsWhole() const;
+
+  /// True when no loadable segment reaches, in memory, out of the range from the first one's start to the last one's
+  /// end. That range is all that the dynamic loader reserves: what lies outside would overwrite whatever is there.
+  [[nodiscard]] bool StaysInItsAddresses() const;
 
   /// Where the header, each program header and each segment begins and ends.
   [[nodiscard]] std::vector<std::size_t> Boundaries() const;
@@ -51,8 +56,8 @@ class ElfImage {
   std::string bytes_;
 };
 
-/// What the dynamic loader does with a file, tried in a process of its own.
+/// What the dynamic loader does with a file, tried in a process of its own that is no part of the product.
 enum class LoaderVerdict { kLoads, kRefuses, kCrashes };
-[[nodiscard]] LoaderVerdict AskLoader(const std::string& file);
+[[nodiscard]] LoaderVerdict AskLoader(const std::filesystem::path& file);
 
 }  // namespace tests

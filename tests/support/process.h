@@ -46,7 +46,8 @@ class Command {
   [[nodiscard]] Outcome Run() const;
 
  private:
-  [[noreturn]] void Become(int in, int out, int err) const;
+  struct Launch;
+  [[noreturn]] void Become(const Launch& launch) const;
 
   std::filesystem::path program_;
   std::vector<std::string> arguments_;
