@@ -59,6 +59,7 @@ OpenedLibrary OpenLibrary(const tov::WideString& path) {
     return {nullptr, "can't convert fileName"};
   }
   if (ElfFinding elf = CheckElf(file.c_str()); elf.verdict != ElfVerdict::kLoadable) {
+    static_cast<void>(::dlerror());  // As after a failed opening, nothing older is left to be asked for.
     return {nullptr, BoundedErrorText(file + ": " + elf.detail, file)};
   }
   if (void* handle = ::dlopen(file.c_str(), RTLD_NOW)) {
