@@ -1,0 +1,302 @@
+// What the check thinks of segments, and that the dynamic loader agrees.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "netloader/netloaderhostfxr/src/elf_check.h"
+#include "tests/support/elf_image.h"
+#include "tests/support/stand_in_host.h"
+#include "tests/support/temp_folder.h"
+
+namespace netloader {
+namespace {
+
+using tests::ElfImage;
+using tests::LoaderVerdict;
+
+constexpr std::uint64_t kPage = 4096;
+constexpr const char* kSegmentOutside = "a segment outside the library's own addresses";
+constexpr const char* kDynamicOutside = "a dynamic section outside the loadable segments";
+
+// A library to be spoilt, one field of one program header after the other.
+class Spoilt {
+ public:
+  explicit Spoilt(ElfImage image = ElfImage(tests::ReadFile(tests::HostLibrary()))) : image_(std::move(image)) {}
+
+  [[nodiscard]] Elf64_Phdr Segment(std::size_t index) const { return image_.ProgramHeaders().at(index); }
+  [[nodiscard]] std::uint64_t Size() const { return image_.Bytes().size(); }
+  [[nodiscard]] const ElfImage& Image() const { return image_; }
+
+  // Where in the table the headers of that type stand.
+  [[nodiscard]] std::vector<std::size_t> Find(std::uint32_t type) const {
+    const auto headers = image_.ProgramHeaders();
+    std::vector<std::size_t> found;
+    for (std::size_t i = 0; i < headers.size(); ++i) {
+      if (headers[i].p_type == type) {
+        found.push_back(i);
+      }
+    }
+    return found;
+  }
+  [[nodiscard]] std::size_t FirstLoad() const { return Find(PT_LOAD).front(); }
+  [[nodiscard]] std::size_t LastLoad() const { return Find(PT_LOAD).back(); }
+  [[nodiscard]] std::size_t Dynamic() const { return Find(PT_DYNAMIC).front(); }
+
+  Spoilt& Set(ElfImage image) {
+    image_ = std::move(image);
+    return *this;
+  }
+  Spoilt& Set(std::size_t index, const Elf64_Phdr& header) {
+    const std::size_t at = image_.Header().e_phoff + index * sizeof(Elf64_Phdr);
+    std::string bytes = image_.Bytes();
+    bytes.replace(at, sizeof(header), reinterpret_cast<const char*>(&header), sizeof(header));
+    return Set(ElfImage(std::move(bytes)));
+  }
+  Spoilt& Set(std::size_t index, std::uint64_t Elf64_Phdr::*field, std::uint64_t value) {
+    Elf64_Phdr header = Segment(index);
+    header.*field = value;
+    return Set(index, header);
+  }
+
+  [[nodiscard]] ElfFinding Check() { return CheckElf(Write().c_str()); }
+  [[nodiscard]] LoaderVerdict AskLoader() { return tests::AskLoader(Write()); }
+
+ private:
+  std::string Write() const {
+    tests::WriteFile(*folder_ / "libhostfxr.so", image_.Bytes());
+    return *folder_ / "libhostfxr.so";
+  }
+
+  ElfImage image_;
+  std::shared_ptr<tests::TempFolder> folder_ = std::make_shared<tests::TempFolder>();
+};
+
+std::string CutShort(std::uint64_t needed, std::uint64_t size) {
+  return "cut short: needs at least " + std::to_string(needed) + " bytes, has " + std::to_string(size);
+}
+
+TEST(ElfCheckSegments, ASegmentMayReachTheEndOfTheFileAndNotOneByteBeyond) {
+  const Spoilt whole;
+  const std::uint64_t rest = whole.Size() - whole.Segment(whole.FirstLoad()).p_offset;
+
+  const auto first = whole.FirstLoad();
+  const ElfFinding toTheEnd = Spoilt().Set(first, &Elf64_Phdr::p_filesz, rest).Check();
+  const ElfFinding beyond = Spoilt().Set(first, &Elf64_Phdr::p_filesz, rest + 1).Check();
+
+  EXPECT_NE(toTheEnd.verdict, ElfVerdict::kCutShort);
+  EXPECT_EQ(beyond.verdict, ElfVerdict::kCutShort);
+  EXPECT_EQ(beyond.detail, CutShort(whole.Size() + 1, whole.Size()));
+}
+
+TEST(ElfCheckSegments, ASegmentWhoseEndHasNoNumberMeansThatTheFileIsCutShort) {
+  Spoilt library;
+  library.Set(library.FirstLoad(), &Elf64_Phdr::p_offset, UINT64_MAX - 15);
+
+  const ElfFinding finding = library.Check();
+
+  EXPECT_EQ(finding.verdict, ElfVerdict::kCutShort);
+  EXPECT_EQ(finding.detail, CutShort(UINT64_MAX, library.Size()));
+}
+
+TEST(ElfCheckSegments, EverySegmentMustStandBetweenTheFirstOnesStartAndTheLastOnesEnd) {
+  const Spoilt whole;
+  const Elf64_Phdr last = whole.Segment(whole.LastLoad());
+  const std::uint64_t end = (last.p_vaddr + last.p_memsz + kPage - 1) / kPage * kPage;
+  const auto second = whole.Find(PT_LOAD).at(1);
+  const std::uint64_t size = whole.Segment(second).p_memsz;
+  struct Row {
+    const char* name;
+    std::uint64_t address;
+    bool good;
+  };
+  for (const auto& [name, address, good] : std::to_array<Row>({
+           {"at the last page's end", end - size, true},
+           {"one byte beyond it", end - size + 1, false},
+           {"far away", std::uint64_t{1} << 40, false},
+           {"at the last of all addresses", UINT64_MAX, false},
+           {"at the end of all pages", UINT64_MAX - kPage - size, false},
+       })) {
+    SCOPED_TRACE(name);
+
+    const ElfFinding finding = Spoilt().Set(second, &Elf64_Phdr::p_vaddr, address).Check();
+
+    EXPECT_EQ(finding.verdict, good ? ElfVerdict::kLoadable : ElfVerdict::kMalformed);
+    EXPECT_EQ(finding.detail, good ? "" : kSegmentOutside);
+  }
+}
+
+TEST(ElfCheckSegments, ASegmentBelowTheFirstOneIsOutside) {
+  Spoilt library;
+  const auto first = library.FirstLoad();
+  library.Set(first, &Elf64_Phdr::p_vaddr, kPage);
+  library.Set(library.Find(PT_LOAD).at(1), &Elf64_Phdr::p_vaddr, kPage - 1);
+
+  const ElfFinding finding = library.Check();
+
+  EXPECT_EQ(finding.verdict, ElfVerdict::kMalformed);
+  EXPECT_EQ(finding.detail, kSegmentOutside);
+}
+
+TEST(ElfCheckSegments, ASegmentInTheFirstOnesPageIsInside) {
+  Spoilt library;
+  library.Set(library.FirstLoad(), &Elf64_Phdr::p_vaddr, kPage - 1);
+  library.Set(library.Find(PT_LOAD).at(1), &Elf64_Phdr::p_vaddr, 0);
+
+  EXPECT_EQ(library.Check().verdict, ElfVerdict::kLoadable);
+}
+
+TEST(ElfCheckSegments, TheDynamicSectionMustStandInPagesThatComeFromTheFile) {
+  const Spoilt whole;
+  const Elf64_Phdr last = whole.Segment(whole.LastLoad());
+  const std::uint64_t end = (last.p_vaddr + last.p_filesz + kPage - 1) / kPage * kPage;
+  struct Row {
+    const char* name;
+    std::uint64_t address;
+    bool good;
+  };
+  for (const auto& [name, address, good] : std::to_array<Row>({
+           {"at the very beginning", 0, true},
+           {"in the last page", end - 1, true},
+           {"in the page after it", end, false},
+           {"nowhere", UINT64_MAX, false},
+       })) {
+    SCOPED_TRACE(name);
+
+    const ElfFinding finding = Spoilt().Set(whole.Dynamic(), &Elf64_Phdr::p_vaddr, address).Check();
+
+    EXPECT_EQ(finding.verdict, good ? ElfVerdict::kLoadable : ElfVerdict::kMalformed);
+    EXPECT_EQ(finding.detail, good ? "" : kDynamicOutside);
+  }
+}
+
+TEST(ElfCheckSegments, OfTwoDynamicSectionsTheLastOneCountsAsItDoesForTheDynamicLoader) {
+  const Spoilt whole;
+  Elf64_Phdr stray = whole.Segment(whole.Dynamic());
+  stray.p_vaddr = std::uint64_t{1} << 40;
+  const auto notes = whole.Find(PT_NOTE);
+  ASSERT_FALSE(notes.empty());
+  ASSERT_GT(notes.front(), whole.Dynamic());
+  const auto note = notes.front();
+
+  Spoilt strayFirst = Spoilt().Set(whole.Dynamic(), stray).Set(note, whole.Segment(whole.Dynamic()));
+  Spoilt strayLast = Spoilt().Set(note, stray);
+
+  EXPECT_EQ(strayFirst.Check().verdict, ElfVerdict::kLoadable);
+  EXPECT_EQ(strayFirst.AskLoader(), LoaderVerdict::kLoads);
+  EXPECT_EQ(strayLast.Check().detail, kDynamicOutside);
+  EXPECT_NE(strayLast.AskLoader(), LoaderVerdict::kLoads);
+}
+
+TEST(ElfCheckSegments, WithoutAnySegmentItIsLeftToTheDynamicLoaderToRefuse) {
+  Spoilt none(Spoilt().Image().With(offsetof(Elf64_Ehdr, e_phnum), 2, 0));
+
+  EXPECT_EQ(none.Check().verdict, ElfVerdict::kLoadable);
+  EXPECT_EQ(none.AskLoader(), LoaderVerdict::kRefuses);
+}
+
+TEST(ElfCheckSegments, ALibraryWithoutSectionHeadersIsLoadable) {
+  Spoilt library(Spoilt()
+                     .Image()
+                     .With(offsetof(Elf64_Ehdr, e_shoff), 8, 0)
+                     .With(offsetof(Elf64_Ehdr, e_shnum), 2, 0)
+                     .With(offsetof(Elf64_Ehdr, e_shstrndx), 2, 0));
+
+  EXPECT_EQ(library.Check().verdict, ElfVerdict::kLoadable);
+  EXPECT_EQ(library.AskLoader(), LoaderVerdict::kLoads);
+}
+
+// A segment without any bytes, at the end of the library's addresses.
+Elf64_Phdr EmptySegment(const Spoilt& library, std::uint64_t offset) {
+  const Elf64_Phdr last = library.Segment(library.LastLoad());
+  const std::uint64_t end = (last.p_vaddr + last.p_memsz + kPage - 1) / kPage * kPage;
+  return {PT_LOAD, PF_R, offset, end, end, 0, 0, kPage};
+}
+
+TEST(ElfCheckSegments, AnEmptySegmentMayStandAnywhereInTheFileAndBeyond) {
+  Spoilt library;
+  library.Set(library.Find(PT_GNU_STACK).front(), EmptySegment(library, std::uint64_t{1} << 40));
+
+  EXPECT_EQ(library.Check().verdict, ElfVerdict::kLoadable);
+  EXPECT_EQ(library.AskLoader(), LoaderVerdict::kLoads);
+}
+
+// Fields of the ELF header or of a program header.
+struct Field {
+  std::size_t offset;
+  std::size_t width;
+};
+
+constexpr auto kHeaderFields = std::to_array<Field>({
+    {EI_CLASS, 1},
+    {EI_DATA, 1},
+    {EI_VERSION, 1},
+    {EI_OSABI, 1},
+    {EI_ABIVERSION, 1},
+    {EI_PAD, 1},
+    {offsetof(Elf64_Ehdr, e_type), 2},
+    {offsetof(Elf64_Ehdr, e_machine), 2},
+    {offsetof(Elf64_Ehdr, e_version), 4},
+    {offsetof(Elf64_Ehdr, e_entry), 8},
+    {offsetof(Elf64_Ehdr, e_phoff), 8},
+    {offsetof(Elf64_Ehdr, e_shoff), 8},
+    {offsetof(Elf64_Ehdr, e_flags), 4},
+    {offsetof(Elf64_Ehdr, e_ehsize), 2},
+    {offsetof(Elf64_Ehdr, e_phentsize), 2},
+    {offsetof(Elf64_Ehdr, e_phnum), 2},
+    {offsetof(Elf64_Ehdr, e_shentsize), 2},
+    {offsetof(Elf64_Ehdr, e_shnum), 2},
+    {offsetof(Elf64_Ehdr, e_shstrndx), 2},
+});
+
+constexpr auto kProgramHeaderFields = std::to_array<Field>({
+    {offsetof(Elf64_Phdr, p_type), 4},
+    {offsetof(Elf64_Phdr, p_flags), 4},
+    {offsetof(Elf64_Phdr, p_offset), 8},
+    {offsetof(Elf64_Phdr, p_vaddr), 8},
+    {offsetof(Elf64_Phdr, p_paddr), 8},
+    {offsetof(Elf64_Phdr, p_filesz), 8},
+    {offsetof(Elf64_Phdr, p_memsz), 8},
+    {offsetof(Elf64_Phdr, p_align), 8},
+});
+
+std::vector<Field> EveryField(const ElfImage& library) {
+  std::vector<Field> fields(kHeaderFields.begin(), kHeaderFields.end());
+  for (std::size_t i = 0; i < library.Header().e_phnum; ++i) {
+    for (const Field& field : kProgramHeaderFields) {
+      fields.push_back({library.Header().e_phoff + i * sizeof(Elf64_Phdr) + field.offset, field.width});
+    }
+  }
+  return fields;
+}
+
+TEST(ElfCheckSegments, OfWholeFilesNothingThatTheDynamicLoaderLoadsIsRefused) {
+  const Spoilt library;
+  const std::uint64_t size = library.Size();
+  int refused = 0;
+  for (const auto& [offset, width] : EveryField(library.Image())) {
+    for (const std::uint64_t value :
+         std::to_array<std::uint64_t>({0, 1, 2, 0x40, kPage - 1, kPage, size - 1, size, size + 1, 0x7fffffff,
+                                       0x80000000, UINT64_MAX / 2 + 1, UINT64_MAX - kPage, UINT64_MAX})) {
+      Spoilt spoilt = library;  // In the same place.
+      spoilt.Set(library.Image().With(offset, width, value));
+      const ElfFinding finding = spoilt.Check();
+      if (!spoilt.Image().IsWhole()) {
+        EXPECT_NE(finding.verdict, ElfVerdict::kLoadable) << "byte " << offset << " set to " << value;
+      } else if (finding.verdict != ElfVerdict::kLoadable) {
+        ++refused;
+        EXPECT_NE(spoilt.AskLoader(), LoaderVerdict::kLoads)
+            << "byte " << offset << " set to " << value << " was refused: " << finding.detail;
+      }
+    }
+  }
+  EXPECT_GE(refused, 50);
+}
+
+}  // namespace
+}  // namespace netloader

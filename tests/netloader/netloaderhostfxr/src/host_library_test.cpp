@@ -1,0 +1,238 @@
+#include "netloader/netloaderhostfxr/src/host_library.h"
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "tests/netloader/netloaderhostfxr/src/interposed_calls.h"
+#include "tests/support/runtime_tree.h"
+#include "tests/support/scoped_environment.h"
+#include "tests/support/stand_in_host.h"
+#include "tests/support/temp_folder.h"
+
+namespace netloader {
+namespace {
+
+using tests::HostVariant;
+using Story = std::vector<std::string>;
+
+TEST(HostLibrary, TheThreeFunctionsAreLookedUpInThisOrder) {
+  const std::vector<std::string> names(kHostFunctions.begin(), kHostFunctions.end());
+
+  EXPECT_EQ(names, (Story{"hostfxr_initialize_for_dotnet_command_line", "hostfxr_run_app", "hostfxr_close"}));
+}
+
+TEST(HostLibrary, AnOpenedLibraryHasAHandleAndNoError) {
+  tests::RuntimeTree runtime;
+  runtime.AddHost("6.0.1");
+
+  const OpenedLibrary opened = OpenLibrary(runtime.HostFile("6.0.1").u16string());
+
+  LibraryHandle handle;
+  handle.overwrite(opened.handle);
+  EXPECT_NE(handle.get(), nullptr);
+  EXPECT_EQ(opened.error, "");
+}
+
+TEST(HostLibrary, APathThatDoesNotConvertIsNotOpened) {
+  const tov::WideString path(5001, u'/');
+  const tests::FailingAllocation fault(path.size() + 1);
+
+  const OpenedLibrary opened = OpenLibrary(path);
+
+  EXPECT_EQ(opened.handle, nullptr);
+  EXPECT_EQ(opened.error, "can't convert fileName");
+}
+
+TEST(HostLibrary, AFileThatIsNoLibraryIsRefusedWithItsPathAndTheReason) {
+  tests::RuntimeTree runtime;
+  runtime.AddHostOfBytes("6.0.1", "text");
+
+  const OpenedLibrary opened = OpenLibrary(runtime.HostFile("6.0.1").u16string());
+
+  EXPECT_EQ(opened.handle, nullptr);
+  EXPECT_EQ(opened.error, runtime.HostFile("6.0.1").string() + ": not an ELF file");
+}
+
+TEST(HostLibrary, ARefusedFileLeavesNothingForALaterQuestionToTheDynamicLoader) {
+  tests::RuntimeTree runtime;
+  runtime.AddHostOfBytes("6.0.1", "text");
+  ASSERT_EQ(::dlopen("/no/such/library", RTLD_NOW), nullptr);
+
+  static_cast<void>(OpenLibrary(runtime.HostFile("6.0.1").u16string()));
+
+  EXPECT_STREQ(::dlerror(), nullptr);
+}
+
+TEST(HostLibrary, EverySymbolIsBoundAtOnceSoThatAMissingOneFailsTheOpening) {
+  tests::RuntimeTree runtime;
+  runtime.AddHost("6.0.1", HostVariant::kUnresolved);
+
+  const OpenedLibrary opened = OpenLibrary(runtime.HostFile("6.0.1").u16string());
+
+  EXPECT_EQ(opened.handle, nullptr);
+  EXPECT_EQ(opened.error,
+            runtime.HostFile("6.0.1").string() + ": undefined symbol: stand_in_function_that_no_library_has");
+  EXPECT_STREQ(::dlerror(), nullptr);
+}
+
+TEST(HostLibrary, SymbolsStayLocalToTheLibrary) {
+  tests::RuntimeTree runtime;
+  runtime.AddHost("6.0.1");
+  LibraryHandle handle;
+
+  handle.overwrite(OpenLibrary(runtime.HostFile("6.0.1").u16string()).handle);
+
+  EXPECT_EQ(::dlsym(RTLD_DEFAULT, "hostfxr_run_app"), nullptr);
+  EXPECT_NE(::dlsym(handle.get(), "hostfxr_run_app"), nullptr);
+}
+
+TEST(HostLibrary, ADynamicLoaderWithoutWordsIsQuotedAsSuch) {
+  tests::RuntimeTree runtime;
+  runtime.AddHost("6.0.1", HostVariant::kNullRun);
+  LibraryHandle handle;
+  handle.overwrite(OpenLibrary(runtime.HostFile("6.0.1").u16string()).handle);
+
+  const ResolvedFunction function = ResolveFunction(handle.get(), "hostfxr_run_app");
+
+  EXPECT_EQ(function.address, nullptr);
+  EXPECT_EQ(function.error, "dlerror returned nullptr");
+}
+
+TEST(HostLibrary, AFunctionThatIsThereHasAnAddressAndNoError) {
+  tests::RuntimeTree runtime;
+  runtime.AddHost("6.0.1");
+  LibraryHandle handle;
+  handle.overwrite(OpenLibrary(runtime.HostFile("6.0.1").u16string()).handle);
+
+  for (const char* name : kHostFunctions) {
+    SCOPED_TRACE(name);
+    const ResolvedFunction function = ResolveFunction(handle.get(), name);
+    EXPECT_EQ(function.address, ::dlsym(handle.get(), name));
+    EXPECT_EQ(function.error, "");
+  }
+}
+
+TEST(HostLibrary, AFunctionThatIsMissingIsNamedByTheDynamicLoader) {
+  tests::RuntimeTree runtime;
+  runtime.AddHost("6.0.1", HostVariant::kLacksClose);
+  LibraryHandle handle;
+  handle.overwrite(OpenLibrary(runtime.HostFile("6.0.1").u16string()).handle);
+
+  const ResolvedFunction function = ResolveFunction(handle.get(), "hostfxr_close");
+
+  EXPECT_EQ(function.address, nullptr);
+  EXPECT_EQ(function.error, runtime.HostFile("6.0.1").string() + ": undefined symbol: hostfxr_close");
+}
+
+TEST(HostLibrary, ALongErrorAboutAFunctionKeepsItsBeginning) {
+  const tests::ScriptedLoaderErrors errors({std::string(255, 'a') + "b"});
+
+  const ResolvedFunction function = ResolveFunction(nullptr, "no_such_function");
+
+  EXPECT_EQ(function.error, std::string(255, 'a'));
+}
+
+TEST(HostLibrary, AHandleClosesItsLibraryOnceAndHoldsNothingAfterwards) {
+  tests::RuntimeTree runtime;
+  runtime.AddHost("6.0.1");
+  const tests::StandInHost host;
+  const tests::ScopedEnvironment environment(host.Environment());
+  {
+    LibraryHandle handle;
+    handle.overwrite(OpenLibrary(runtime.HostFile("6.0.1").u16string()).handle);
+    EXPECT_EQ(host.Story(), (Story{"6.0.1 loaded"}));
+
+    handle.reset();
+
+    EXPECT_EQ(handle.get(), nullptr);
+    EXPECT_EQ(host.Story(), (Story{"6.0.1 loaded", "6.0.1 unloaded"}));
+    handle.reset();
+  }
+  EXPECT_EQ(host.Story(), (Story{"6.0.1 loaded", "6.0.1 unloaded"}));
+}
+
+TEST(HostLibrary, AHandleClosesItsLibraryWhenDestroyed) {
+  tests::RuntimeTree runtime;
+  runtime.AddHost("6.0.1");
+  const tests::StandInHost host;
+  const tests::ScopedEnvironment environment(host.Environment());
+
+  {
+    LibraryHandle handle;
+    handle.overwrite(OpenLibrary(runtime.HostFile("6.0.1").u16string()).handle);
+  }
+
+  EXPECT_EQ(host.Story(), (Story{"6.0.1 loaded", "6.0.1 unloaded"}));
+}
+
+std::string Repeated(const std::string& text, int times) {
+  std::string all;
+  for (int i = 0; i < times; ++i) {
+    all += text;
+  }
+  return all;
+}
+
+struct ErrorText {
+  const char* name;
+  std::string text;
+  std::string path;
+  std::string bounded;
+};
+
+TEST(BoundedErrorText, AMessageOfAtMost255BytesIsKeptWholeAndALongerOneIsShortened) {
+  const auto rows = std::to_array<ErrorText>({
+      {"no message", "", "/a/libhostfxr.so", ""},
+      {"255 bytes, with the folder in them", "/a: " + std::string(251, 'x'), "/a/libhostfxr.so",
+       "/a: " + std::string(251, 'x')},
+      {"256 bytes, a path of 6 bytes: the beginning", "/bc/de" + std::string(250, 'x'), "/bc/de",
+       "/bc/de" + std::string(249, 'x')},
+      {"256 bytes, no path: the beginning", "a" + std::string(255, 'x'), "", "a" + std::string(254, 'x')},
+      {"256 bytes, a path of 7 bytes: shortened", "/bcd/ef" + std::string(250, 'x'), "/bcd/ef",
+       ("<path>/ef" + std::string(250, 'x')).substr(4)},
+      {"the folder everywhere", Repeated("/folder/of/the/host ", 13), "/folder/of/the/host/libhostfxr.so",
+       Repeated("<path> ", 13)},
+      {"the folder inside of other paths, too", "/opt/x/y" + Repeated("/opt/xy", 40), "/opt/x/libhostfxr.so",
+       ("<path>/y" + Repeated("<path>y", 40)).substr(8 + 280 - 255)},
+      {"exactly 255 bytes once shortened", std::string(249, 'x') + "/folder", "/folder/file",
+       std::string(249, 'x') + "<path>"},
+      {"a file in the root has an empty folder, which is nowhere", std::string(5, 'a') + std::string(255, 'x'),
+       "/libhostfxr.so", std::string(255, 'x')},
+      {"the end of what stays too long", "/folder" + std::string(300, 'x') + "end", "/folder/file",
+       std::string(252, 'x') + "end"},
+      {"a folder named like its replacement", Repeated("<path> ", 40), "<path>/file",
+       Repeated("<path> ", 40).substr(280 - 255)},
+      {"a path without any folder stands for itself", Repeated("libhost ", 40), "libhost",
+       Repeated("<path> ", 40).substr(280 - 255)},
+  });
+  for (const ErrorText& row : rows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(BoundedErrorText(row.text, row.path), row.bounded);
+  }
+}
+
+TEST(BoundedErrorText, IsWhatARefusedFileIsReportedWith) {
+  tests::RuntimeTree runtime;
+  const std::string version = "6.0." + std::string(250, '1');
+  runtime.AddHostOfBytes(version, "text");
+  const auto file = runtime.HostFile(version);
+  ASSERT_GT(file.string().size(), 255U);
+
+  EXPECT_EQ(OpenLibrary(file.u16string()).error, "<path>/libhostfxr.so: not an ELF file");
+}
+
+TEST(BoundedErrorText, IsWhatTheDynamicLoadersWordsAreReportedWith) {
+  tests::RuntimeTree runtime;
+  const std::string version = "6.0." + std::string(250, '1');
+  runtime.AddHost(version, HostVariant::kUnresolved);
+
+  EXPECT_EQ(OpenLibrary(runtime.HostFile(version).u16string()).error,
+            "<path>/libhostfxr.so: undefined symbol: stand_in_function_that_no_library_has");
+}
+
+}  // namespace
+}  // namespace netloader

@@ -1,0 +1,114 @@
+#include "tests/netloader/netloaderhostfxr/src/interposed_calls.h"
+
+#include <dlfcn.h>
+#include <sys/syscall.h>
+#include <sys/types.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdlib>
+#include <new>
+#include <utility>
+
+extern "C" long syscall(long number, ...) noexcept;
+
+namespace tests {
+namespace {
+
+int opens = 0;
+int reads = 0;
+
+int read_error = 0;
+int reads_before_error = 0;
+
+std::size_t failing_size = 0;
+
+std::vector<std::string> loader_errors;
+std::size_t next_loader_error = 0;
+
+}  // namespace
+
+CountedReads::CountedReads() {
+  opens = 0;
+  reads = 0;
+}
+
+int CountedReads::Opens() const {
+  return opens;
+}
+
+int CountedReads::Reads() const {
+  return reads;
+}
+
+FailingRead::FailingRead(int error, int succeeding) {
+  read_error = error;
+  reads_before_error = succeeding;
+}
+
+FailingRead::~FailingRead() {
+  read_error = 0;
+}
+
+FailingAllocation::FailingAllocation(std::size_t size) {
+  failing_size = size;
+}
+
+FailingAllocation::~FailingAllocation() {
+  failing_size = 0;
+}
+
+ScriptedLoaderErrors::ScriptedLoaderErrors(std::vector<std::string> texts) {
+  loader_errors = std::move(texts);
+  next_loader_error = 0;
+}
+
+ScriptedLoaderErrors::~ScriptedLoaderErrors() {
+  loader_errors.clear();
+}
+
+}  // namespace tests
+
+extern "C" int open(const char* path, int flags, ...) {
+  std::va_list more;
+  va_start(more, flags);
+  const auto mode = va_arg(more, unsigned int);
+  va_end(more);
+  ++tests::opens;
+  constexpr int kCurrentFolder = -100;
+  return static_cast<int>(::syscall(SYS_openat, kCurrentFolder, path, flags, mode));
+}
+
+extern "C" ssize_t pread(int descriptor, void* buffer, std::size_t size, off_t offset) {
+  ++tests::reads;
+  if (tests::read_error != 0 && tests::reads_before_error-- == 0) {
+    errno = tests::read_error;
+    return -1;
+  }
+  return ::syscall(SYS_pread64, descriptor, buffer, size, offset);
+}
+
+extern "C" char* dlerror() noexcept {
+  if (tests::next_loader_error < tests::loader_errors.size()) {
+    return tests::loader_errors[tests::next_loader_error++].data();
+  }
+  static const auto real = reinterpret_cast<char* (*)()>(::dlsym(RTLD_NEXT, "dlerror"));
+  return real();
+}
+
+void* operator new(std::size_t size) {
+  void* const memory = size == tests::failing_size ? nullptr : std::malloc(size);
+  if (memory == nullptr) {
+    tests::failing_size = 0;
+    throw std::bad_alloc();
+  }
+  return memory;
+}
+
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
