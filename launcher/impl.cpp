@@ -1,26 +1,25 @@
 #include "launcher/impl.h"
 
-#include <map>
 #include <memory>
 #include <vector>
 
-#include "foundation/strings.h"
+#include "launcher/product.h"
 #include "netloader/logger/log.h"
 #include "netloader/netloaderhostfxr/src/library_interface.h"
 #include "netloader/netloaderquorcommon/src/launch_sequence.h"
 
 using enum netloader::logger::LogLevel;
 using netloader::logger::Log;
-using tov::WideString;
 
 int Impl(int argc, char** argv) {
   std::vector<const char*> arguments;  // Empty, its data is null: no arguments are announced then.
   if (argc > 1) {
     arguments.assign(argv + 1, argv + argc);
   }
-  const std::map<WideString, WideString> environment = {{u"DOTNET_EnableDiagnostics", u"0"}};
-  const std::shared_ptr<netloader::LibraryInterface> application = netloader::quor::InitAndLoadAssembly(
-      u"grellin_loader", u"grellin_utils.dll", static_cast<int>(arguments.size()), arguments.data(), environment);
+  const auto environment = launcher::RuntimeEnvironment();
+  const std::shared_ptr<netloader::LibraryInterface> application =
+      netloader::quor::InitAndLoadAssembly(launcher::kLoaderName, launcher::kAssemblyFileName,
+                                           static_cast<int>(arguments.size()), arguments.data(), environment);
   if (application == nullptr) {
     Log(ERROR, L"GrellinLoader: Failed to load assembly ...");
     return -1;

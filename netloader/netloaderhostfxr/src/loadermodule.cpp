@@ -2,15 +2,12 @@
 
 #include <dlfcn.h>
 
-#include <cstdint>
-#include <stdexcept>
-#include <vector>
-
 #include "foundation/convert_to_container.h"
 #include "foundation/path.h"
 #include "foundation/result_code.h"
 #include "foundation/result_code_exception.h"
 #include "netloader/logger/log.h"
+#include "netloader/netloaderhostfxr/src/host_context.h"
 #include "netloader/netloaderhostfxr/src/library_module.h"
 #include "netloader/netloaderhostfxr/src/version_order.h"
 #include "netloader/platform/environment.h"
@@ -193,27 +190,13 @@ bool LoaderModule::ArePathsValid(const WideString& assembly) const {
 }
 
 void* LoaderModule::InitializeContext(const WideString& assembly, int argc, const char** argv) const {
-  const std::string root = CastPathToPlatformString(dotnetRootPath);
-  const std::string host = CastPathToPlatformString(hostFxrPath);
-  const std::string application = CastPathToPlatformString(assembly);
-  std::vector<const char*> arguments = {application.c_str()};
-  if (argc > 0) {
-    if (argv == nullptr) {
-      // Thrown as a pointer on purpose: the entry point reports it as an unknown failure.
-      throw new std::invalid_argument("argv is null");
-    }
-    arguments.insert(arguments.end(), argv, argv + argc);
+  const HostContext context = CreateHostContext(initFn, dotnetRootPath, hostFxrPath, assembly, argc, argv);
+  if (context.IsUsable()) {
+    return context.handle;
   }
-  const HostFxrInitializeParameters parameters{sizeof(parameters), host.c_str(), root.c_str()};
-  void* handle = nullptr;
-  const std::int32_t result = initFn(static_cast<int>(arguments.size()), arguments.data(), &parameters, &handle);
-  if (result == 0 && handle != nullptr) {
-    return handle;
-  }
-  const std::uint32_t error = platform_utils::GetErrorCode();
   Log(ERROR, L"LoaderModule: Get library context (hostfxr_handle) failed for library: '", assembly, L"'", L", result ",
-      result, L", lastErrorCode ", error);
-  return nullptr;  // A handle that came with another result is not closed.
+      context.result, L", lastErrorCode ", context.error);
+  return nullptr;
 }
 
 void LogFunctionLoadError(WideString path, WideString functionName) {  // NOLINT(performance-unnecessary-value-param)

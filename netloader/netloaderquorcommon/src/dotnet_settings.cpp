@@ -1,14 +1,13 @@
 #include "netloader/netloaderquorcommon/src/dotnet_settings.h"
 
 #include <cstdlib>
-#include <variant>
 
 #include "foundation/convert_to_container.h"
-#include "foundation/result_code_exception.h"
 #include "netloader/logger/log.h"
 #include "netloader/netloaderquorcommon/src/dotnet_settings_provider.h"
 #include "netloader/netloaderquorcommon/src/executable_folder.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
+#include "netloader/netloaderquorcommon/src/settings_file.h"
 
 namespace netloader::quor {
 
@@ -17,22 +16,6 @@ using logger::Log;
 using tov::WideString;
 
 namespace {
-
-constexpr const char* kExecutableLink = "/proc/self/exe";
-
-WideString ExecutableFolder() {
-  auto folder = FolderOfExecutable(kExecutableLink);
-  if (const int* result = std::get_if<int>(&folder)) {
-    throw tov::CheckResultFailedException({"netloader/netloaderquorcommon/src/dotnet_settings", 88},
-                                          "Expression failed", *result);
-  }
-  return std::get<WideString>(std::move(folder));
-}
-
-// Paths end at a NUL, as they would for the operating system.
-WideString UpToNul(const WideString& value) {
-  return value.substr(0, value.find(u'\0'));
-}
 
 const char* DefaultLogFolderText() {
   for (const char* variable : {"TMP", "TEMP"}) {
@@ -60,13 +43,13 @@ bool TryInitNetloaderSettingsImpl(HostFxrModuleParameters& parameters) {
   const WideString root = provider.GetValue(kDotnetRootFolderKey);
   if (!root.empty()) {
     Log(TRACE, L"TryInitNetloaderSettingsImpl: using dotnet root path = '", root, L"'");
-    parameters.dotnetRootPath = UpToNul(root);
+    parameters.dotnetRootPath = SettingsPath(root);
   }
   if (parameters.dotnetRootPath.empty()) {
     Log(ERROR, L"TryInitNetloaderSettingsImpl: Failed to get dotnet root path from file");
     return false;
   }
-  WideString folder = ExecutableFolder();
+  WideString folder = ExecutableFolder(kExecutableLink);
   parameters.dotnetVersionPrefix = kDotnetVersionPrefix;
   parameters.productRoot = std::move(folder);
   return true;
@@ -90,7 +73,7 @@ bool TryInitNetloaderLoggingSettingsImpl(logger::LoggerSettings& settings) {
     return false;
   }
   Log(TRACE, L"TryInitNetloaderLoggingSettingsImpl: using logs dir path = '", folder, L"'");
-  settings.logsDir = UpToNul(folder);
+  settings.logsDir = SettingsPath(folder);
   if (!settings.logsDir.empty()) {
     settings.logName = kDefaultLogName;
   }

@@ -1,17 +1,15 @@
 #include "netloader/netloaderquorcommon/src/dotnet_settings_provider.h"
 
 #include <fstream>
-#include <ios>
 #include <iterator>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 #include <utility>
 
 #include "foundation/cast.h"
 #include "netloader/logger/log.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
-#include "netloader/netloaderquorcommon/src/settings_line.h"
+#include "netloader/netloaderquorcommon/src/settings_file.h"
 
 namespace netloader::quor {
 
@@ -36,30 +34,27 @@ void DotnetSettingsProvider::LoadSettingsFromFile() {
   std::ifstream file(path);
   if (!file.is_open()) {
     Log(ERROR, L"LoadSettingsFromFile: Failed to open file by path '", settingsSource, L"'");
-    throw std::system_error(std::io_errc::stream, "Cannot open settings file by path: " + path);
+    throw CannotOpenSettings(path);
   }
   auto place = settings.end();
-  for (std::string line; std::getline(file, line);) {
-    place = ProcessLine(line, place);
-  }
+  ForEachSettingsLine(file, [&](std::string_view line, const std::optional<SettingsLine>& parsed) {
+    place = ProcessLine(line, parsed, place);
+  });
   loaded = true;
   Log(TRACE, L"LoadSettingsFromFile: settings loaded");
 }
 
-DotnetSettingsProvider::Settings::iterator DotnetSettingsProvider::ProcessLine(std::string_view line,
-                                                                               Settings::iterator place) {
-  const auto parsed = ParseSettingsLine(line);
+DotnetSettingsProvider::Settings::iterator DotnetSettingsProvider::ProcessLine(
+    std::string_view line, const std::optional<SettingsLine>& parsed, Settings::iterator place) {
   if (!parsed) {
     Log(TRACE, L"LoadSettingsFromFile: skip line '", line, L"'");
     return place;
   }
-  const auto [key, value] = *parsed;
   Log(TRACE, L"LoadSettingsFromFile: process line '", line, L"'");
-  Log(TRACE, L"LoadSettingsFromFile: key = '", key, L"'", L", value = '", value, L"'");
-  auto wideKey = Cast<WideString>(key);
-  auto wideValue = Cast<WideString>(value);
+  Log(TRACE, L"LoadSettingsFromFile: key = '", parsed->key, L"'", L", value = '", parsed->value, L"'");
+  SettingsPair pair = DecodeSettingsLine(*parsed);
   const auto after = place == settings.end() ? place : std::next(place);
-  return settings.insert_or_assign(after, std::move(wideKey), std::move(wideValue));
+  return settings.insert_or_assign(after, std::move(pair.key), std::move(pair.value));
 }
 
 WideString DotnetSettingsProvider::GetSettingsSource() {

@@ -3,10 +3,12 @@
 
 #include <map>
 #include <memory_resource>
+#include <optional>
 #include <string_view>
 
 #include "foundation/code_unit_less.h"
 #include "foundation/strings.h"
+#include "netloader/netloaderquorcommon/src/settings_line.h"
 
 namespace netloader::quor {
 
@@ -35,7 +37,8 @@ class DotnetSettingsProvider {
 
   /// Stores what the line sets, if anything. Returns the place of its pair, else `place`, which is a guess at the
   /// place: the lines of a file often stand in order.
-  Settings::iterator ProcessLine(std::string_view line, Settings::iterator place);
+  Settings::iterator ProcessLine(std::string_view line, const std::optional<SettingsLine>& parsed,
+                                 Settings::iterator place);
 
   std::pmr::monotonic_buffer_resource pairs_memory_;  // Pairs only ever come: their nodes stand in a few large blocks.
   Settings settings{&pairs_memory_};

@@ -5,9 +5,11 @@
 #include <array>
 #include <cerrno>
 #include <string_view>
+#include <utility>
 
 #include "foundation/convert_to_container.h"
 #include "foundation/result_code.h"
+#include "foundation/result_code_exception.h"
 
 namespace netloader::quor {
 namespace {
@@ -15,6 +17,15 @@ namespace {
 constexpr std::size_t kTooLong = 4096;
 
 }  // namespace
+
+tov::WideString ExecutableFolder(const char* link) {
+  auto folder = FolderOfExecutable(link);
+  if (const int* result = std::get_if<int>(&folder)) {
+    throw tov::CheckResultFailedException({"netloader/netloaderquorcommon/src/dotnet_settings", 88},
+                                          "Expression failed", *result);
+  }
+  return std::get<tov::WideString>(std::move(folder));
+}
 
 std::variant<tov::WideString, int> FolderOfExecutable(const char* link) {
   std::array<char, kTooLong> text;

@@ -8,6 +8,13 @@
 
 namespace netloader::quor {
 
+/// The link to the running executable.
+inline constexpr const char* kExecutableLink = "/proc/self/exe";
+
+/// The folder of the executable that the link points at. Throws `tov::CheckResultFailedException` when it cannot be
+/// told.
+tov::WideString ExecutableFolder(const char* link);
+
 /// The folder that the link (to an executable) points into: its text up to its last "/", "/" itself for a file in the
 /// root, empty without any "/". Or why there is none, as a result code: the link cannot be read, is too long, or is not
 /// UTF-8.
