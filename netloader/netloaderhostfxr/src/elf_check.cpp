@@ -106,10 +106,19 @@ bool IsOutside(const Elf64_Phdr& load, const Elf64_Phdr& first, const Elf64_Phdr
   return PageEnd(End(load.p_vaddr, load.p_filesz)) > limit || MemoryEnd(load) > static_cast<std::int64_t>(limit);
 }
 
+// How long the file must be for a segment. One without bytes of its own needs none, unless it begins inside of a page:
+// its zeros are then written into a page of the file, of which at least one byte must be there.
+std::uint64_t FileEnd(const Elf64_Phdr& load) {
+  if (load.p_filesz != 0) {
+    return End(load.p_offset, load.p_filesz);
+  }
+  const bool hasZerosInPage = PageStart(load.p_vaddr) != load.p_vaddr && load.p_vaddr + load.p_memsz > load.p_vaddr;
+  return hasZerosInPage ? End(PageStart(load.p_offset), 1) : 0;
+}
+
 ElfFinding CheckSegments(const ProgramHeaders& loads, std::uint64_t size) {
   for (const Elf64_Phdr& load : loads) {
-    const std::uint64_t end = End(load.p_offset, load.p_filesz);
-    if (load.p_filesz != 0 && end > size) {
+    if (const std::uint64_t end = FileEnd(load); end > size) {
       return CutShort(end, size);
     }
     if (IsOutside(load, loads.front(), loads.back())) {

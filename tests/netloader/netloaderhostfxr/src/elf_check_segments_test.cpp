@@ -226,6 +226,36 @@ TEST(ElfCheckSegments, AnEmptySegmentMayStandAnywhereInTheFileAndBeyond) {
   EXPECT_EQ(library.AskLoader(), LoaderVerdict::kLoads);
 }
 
+// A segment that has no bytes in the file is zeroed from its start to the end of that page, in a page of the file.
+TEST(ElfCheckSegments, ASegmentOfZerosThatStartsInAPageBeyondTheEndOfTheFileMeansThatItIsCutShort) {
+  const Spoilt whole;
+  const std::uint64_t pages = (whole.Size() + kPage - 1) / kPage * kPage;
+  struct Row {
+    const char* name;
+    std::uint64_t offset;
+    std::uint64_t inPage;
+    ElfVerdict verdict;
+    LoaderVerdict loader;
+  };
+  for (const auto& [name, offset, inPage, verdict, loader] : std::to_array<Row>({
+           {"in the last page", pages - kPage, 16, ElfVerdict::kLoadable, LoaderVerdict::kLoads},
+           {"in the page after it", pages, 16, ElfVerdict::kCutShort, LoaderVerdict::kCrashes},
+           {"far away", std::uint64_t{1} << 40, 16, ElfVerdict::kCutShort, LoaderVerdict::kCrashes},
+           {"at the beginning of a page", pages, 0, ElfVerdict::kLoadable, LoaderVerdict::kLoads},
+       })) {
+    SCOPED_TRACE(name);
+    Spoilt library;
+    Elf64_Phdr zeros = EmptySegment(library, offset + inPage);
+    zeros.p_vaddr += inPage;
+    zeros.p_memsz = 64;
+    zeros.p_flags = PF_R | PF_W;
+    library.Set(library.Find(PT_GNU_STACK).front(), zeros);
+
+    EXPECT_EQ(library.Check().verdict, verdict);
+    EXPECT_EQ(library.AskLoader(), loader);
+  }
+}
+
 // Fields of the ELF header or of a program header.
 struct Field {
   std::size_t offset;
