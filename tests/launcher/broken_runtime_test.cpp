@@ -197,7 +197,7 @@ TEST(BrokenRuntime, SegmentsBeyondTheEndAreSeenAlthoughTheSumOverflows) {
 TEST(BrokenRuntime, LibrariesForOtherMachinesArePassedOver) {
   const ElfImage library = Library();
   World world;
-  for (const std::uint64_t machine : {EM_386, EM_ARM, EM_AARCH64, EM_RISCV, EM_NONE}) {
+  for (const Elf64_Half machine : std::initializer_list<Elf64_Half>{EM_386, EM_ARM, EM_AARCH64, EM_RISCV, EM_NONE}) {
     SCOPED_TRACE(machine);
     EXPECT_EQ(world.VersionThatRanWith(library.With(offsetof(Elf64_Ehdr, e_machine), 2, machine)), kGood);
   }
