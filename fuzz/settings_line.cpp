@@ -1,9 +1,7 @@
 // A settings file of any bytes: every line is skipped, or is its key, "=", and its value.
-#include "netloader/netloaderquorcommon/src/settings_line.h"
-
 #include <cstddef>
 #include <cstdint>
-#include <map>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -11,28 +9,41 @@
 
 #include "foundation/cast.h"
 #include "fuzz/require.h"
+#include "netloader/netloaderquorcommon/src/settings_file.h"
 
-using tov::WideString;
+using netloader::quor::SettingsLine;
 using tov::text::Cast;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  std::istringstream file(std::string(reinterpret_cast<const char*>(data), size));
-  std::map<WideString, WideString> settings;
-  for (std::string line; std::getline(file, line);) {
-    const auto parsed = netloader::quor::ParseSettingsLine(line);
-    Require(parsed.has_value() == (line.find('=', 1) != std::string::npos && line[0] != '='));
-    if (!parsed) {
-      continue;
-    }
-    Require(!parsed->key.empty() && parsed->key.find('=') == std::string_view::npos);
-    Require(line == std::string(parsed->key) + "=" + std::string(parsed->value));
-    try {
-      const auto value = Cast<WideString>(parsed->value);
-      settings.insert_or_assign(Cast<WideString>(parsed->key), value);
-      Require(Cast<std::string>(value) == parsed->value);
-    } catch (const std::bad_cast&) {
-      return 0;
-    }
+namespace {
+
+void Check(std::string_view line, const std::optional<SettingsLine>& parsed) {
+  Require(parsed.has_value() == (line.find('=') != std::string_view::npos && line[0] != '='));
+  if (!parsed) {
+    return;
   }
+  Require(!parsed->key.empty() && parsed->key.find('=') == std::string_view::npos);
+  Require(line == std::string(parsed->key) + "=" + std::string(parsed->value));
+  try {
+    const auto [key, value] = netloader::quor::DecodeSettingsLine(*parsed);
+    Require(Cast<std::string>(key) == parsed->key && Cast<std::string>(value) == parsed->value);
+    Require(value.starts_with(netloader::quor::SettingsPath(value)));
+  } catch (const std::bad_cast&) {
+    return;
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string bytes(reinterpret_cast<const char*>(data), size);
+  std::istringstream file(bytes);
+  std::string read;
+
+  netloader::quor::ForEachSettingsLine(file, [&read](std::string_view line, const auto& parsed) {
+    read.append(line) += '\n';
+    Check(line, parsed);
+  });
+
+  Require(read == bytes || read == bytes + '\n');
   return 0;
 }
