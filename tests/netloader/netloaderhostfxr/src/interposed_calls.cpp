@@ -26,6 +26,16 @@ std::size_t failing_size = 0;
 std::vector<std::string> loader_errors;
 std::size_t next_loader_error = 0;
 
+using LoaderErrorFunction = char* (*)();
+
+LoaderErrorFunction RealLoaderError() {
+  static const auto real = reinterpret_cast<LoaderErrorFunction>(::dlsym(RTLD_NEXT, "dlerror"));
+  return real;
+}
+
+// Looked up before there is an error, which the looking up would forget.
+[[maybe_unused]] const LoaderErrorFunction looked_up_early = RealLoaderError();
+
 }  // namespace
 
 CountedReads::CountedReads() {
@@ -92,8 +102,7 @@ extern "C" char* dlerror() noexcept {
   if (tests::next_loader_error < tests::loader_errors.size()) {
     return tests::loader_errors[tests::next_loader_error++].data();
   }
-  static const auto real = reinterpret_cast<char* (*)()>(::dlsym(RTLD_NEXT, "dlerror"));
-  return real();
+  return tests::RealLoaderError()();
 }
 
 void* operator new(std::size_t size) {
