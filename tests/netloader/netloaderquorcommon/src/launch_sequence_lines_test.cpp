@@ -8,22 +8,8 @@
 
 #include "netloader/netloaderquorcommon/src/launch_sequence.h"
 #include "tests/netloader/netloaderhostfxr/src/loader_world.h"
+#include "tests/netloader/netloaderquorcommon/src/kept_logger.h"
 #include "tests/support/settings_file.h"
-
-namespace tests {
-
-// What the linker calls in place of netloader::logger::InitEmptyLogger().
-void KeepTheLogger() __asm__("__wrap__ZN9netloader6logger15InitEmptyLoggerEv");
-
-namespace {
-int empty_loggers = 0;
-}
-
-void KeepTheLogger() {
-  ++empty_loggers;
-}
-
-}  // namespace tests
 
 namespace netloader::quor {
 namespace {
@@ -91,7 +77,7 @@ TEST(LaunchLines, OfASuccessfulLaunchEndWithTheContext) {
   EXPECT_EQ(world.log.Lines(),
             (BoundLines(world) +
              Lines{"TRACE\tLoaderModule: Library context (hostfxr_handle) has been obtained successfully"}));
-  EXPECT_EQ(tests::empty_loggers, 1);
+  EXPECT_EQ(tests::EmptyLoggersInstalled(), 1);
 }
 
 TEST(LaunchLines, OfAnAssemblyThatCannotBeLoadedEndWithTheLoadersReason) {
