@@ -1,0 +1,22 @@
+// The loader's own log of a walk.
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "foundation/strings.h"
+
+namespace doctor {
+
+/// What the log is of: the installed settings, or a root in their place.
+struct Walk {
+  std::optional<tov::WideString> root;  ///< Empty: the launcher's own settings file decides.
+};
+
+/// Has the file logger write `file` (made absolute; ".log" is added when it does not end so) while a child does what a
+/// launch does, up to the context, and runs nothing. Returns the log's path. Throws `std::system_error` when it could
+/// not be written.
+std::string WriteLoaderLog(const std::string& file, const Walk& walk, std::chrono::milliseconds limit);
+
+}  // namespace doctor

@@ -1,0 +1,79 @@
+#include <unistd.h>
+
+#include <clocale>
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <variant>
+
+#include "doctor/diagnosis.h"
+#include "doctor/json_report.h"
+#include "doctor/loader_log.h"
+#include "doctor/options.h"
+#include "doctor/text.h"
+#include "doctor/text_report.h"
+#include "netloader/netloaderquorcommon/src/settings_constants.h"
+
+namespace {
+
+constexpr int kWouldRun = 0;
+constexpr int kWouldNot = 1;
+constexpr int kWrongUsage = 2;
+constexpr int kCannotWork = 3;
+
+bool IsColored(doctor::Color color) {
+  if (color != doctor::Color::kAuto) {
+    return color == doctor::Color::kAlways;
+  }
+  const char* none = std::getenv("NO_COLOR");
+  return (none == nullptr || *none == '\0') && ::isatty(STDOUT_FILENO) == 1;
+}
+
+int Refuse(const doctor::Refusal& refusal) {
+  (refusal.is_error ? std::cerr : std::cout) << refusal.text;
+  return refusal.is_error ? kWrongUsage : kWouldRun;
+}
+
+void WriteLog(const doctor::Options& options, const doctor::Diagnosis& diagnosis) {
+  doctor::Walk walk;
+  if (options.settings || options.root) {
+    walk.root = diagnosis.runtime ? diagnosis.runtime->root : tov::WideString();
+  }
+  const std::string path = doctor::WriteLoaderLog(*options.log, walk, doctor::kTimeLimit);
+  std::cerr << "grellin_doctor: the loader's log is in " << doctor::Printable(path) << std::endl;
+}
+
+int Run(const doctor::Options& options) {
+  doctor::Question question;
+  question.settings_path = options.settings.value_or(doctor::Bytes(netloader::quor::SettingsFilePath()));
+  question.root = options.root;
+  question.probe = options.probe;
+  const doctor::Diagnosis diagnosis = doctor::Diagnose(question);
+  std::cout << (options.json ? doctor::JsonReport(diagnosis) : doctor::TextReport(diagnosis, IsColored(options.color)))
+            << std::flush;
+  if (!std::cout) {
+    std::cerr << "grellin_doctor: the report cannot be written" << std::endl;
+    return kCannotWork;
+  }
+  if (options.log) {
+    WriteLog(options, diagnosis);
+  }
+  return diagnosis.verdict.outcome == doctor::Outcome::kRuns ? kWouldRun : kWouldNot;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // As the launcher does, for the libraries that are loaded.
+  static_cast<void>(std::setlocale(LC_ALL, ".UTF8"));
+  try {
+    const auto parsed = doctor::ParseOptions(argc, argv);
+    if (const auto* refusal = std::get_if<doctor::Refusal>(&parsed)) {
+      return Refuse(*refusal);
+    }
+    return Run(std::get<doctor::Options>(parsed));
+  } catch (const std::exception& failure) {
+    std::cerr << "grellin_doctor: it cannot work: " << doctor::Printable(failure.what()) << std::endl;
+    return kCannotWork;
+  }
+}

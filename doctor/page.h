@@ -1,0 +1,48 @@
+// A page of text: 100 columns, aligned, coloured if asked.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace doctor {
+
+inline constexpr std::size_t kPageWidth = 100;
+
+enum class Paint { kPlain, kStrong, kGood, kBad, kOdd, kFaint };
+
+/// A cell of a table: printable text and its colour.
+struct Cell {
+  std::string text;
+  Paint paint = Paint::kPlain;
+};
+
+/// Collects a page. All texts must be printable (see text.h).
+class Page {
+ public:
+  explicit Page(bool colored) : colored_(colored) {}
+
+  /// A heading with what it is about behind it, after an empty line.
+  void Heading(const std::string& title, const std::string& about);
+
+  /// Text with an indentation, broken between words, inside them only where one is longer than a line.
+  void Paragraph(const std::string& text, std::size_t indent, Paint paint = Paint::kPlain);
+
+  /// Rows of equally many cells, the columns aligned; what does not fit its column is broken.
+  void Table(const std::vector<std::vector<Cell>>& rows, std::size_t indent);
+
+  const std::string& Text() const { return text_; }
+
+ private:
+  void Put(std::string_view text, Paint paint);
+  void PutRow(const std::vector<Cell>& row, const std::vector<std::size_t>& widths, std::size_t indent);
+
+  bool colored_;
+  std::string text_;
+};
+
+/// The text in lines of at most `width` columns.
+std::vector<std::string> Wrapped(std::string_view text, std::size_t width);
+
+}  // namespace doctor

@@ -1,0 +1,27 @@
+// Text on its way to people.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "foundation/strings.h"
+
+namespace doctor {
+
+/// The wide string as UTF-8, lone surrogates as three bytes each.
+std::string Bytes(const tov::WideString& text);
+
+/// The UTF-8 as a wide string; empty when it is malformed.
+tov::WideString Wide(std::string_view bytes);
+
+/// The bytes as text that can be shown anywhere: what is no valid UTF-8, no character to look at, or a backslash
+/// becomes an escape such as "\r" or "\xff".
+std::string Printable(std::string_view bytes);
+
+/// Between single quotes, so that blanks show, and printable.
+std::string Quoted(std::string_view bytes);
+
+/// How many columns a printable text takes, a code point one column each.
+std::size_t Columns(std::string_view text);
+
+}  // namespace doctor
