@@ -34,6 +34,34 @@ TEST(ConvertToContainer, EveryCodePointIsConvertedBothWays) {
   EXPECT_TRUE(wide == all_utf16);
 }
 
+// ASCII is taken several units at a time, so what is not stands at every place of texts of every small length.
+TEST(ConvertToContainer, TheFirstCharacterBeyondAsciiMayStandAnywhere) {
+  for (const char16_t beyond : {u'\u0080', u'\u00E9', u'\u0100', u'\u8000', u'\uFF00'}) {
+    const std::u16string wide(1, beyond);
+    NarrowString bytes;
+    ASSERT_EQ(Utf16ToUtf8::Do(wide, bytes, 0), 0);
+    for (std::size_t length = 0; length <= 20; ++length) {
+      for (std::size_t place = 0; place <= length; ++place) {
+        const std::u16string text = std::u16string(place, u'a') + wide + std::u16string(length - place, u'\u007F');
+        const std::string utf8 = std::string(place, 'a') + bytes + std::string(length - place, '\x7F');
+        NarrowString narrow = "/";
+        WideString back = u"/";
+        ASSERT_EQ(Utf16ToUtf8::Do(text, narrow, 1), 0);
+        ASSERT_EQ(Utf8ToUtf16::Do(utf8, back, 1), 0);
+        ASSERT_TRUE(narrow == "/" + utf8 && back == u"/" + text) << place << " of " << length;
+      }
+    }
+  }
+}
+
+TEST(ConvertToContainer, MalformedUtf8IsSeenBehindAsciiOfAnyLength) {
+  for (std::size_t length = 0; length <= 20; ++length) {
+    WideString wide = u"as it was";
+    EXPECT_EQ(Utf8ToUtf16::Do(std::string(length, 'a') + "\x80", wide, 0), kInvalidArgument) << length;
+    EXPECT_EQ(wide, u"as it was") << length;
+  }
+}
+
 TEST(ConvertToContainer, EveryLoneSurrogateBecomesThreeBytesAndComesBack) {
   for (unsigned unit = 0xD800; unit <= 0xDFFF; ++unit) {
     const WideString lone(1, static_cast<char16_t>(unit));

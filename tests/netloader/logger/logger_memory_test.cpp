@@ -74,7 +74,7 @@ TEST(LoggerMemory, AnExceptionAtTheEndOfALineEndsTheProcess) {
     line.reset();
   };
 
-  EXPECT_EXIT(end(), testing::KilledBySignal(SIGABRT), "bad_alloc");
+  EXPECT_EXIT(end(), testing::KilledBySignal(SIGABRT), "terminate called");
 }
 
 TEST(LoggerMemory, WithTheEmptyLoggerALineTakesNoMemory) {
