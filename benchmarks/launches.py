@@ -15,6 +15,7 @@ import shutil
 import sys
 from pathlib import Path
 
+sys.dont_write_bytecode = True  # Nothing is left in the source folder.
 import measuring
 from measuring import Row, command, ratio
 
