@@ -89,7 +89,7 @@ TEST(LauncherFile, UsesTheStackProtector) {
 
 // The file itself tells of it only where the compiler could not prove a call harmless, and it may prove them all.
 TEST(LauncherFile, EverySourceOfItIsCompiledWithTheFortifiedFunctions) {
-  if (const std::string why = WHY_NOT_FORTIFIED; !why.empty()) {
+  if (const char* why = WHY_NOT_FORTIFIED; *why != '\0') {
     GTEST_SKIP() << "fortified in optimised builds only; this is " << why;
   }
   const std::regex of_the_product(" -c " SOURCE_FOLDER "/(foundation|netloader|launcher)/");
@@ -104,7 +104,7 @@ TEST(LauncherFile, EverySourceOfItIsCompiledWithTheFortifiedFunctions) {
 }
 
 TEST(LauncherFile, NeedsTheCAndCxxLibrariesOnly) {
-  if (const std::string why = WHY_OTHER_SYMBOLS; !why.empty()) {
+  if (const char* why = WHY_OTHER_SYMBOLS; *why != '\0') {
     GTEST_SKIP() << "other libraries are needed by " << why;
   }
   const Names allowed{"libc.so.6", "libstdc++.so.6", "libgcc_s.so.1", "libm.so.6", "ld-linux-x86-64.so.2"};
@@ -141,7 +141,7 @@ Names OtherKinds() {
 }
 
 TEST(LauncherFile, ExportsExactlyTheListedFunctionsAndData) {
-  if (const std::string why = WHY_OTHER_SYMBOLS; !why.empty()) {
+  if (const char* why = WHY_OTHER_SYMBOLS; *why != '\0') {
     GTEST_SKIP() << "more is exported by " << why;
   }
   Names listed;
@@ -170,7 +170,7 @@ TEST(LauncherFile, ExportsExactlyTheListedFunctionsAndData) {
 }
 
 TEST(LauncherFile, ExportsNothingElseThatIsNotItsOwn) {
-  if (const std::string why = WHY_OTHER_SYMBOLS; !why.empty()) {
+  if (const char* why = WHY_OTHER_SYMBOLS; *why != '\0') {
     GTEST_SKIP() << "more is exported by " << why;
   }
   const std::regex own("^((non-virtual thunk to|guard variable for) )?netloader::");

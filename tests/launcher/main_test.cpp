@@ -140,7 +140,6 @@ TEST(Main, AnExecutableInAFolderThatIsNotUtf8IsAResultCodeException) {
 TEST(Main, AnExecutableWhosePathIsTooLongToReadIsAResultCodeException) {
   const World world;
   const TempFolder folder("/var/opt/morvath");
-  fs::path deep = folder.Path();
   const std::string name(250, 'd');
 
   // Moved below folder after folder: no call takes a path that long.

@@ -32,6 +32,12 @@ void ExpectInProportion(const Outcome& small, const Outcome& tenTimes) {
   EXPECT_LT(tenTimes.processor_time.count(), base.count() * kMuchMoreThanTenTimes);
 }
 
+constexpr std::size_t k64Mebibytes = 67'108'864;
+
+std::string Values(std::size_t size) {
+  return std::string(size, 'v');
+}
+
 std::string Lines(int count) {
   std::string text;
   for (int i = 0; i < count; ++i) {
@@ -61,10 +67,10 @@ TEST(Size, OneSettingsLineOf64MebibytesWorks) {
   runtime.AddHost("6.0.36");
   const std::string root = "\nDotnetRootFolder=" + runtime.Root().string();
   const StandInHost host;
-  SettingsFile settings("k=" + std::string(6'710'886, 'v') + root);
+  SettingsFile settings("k=" + Values(k64Mebibytes / 10) + root);
 
   const auto small = Launcher(host).Run();
-  settings.Write("k=" + std::string(67'108'864, 'v') + root);
+  settings.Write("k=" + Values(k64Mebibytes) + root);
   const auto large = Launcher(host).Run();
 
   EXPECT_TRUE(EndedSilently(small, 0));
@@ -73,7 +79,7 @@ TEST(Size, OneSettingsLineOf64MebibytesWorks) {
 }
 
 TEST(Size, ARootOf64MebibytesEndsWith255) {
-  const SettingsFile settings("DotnetRootFolder=/" + std::string(67'108'864, 'v'));
+  const SettingsFile settings("DotnetRootFolder=/" + Values(k64Mebibytes));
 
   EXPECT_TRUE(EndedSilently(Launcher().Run(), 255));
 }
@@ -113,6 +119,7 @@ TEST(Size, TenThousandArgumentsArrive) {
   const auto settings = SettingsFile::ForRoot(runtime.Root());
   const StandInHost host;
   std::vector<std::string> arguments;
+  arguments.reserve(10'000);
   for (int i = 0; i < 10'000; ++i) {
     arguments.push_back("argument " + std::to_string(i));
   }

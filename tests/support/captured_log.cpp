@@ -9,7 +9,10 @@
 
 namespace tests {
 
-using namespace netloader::logger;
+using netloader::logger::GetLogger;
+using netloader::logger::InitGlobalFileLogger;
+using netloader::logger::IsEmptyLoggerCurrent;
+using netloader::logger::ReleaseGlobalFileLogger;
 
 CapturedLog::CapturedLog() {
   const auto* before = GetLogger();

@@ -8,7 +8,9 @@
 namespace tests {
 namespace {
 
-using namespace netloader::logger;
+using netloader::logger::IsEmptyLoggerCurrent;
+using netloader::logger::Log;
+using netloader::logger::LogLevel;
 
 TEST(CapturedLog, HoldsEveryLineWithItsLevelAndWithoutItsTime) {
   const CapturedLog log;

@@ -72,6 +72,7 @@ std::chrono::microseconds Duration(const timeval& time) {
 
 std::vector<char*> Pointers(const std::vector<std::string>& texts) {
   std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
   for (const std::string& text : texts) {
     pointers.push_back(const_cast<char*>(text.c_str()));
   }
@@ -151,17 +152,17 @@ struct Command::Launch {
 Outcome Command::Run() const {
   Launch launch{MemoryFile(input_), MemoryFile(), MemoryFile(), {}, Pointers(arguments_), {}};
   for (const auto& [name, value] : environment_) {
-    launch.variables.push_back(name + "=" + value);
+    launch.variables.emplace_back(name).append("=").append(value);
   }
   launch.environment = Pointers(launch.variables);
 
   // An ordinary fork copies the page tables, which takes long in a process that a sanitizer watches.
-  const pid_t child = ::vfork();
+  const pid_t child = ::vfork();  // NOLINT: it goes on to a program at once, and shares nothing it writes.
   if (child < 0) {
     throw std::system_error(errno, std::generic_category(), "vfork");
   }
   if (child == 0) {
-    Become(launch);
+    Become(launch);  // NOLINT: system calls only.
   }
 
   Outcome outcome;

@@ -13,8 +13,6 @@
 #include <string>
 #include <string_view>
 
-extern char** environ;
-
 namespace {
 
 // As the public hosting interface has it.
