@@ -110,6 +110,7 @@ TEST(FileFind, WhatIsNoReadableFolderHasItsCodeAndLeavesNothingOpen) {
     EXPECT_FALSE(find.HasEntry()) << row.path;
     EXPECT_EQ(OpenFiles(), before) << row.path;
   }
+  fs::permissions(folder / "locked", fs::perms::owner_all);
 }
 
 // A folder that was removed while it was open has not even the dots.
