@@ -108,7 +108,7 @@ def _text(value):
         return ""
     if isinstance(value, str):
         return value
-    return f"{value:,.0f}" if value >= 100 else f"{value:.1f}" if value >= 10 else f"{value:.2f}"
+    return f"{value:,.0f}" if value >= 100 else f"{value:.2f}" if value >= 10 else f"{value:.3f}"
 
 
 def print_table(rows):
@@ -116,7 +116,7 @@ def print_table(rows):
     lines = [("What", "Compared with", "The launcher", "Figure", "Goal", "Met")]
     lines.append(("---", "---:", "---:", "---:", "---:", "---"))
     for row in rows:
-        goal = f"≤ {_text(row.goal)}" if row.goal is not None else ""
+        goal = f"≤ {row.goal:,}" if row.goal is not None else ""
         verdict = ("yes" if row.met else "NO") if goal else ""
         lines.append((row.what, _text(row.other), _text(row.ours), _text(row.figure), goal, verdict))
     widths = [max(len(line[column]) for line in lines) for column in range(6)]
