@@ -11,13 +11,6 @@ add_library(hardened INTERFACE)
 target_link_options(hardened INTERFACE
   -pie -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,--as-needed -Wl,--gc-sections)
 
-# The C++ library comes with the executable: resolving its thousands of symbols is nine tenths of what starting a small
-# program costs, and the server's own copy may be older than the one we were built with. The unwinder stays shared, so
-# that exceptions still cross from the libraries that are loaded. A sanitizer needs the shared C++ library.
-if(NOT SANITIZE)
-  target_link_options(hardened INTERFACE -static-libstdc++)
-endif()
-
 if(SANITIZE)
   add_compile_options(-fsanitize=${SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${SANITIZE})

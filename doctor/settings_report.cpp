@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <map>
 #include <typeinfo>
 
@@ -78,8 +77,8 @@ class Reader {
 SettingsReport ExamineSettings(const std::string& path) {
   SettingsReport report;
   report.path = path;
-  std::ifstream file(path);
-  report.is_open = file.is_open();
+  quor::SettingsFile file(path);
+  report.is_open = file.IsOpen();
   if (!report.is_open) {
     report.reason = ReasonNotToOpen(path);
     report.failure = quor::CannotOpenSettings(path).what();

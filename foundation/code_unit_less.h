@@ -13,6 +13,8 @@ namespace tov {
 /// Less-than by code units, a proper prefix first: the order of `std::less` for wide strings. Compares four units at a
 /// time, since the keys of one file tend to begin alike.
 struct CodeUnitLess {
+  using is_transparent = void;  // Any string of code units is looked up as it is.
+
   bool operator()(std::u16string_view a, std::u16string_view b) const noexcept {
     const std::size_t common = std::min(a.size(), b.size());
     std::size_t at = 0;

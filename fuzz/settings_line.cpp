@@ -1,8 +1,10 @@
 // A settings file of any bytes: every line is skipped, or is its key, "=", and its value.
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <typeinfo>
@@ -36,7 +38,11 @@ void Check(std::string_view line, const std::optional<SettingsLine>& parsed) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string bytes(reinterpret_cast<const char*>(data), size);
-  std::istringstream file(bytes);
+  static const int memory = ::memfd_create("settings", 0);
+  Require(::ftruncate(memory, 0) == 0);
+  Require(::pwrite(memory, data, size, 0) == static_cast<ssize_t>(size));
+  netloader::quor::SettingsFile file("/proc/self/fd/" + std::to_string(memory));
+  Require(file.IsOpen());
   std::string read;
 
   netloader::quor::ForEachSettingsLine(file, [&read](std::string_view line, const auto& parsed) {

@@ -1,6 +1,6 @@
 #include <clocale>
+#include <cstdio>
 #include <exception>
-#include <iostream>
 
 #include "launcher/impl.h"
 
@@ -10,10 +10,10 @@ int main(int argc, char** argv) {
     return Impl(argc, argv);
   } catch (const std::exception& failure) {
     // Reported in the launcher's own words first; rethrown, it then ends the process loudly.
-    std::cerr << "Error occurred: " << failure.what() << std::endl;
+    std::fprintf(stderr, "Error occurred: %s\n", failure.what());
     throw;
   } catch (...) {
-    std::cerr << "Unknown failure occurred" << std::endl;
+    std::fputs("Unknown failure occurred\n", stderr);
     throw;
   }
 }

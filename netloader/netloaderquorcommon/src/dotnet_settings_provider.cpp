@@ -1,6 +1,5 @@
 #include "netloader/netloaderquorcommon/src/dotnet_settings_provider.h"
 
-#include <fstream>
 #include <iterator>
 #include <stdexcept>
 #include <string>
@@ -31,8 +30,8 @@ void DotnetSettingsProvider::LoadSettingsFromFile() {
   }
   settingsSource = SettingsFilePath();
   const std::string path = Cast<std::string>(settingsSource);
-  std::ifstream file(path);
-  if (!file.is_open()) {
+  SettingsFile file(path);
+  if (!file.IsOpen()) {
     Log(ERROR, L"LoadSettingsFromFile: Failed to open file by path '", settingsSource, L"'");
     throw CannotOpenSettings(path);
   }
@@ -52,9 +51,9 @@ DotnetSettingsProvider::Settings::iterator DotnetSettingsProvider::ProcessLine(
   }
   Log(TRACE, L"LoadSettingsFromFile: process line '", line, L"'");
   Log(TRACE, L"LoadSettingsFromFile: key = '", parsed->key, L"'", L", value = '", parsed->value, L"'");
-  SettingsPair pair = DecodeSettingsLine(*parsed);
+  const SettingsPair pair = DecodeSettingsLine(*parsed);
   const auto after = place == settings.end() ? place : std::next(place);
-  return settings.insert_or_assign(after, std::move(pair.key), std::move(pair.value));
+  return settings.insert_or_assign(after, PooledString(pair.key, &pool_), std::u16string_view(pair.value));
 }
 
 WideString DotnetSettingsProvider::GetSettingsSource() {
@@ -69,8 +68,8 @@ WideString DotnetSettingsProvider::GetValue(const WideString& key) const {
     Log(ERROR, L"Requested configuration key is empty");
     throw std::invalid_argument("Cannot read empty configuration key");
   }
-  const auto found = settings.find(key);
-  return found != settings.end() ? found->second : WideString();
+  const auto found = settings.find(std::u16string_view(key));
+  return found != settings.end() ? WideString(found->second) : WideString();
 }
 
 }  // namespace netloader::quor

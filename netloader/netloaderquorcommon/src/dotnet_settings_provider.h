@@ -33,15 +33,16 @@ class DotnetSettingsProvider {
   tov::WideString GetValue(const tov::WideString& key) const;
 
  private:
-  using Settings = std::pmr::map<tov::WideString, tov::WideString, tov::CodeUnitLess>;
+  using PooledString = tov::types::basic_string_t<char16_t, std::pmr::polymorphic_allocator<char16_t>>;
+  using Settings = std::pmr::map<PooledString, PooledString, tov::CodeUnitLess>;
 
   /// Stores what the line sets, if anything. Returns the place of its pair, else `place`, which is a guess at the
   /// place: the lines of a file often stand in order.
   Settings::iterator ProcessLine(std::string_view line, const std::optional<SettingsLine>& parsed,
                                  Settings::iterator place);
 
-  std::pmr::monotonic_buffer_resource pairs_memory_;  // Pairs only ever come: their nodes stand in a few large blocks.
-  Settings settings{&pairs_memory_};
+  std::pmr::monotonic_buffer_resource pool_;  // Pairs only ever come, so they stand in a few large blocks.
+  Settings settings{&pool_};
   bool loaded = false;
   tov::WideString settingsSource;
 };
