@@ -14,6 +14,12 @@ using detail::StrictUtf16CharConverter;
 using detail::StrictUtf8CharConverter;
 using Utf16CharConverter = detail::Utf16CharConverterBase<char16_t>;
 
+// While a constant is computed nothing may be read that is not there.
+static_assert(!StrictUtf8CharConverter::Read("\x80") && !StrictUtf8CharConverter::Read("\xF4\x90\x80\x80"));
+static_assert(!StrictUtf8CharConverter::Read({"\xE2\x82", 2}) && !Utf8CharConverter::Read({"\xF0\x9F\x98", 3}));
+static_assert(StrictUtf8CharConverter::Read("\xC3\xA9")->value == 0xE9);
+static_assert(!StrictUtf16CharConverter::Read({u"\xD83D", 1}) && Utf16CharConverter::Read({u"\xD83D", 1}));
+
 template <typename Converter>
 auto Written(char32_t value) {
   std::basic_string<typename Converter::CharType> out(Converter::Length(value), 'x');

@@ -55,7 +55,7 @@ Visits WalkThrough(const fs::path& root) {
 void Expect(const std::string& folder, DIR* open, Visits& visits) {
   while (const dirent* entry = ::readdir(open)) {
     const std::string name = entry->d_name;
-    const std::string path = folder + "/" + name;
+    const std::string path = fs::path(folder) / name;
     const bool enters = name != "." && name != ".." && fs::symlink_status(path).type() == fs::file_type::directory;
     DIR* const below = enters ? ::opendir(path.c_str()) : nullptr;
     if (below == nullptr) {

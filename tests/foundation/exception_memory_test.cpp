@@ -86,8 +86,9 @@ TEST(ExceptionMemory, CopyingAndAssigningAllocateNothing) {
   tov::exception assigned;
   const std::size_t before = AllocationsMade();
 
-  const tov::exception copy(failure);
+  tov::exception copy(failure);
   assigned = copy;
+  copy = tov::exception();
 
   EXPECT_EQ(AllocationsMade(), before);
 }

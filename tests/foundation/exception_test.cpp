@@ -2,12 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <memory>
 #include <string>
 #include <thread>
 #include <type_traits>
 #include <utility>
-#include <vector>
 
 namespace tov {
 namespace {
@@ -117,12 +117,12 @@ TEST(Exception, HasATextOfItsOwn) {
 TEST(Exception, CopiesMayGoOnAnyThread) {
   auto shared = std::make_unique<Exception>(kHere, "m", u"text");
   const char* const text = shared->what();
-  std::vector<std::thread> threads;
+  std::array<std::thread, 4> threads;
 
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([copy = *shared, text] {
+  for (std::thread& thread : threads) {
+    thread = std::thread([copy = *shared, text] {
       for (int round = 0; round < 5'000; ++round) {
-        const Exception other(copy);
+        const Exception other(copy);  // NOLINT(performance-unnecessary-copy-initialization): what is tested.
         ASSERT_EQ(other.what(), text);
       }
     });

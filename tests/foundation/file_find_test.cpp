@@ -145,6 +145,24 @@ TEST(FileFind, TheFolderIsClosedWithIt) {
   EXPECT_EQ(OpenFiles(), before);
 }
 
+// As it is in a process that was started without a standard input.
+TEST(FileFind, DescriptorZeroIsOneLikeAnyOther) {
+  const TempFolder folder;
+  const int input = ::dup(STDIN_FILENO);
+  ::close(STDIN_FILENO);
+  FileFind find;
+
+  const int result = find.Open(folder.Path());
+
+  const int next_free = ::dup(input);
+  ::close(next_free);
+  find = FileFind();
+  ::dup2(input, STDIN_FILENO);
+  ::close(input);
+  EXPECT_EQ(result, 0);
+  EXPECT_GT(next_free, 0);
+}
+
 TEST(FileFind, AStartedProgramDoesNotInheritTheFolder) {
   const TempFolder folder;
   const int next_free = ::dup(STDIN_FILENO);

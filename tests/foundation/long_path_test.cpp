@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <cstring>
@@ -81,6 +82,25 @@ TEST(LongPath, TheDescriptorIsClosedWithIt) {
   EXPECT_EQ(OpenFiles(), before);
 }
 
+// As it is in a process that was started without a standard input.
+TEST(LongPath, DescriptorZeroIsOneLikeAnyOther) {
+  const TempFolder folder;
+  WriteFile(folder / "file", "12345");
+  const std::string path = PathOfLength(folder.Path(), "file", 20'000);
+  const int input = ::dup(STDIN_FILENO);
+  ::close(STDIN_FILENO);
+  const std::size_t before = OpenFiles();
+  struct stat status {};
+
+  const int result = Stat(path.c_str(), status);
+
+  EXPECT_EQ(OpenFiles(), before);
+  ::dup2(input, STDIN_FILENO);
+  ::close(input);
+  EXPECT_EQ(result, 0);
+  EXPECT_EQ(status.st_size, 5);
+}
+
 TEST(LongPath, AnAccessorCanBeUsedAgain) {
   const TempFolder folder;
   const std::string path = PathOfLength(folder.Path(), "any", 5000);
@@ -131,7 +151,6 @@ TEST(LongPath, StatReachesAFileByARelativePathOfAnyLength) {
 TEST(LongPath, StatReachesFoldersThatAreReallyThatDeep) {
   const TempFolder folder;
   std::string path = folder.Path();
-  fs::path deepest = folder.Path();
   const std::string name(250, 'n');
   int descriptor = ::open(path.c_str(), O_RDONLY);
   while (path.size() < 6000) {
@@ -197,6 +216,7 @@ TEST(LongPath, FailuresHaveTheirCodesAndLeaveNothingOpen) {
   while (tail.size() < 5000) {
     tail += "/.";
   }
+  const std::string name_too_long = "/" + std::string(256, 'n');
   struct Row {
     std::string path;
     std::uint32_t code;
@@ -206,8 +226,9 @@ TEST(LongPath, FailuresHaveTheirCodesAndLeaveNothingOpen) {
        {Row{folder / "missing", 0x80010102}, Row{(folder / "missing").string() + tail, 0x80010102},
         Row{folder.Path().string() + tail + "/missing", 0x80010102}, Row{folder / "file/x", 0x80010103},
         Row{(folder / "file").string() + tail, 0x80010103}, Row{(folder / "locked").string() + tail, 0x80000045},
-        Row{folder.Path().string() + tail + "/locked/x", 0x80000045}, Row{folder / std::string(256, 'n'), 0x8000005C},
-        Row{folder.Path().string() + tail + "/" + std::string(256, 'n') + tail, 0x8000005C}, Row{"", 0x80010102}}) {
+        Row{folder.Path().string() + tail + "/locked/x", 0x80000045},
+        Row{folder.Path().string() + name_too_long, 0x8000005C},
+        Row{folder.Path().string() + tail + name_too_long + tail, 0x8000005C}, Row{"", 0x80010102}}) {
     struct stat status {};
     EXPECT_EQ(Stat(row.path.c_str(), status), Code(row.code))
         << row.path.size() << " bytes: " << row.path.substr(0, 80);

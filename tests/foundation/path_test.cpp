@@ -30,7 +30,9 @@ TEST(Path, APathCanBeAppendedToItself) {
 
     PathImplBase::PathAppend(path, path);
 
-    EXPECT_TRUE(path == start + (start.back() == u'/' ? u"" : u"/") + start) << testing::PrintToString(start);
+    WideString twice = start;
+    twice.append(start.back() == u'/' ? u"" : u"/").append(start);
+    EXPECT_TRUE(path == twice) << testing::PrintToString(start);
   }
 }
 
