@@ -41,12 +41,18 @@ Answer LoadLibrary(const tov::WideString& path) {
   if (!opened.error.empty()) {
     return {opened.error, {}};
   }
+  std::string null;
   for (const char* name : netloader::kHostFunctions) {
-    if (auto function = netloader::ResolveFunction(opened.handle, name); !function.error.empty()) {
+    auto function = netloader::ResolveFunction(opened.handle, name);
+    if (!function.error.empty()) {
+      ::dlclose(opened.handle);  // As a launch does, which a library may not survive either.
       return {std::move(function.error), name};
     }
+    if (function.address == nullptr) {
+      null = name;
+    }
   }
-  return {{}, {}};
+  return {null.empty() ? std::string() : "a null pointer", null};
 }
 
 Answer CreateContext(const tov::WideString& path, const tov::WideString& root, const tov::WideString& assembly) {
@@ -56,8 +62,10 @@ Answer CreateContext(const tov::WideString& path, const tov::WideString& root, c
   const auto initialize = Bound<netloader::HostFxrInitializeFn>(library, netloader::kHostFunctions[0]);
   const auto close = Bound<netloader::HostFxrCloseFn>(library, netloader::kHostFunctions[2]);
   const netloader::HostContext context = netloader::CreateHostContext(initialize, root, path, assembly, 0, nullptr);
-  if (context.handle != nullptr) {
+  if (context.IsUsable()) {
     close(context.handle);
+  } else {
+    ::dlclose(library);  // As a launch does, without closing what there may be of a context.
   }
   return {std::to_string(context.result), context.handle != nullptr ? "handle" : "", std::to_string(context.error),
           HostText()};
