@@ -1,0 +1,173 @@
+#include "tests/prediction/prediction.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <stdexcept>
+#include <vector>
+
+namespace tests {
+
+using nlohmann::json;
+using Texts = std::vector<std::string>;
+
+namespace {
+
+Command Prepared(const std::filesystem::path& program, const StandInHost& host, const Start& start) {
+  Command command(program);
+  // A sanitizer would turn a signal into an exit status.
+  command.Variable("ASAN_OPTIONS", "handle_segv=0:handle_sigbus=0:handle_abort=0");
+  command.Folder(start.folder).Variables(start.variables).Variables(host.Environment());
+  if (!start.reads_everything) {
+    command.WithoutReadingEverything();
+  }
+  return command;
+}
+
+// As JSON shows it: what is no valid UTF-8 is replaced.
+std::string Shown(const std::string& text) {
+  return json::parse(json(text).dump(-1, ' ', false, json::error_handler_t::replace));
+}
+
+std::string TextOr(const json& value, const std::string& otherwise) {
+  return value.is_string() ? value.get<std::string>() : otherwise;
+}
+
+// What a host was told, the handle aside, which is an address.
+Texts ToldToHosts(const std::vector<HostCall>& calls) {
+  Texts told;
+  for (const HostCall& call : calls) {
+    if (call.name == "initialize") {
+      std::ostringstream text;
+      text << call.version << " " << call.fields.at("size") << " " << call.fields.at("host_path") << " "
+           << call.fields.at("dotnet_root") << "\n";
+      for (const std::string& argument : call.arguments) {
+        text << "argument " << argument << "\n";
+      }
+      for (const auto& [name, value] : call.environment) {
+        text << name << "=" << value << "\n";
+      }
+      told.push_back(text.str());
+    }
+  }
+  return told;
+}
+
+// The versions in the order in which they were loaded first.
+Texts Loaded(const std::vector<HostCall>& calls) {
+  Texts versions;
+  for (const HostCall& call : calls) {
+    if (call.name == "loaded" && std::ranges::find(versions, call.version) == versions.end()) {
+      versions.push_back(call.version);
+    }
+  }
+  return versions;
+}
+
+bool BeginsWith(const Texts& texts, const Texts& beginning) {
+  return texts.size() >= beginning.size() && std::equal(beginning.begin(), beginning.end(), texts.begin());
+}
+
+// How the application ends is its own affair, and no prediction is made of it.
+bool ApplicationEndsByItself(const StandInHost& host) {
+  return host.Environment().contains("STAND_IN_RUN_EXITS") || host.Environment().contains("STAND_IN_RUN_THROWS");
+}
+
+bool SaysSomethingOfItsOwn(const Outcome& launch) {
+  return std::ranges::any_of(Texts{"Error occurred", "Unknown failure occurred"},
+                             [&](const std::string& words) { return launch.err.find(words) != std::string::npos; });
+}
+
+// Where the kernel tells no more of the executable's path, a sanitizer says so first.
+std::string_view WithoutSanitizerLine(std::string_view text) {
+  return text.starts_with("==") ? text.substr(text.find('\n') + 1) : text;
+}
+
+bool EndsAsPredicted(const json& verdict, const Outcome& launch, const StandInHost& host) {
+  const std::string outcome = verdict.at("outcome");
+  if (outcome == "runs") {
+    return ApplicationEndsByItself(host) || (launch.status == 0 && !SaysSomethingOfItsOwn(launch));
+  }
+  if (outcome == "status-255") {
+    return launch.status == 255 && verdict.at("exit_status") == 255 && !SaysSomethingOfItsOwn(launch);
+  }
+  if (outcome == "aborts") {
+    return launch.signal == SIGABRT &&
+           WithoutSanitizerLine(launch.err).starts_with(verdict.at("message").get<std::string>() + "\n");
+  }
+  if (outcome == "dies") {
+    return launch.signal != 0 && !launch.timed_out && !SaysSomethingOfItsOwn(launch) &&
+           verdict.at("signal") == std::string("SIG") + ::sigabbrev_np(launch.signal);
+  }
+  if (outcome == "exits") {
+    return verdict.at("exit_status") == launch.status;
+  }
+  return outcome == "hangs" && launch.timed_out;
+}
+
+struct Observed {
+  Outcome outcome;
+  std::vector<HostCall> calls;
+};
+
+Observed Observe(const Command& command, StandInHost& host) {
+  host.Forget();
+  Outcome outcome = command.Run();
+  return {std::move(outcome), host.Calls()};
+}
+
+std::string DifferenceInRecords(const json& verdict, const std::string& decisive, const Observed& doctor,
+                                const Observed& launch, const StandInHost& host) {
+  if (verdict.at("outcome") == "runs" && Shown(host.VersionThatRan()) != decisive) {
+    return "another version ran: " + host.VersionThatRan();
+  }
+  if (std::ranges::any_of(doctor.calls, [](const HostCall& call) { return call.name == "run_app"; })) {
+    return "the doctor ran an application";
+  }
+  // The doctor goes on where a launch has ended, so it may have told and tried more, but nothing else.
+  if (!BeginsWith(ToldToHosts(doctor.calls), ToldToHosts(launch.calls))) {
+    return "the doctor's host was told " + ::testing::PrintToString(ToldToHosts(doctor.calls)) +
+           ", the launcher's was told " + ::testing::PrintToString(ToldToHosts(launch.calls));
+  }
+  if (!BeginsWith(Loaded(doctor.calls), Loaded(launch.calls))) {
+    return "the doctor tried " + ::testing::PrintToString(Loaded(doctor.calls)) + ", the launcher " +
+           ::testing::PrintToString(Loaded(launch.calls));
+  }
+  return {};
+}
+
+}  // namespace
+
+std::filesystem::path DoctorFile() {
+  return DOCTOR_FILE;
+}
+
+Comparison Compare(StandInHost& host, const Start& start) {
+  const Observed doctor = Observe(Prepared(start.doctor, host, start).Arguments({"--json"}), host);
+  const Observed launch = Observe(Prepared(start.launcher, host, start).Timeout(start.patience), host);
+  std::ostringstream words;
+  words << "\nthe launcher: " << launch.outcome << "\nthe doctor: " << doctor.outcome;
+  const json report = json::parse(doctor.outcome.out, nullptr, false);
+  if (!report.is_object()) {
+    return {"", "", "there is no report" + words.str()};
+  }
+  const json& verdict = report.at("verdict");
+  const json& runtime = report.at("runtime");
+  Comparison comparison{verdict.at("outcome"), runtime.is_object() ? TextOr(runtime.at("decisive_version"), "") : "",
+                        ""};
+  if (!EndsAsPredicted(verdict, launch.outcome, host)) {
+    comparison.difference = "it ended otherwise";
+  } else if (doctor.outcome.status != (comparison.outcome == "runs" ? 0 : 1)) {
+    comparison.difference = "the doctor's exit status says something else";
+  } else if (start.hosts_record) {
+    comparison.difference = DifferenceInRecords(verdict, comparison.decisive, doctor, launch, host);
+  }
+  if (!comparison.difference.empty()) {
+    comparison.difference.append(words.str());
+  }
+  return comparison;
+}
+
+}  // namespace tests
