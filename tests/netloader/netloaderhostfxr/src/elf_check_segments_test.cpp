@@ -200,6 +200,14 @@ TEST(ElfCheckSegments, WithoutAnySegmentItIsLeftToTheDynamicLoaderToRefuse) {
   EXPECT_EQ(none.AskLoader(), LoaderVerdict::kRefuses);
 }
 
+TEST(ElfCheckSegments, ASegmentThatEndsAtAddress0IsLeftToTheDynamicLoaderToRefuse) {
+  Spoilt empty(Spoilt().Image().With(offsetof(Elf64_Ehdr, e_phnum), 2, 1));
+  empty.Set(0, Elf64_Phdr{PT_LOAD, PF_R, 0, 0, 0, 0, 0, kPage});
+
+  EXPECT_EQ(empty.Check().verdict, ElfVerdict::kLoadable);
+  EXPECT_EQ(empty.AskLoader(), LoaderVerdict::kRefuses);
+}
+
 TEST(ElfCheckSegments, ALibraryWithoutSectionHeadersIsLoadable) {
   Spoilt library(Spoilt()
                      .Image()
