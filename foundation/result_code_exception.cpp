@@ -52,7 +52,9 @@ std::optional<int> ResultCodeException::ResultCode() const noexcept {
 WideString ResultCodeException::Text() const {
   WideString text = Widened(ResultCodeMessage(ResultCode().value_or(result_code::kNoResultCode)));
   if (const auto error = SystemError(FindProperty(kSystemResultProperty))) {
-    text += u" (" + Widened(ResultCodeMessage(posix::ResultCodeFromSystemError(*error))) + u")";
+    text += u" (";
+    text += Widened(ResultCodeMessage(posix::ResultCodeFromSystemError(*error)));
+    text += u")";
   }
   return text;
 }
