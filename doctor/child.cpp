@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -22,6 +23,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kLongestOutput = 64 * 1024;
+constexpr int kPatience = 10;  // Milliseconds.
 constexpr char kEndOfAnswer = '\n';
 
 class Descriptor {
@@ -52,13 +54,22 @@ struct Pipe {
   Descriptor write = Descriptor();
 };
 
+// The same file under a number that is not a standard stream's: where one of those is closed, a pipe would take its
+// place and be replaced in the child.
+Descriptor AboveStandardStreams(Descriptor descriptor) {
+  return descriptor.get() > STDERR_FILENO ? std::move(descriptor)
+                                          : Descriptor(::fcntl(descriptor.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+}
+
 // Closed ends when there is none to be had.
 Pipe MakePipe() {
   std::array<int, 2> ends{-1, -1};
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
     return {};
   }
-  return {Descriptor(ends[0]), Descriptor(ends[1])};
+  Descriptor read(ends[0]);
+  Descriptor write(ends[1]);
+  return {AboveStandardStreams(std::move(read)), AboveStandardStreams(std::move(write))};
 }
 
 std::string Encode(std::string_view how, const Answer& answer) {
@@ -91,7 +102,10 @@ void WriteAll(int descriptor, std::string_view bytes) {
   }
 }
 
-[[noreturn]] void BeTheChild(const std::function<Answer()>& work, const Pipe& answer, const Pipe& output) {
+[[noreturn]] void BeTheChild(const std::function<Answer()>& work, Pipe& answer, Pipe& output) {
+  // Whoever writes to a pipe that nobody reads any more must be told so.
+  answer.read.Close();
+  output.read.Close();
   ::setpgid(0, 0);
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   const rlimit noCore{0, 0};
@@ -114,13 +128,17 @@ bool ReadSome(const Descriptor& from, std::string& into) {
   return count > 0 || (count < 0 && (errno == EAGAIN || errno == EINTR));
 }
 
-void Drain(Descriptor& from, std::string& into) {
-  while (from.IsOpen()) {
-    pollfd ready{from.get(), POLLIN, 0};
-    if (::poll(&ready, 1, 0) <= 0 || !ReadSome(from, into)) {
-      from.Close();
-    }
+// What is left in a pipe; not for ever, as a process that left the child's group may go on writing.
+void Drain(const Descriptor& from, std::string& into) {
+  const std::size_t longest = into.size() + kLongestOutput;
+  pollfd ready{from.get(), POLLIN, 0};
+  while (into.size() < longest && from.IsOpen() && ::poll(&ready, 1, 0) > 0 && ReadSome(from, into)) {
   }
+}
+
+bool HasEnded(pid_t process) {
+  siginfo_t info{};
+  return ::waitid(P_PID, static_cast<id_t>(process), &info, WEXITED | WNOHANG | WNOWAIT) != 0 || info.si_pid != 0;
 }
 
 int MillisecondsTo(Clock::time_point deadline) {
@@ -128,30 +146,39 @@ int MillisecondsTo(Clock::time_point deadline) {
   return left > 0 ? static_cast<int>(left) : 0;
 }
 
+// The parent's side of a child that runs.
+struct Conversation {
+  pid_t process;
+  Descriptor answer;
+  Descriptor output;
+  std::string answer_text = {};
+  std::string output_text = {};
+};
+
 // Collects both texts until the child has ended. False when the deadline comes first.
-bool Listen(const Descriptor& child, Descriptor& answer, std::string& answerText, Descriptor& output,
-            std::string& outputText, Clock::time_point deadline) {
-  while (true) {
-    // A closed end is -1, which poll passes over.
-    std::array<pollfd, 3> ready{pollfd{child.get(), POLLIN, 0}, pollfd{answer.get(), POLLIN, 0},
-                                pollfd{output.get(), POLLIN, 0}};
-    const int count = ::poll(ready.data(), ready.size(), MillisecondsTo(deadline));
-    if (count == 0) {
+bool Listen(Conversation& with, Clock::time_point deadline) {
+  // Kernels before 5.3 have none; the child is then asked every few milliseconds.
+  const Descriptor child(static_cast<int>(::syscall(SYS_pidfd_open, with.process, 0)));
+  while (!HasEnded(with.process)) {
+    const int left = MillisecondsTo(deadline);
+    if (left == 0) {
       return false;
     }
-    if (ready[0].revents != 0) {
-      Drain(answer, answerText);
-      Drain(output, outputText);
-      return true;
+    // A closed end is -1, which poll passes over.
+    std::array<pollfd, 3> ready{pollfd{child.get(), POLLIN, 0}, pollfd{with.answer.get(), POLLIN, 0},
+                                pollfd{with.output.get(), POLLIN, 0}};
+    if (::poll(ready.data(), ready.size(), child.IsOpen() ? left : std::min(left, kPatience)) <= 0) {
+      continue;
     }
-    if (ready[1].revents != 0 && !ReadSome(answer, answerText)) {
-      answer.Close();
+    if (ready[1].revents != 0 && !ReadSome(with.answer, with.answer_text)) {
+      with.answer.Close();
     }
-    if (ready[2].revents != 0 && !ReadSome(output, outputText)) {
-      output.Close();
+    if (ready[2].revents != 0 && !ReadSome(with.output, with.output_text)) {
+      with.output.Close();
     }
-    outputText.resize(std::min(outputText.size(), kLongestOutput));
+    with.output_text.resize(std::min(with.output_text.size(), kLongestOutput));
   }
+  return true;
 }
 
 // How it ended and what it said; a child that exited without a whole answer exited on its own.
@@ -198,22 +225,24 @@ ChildResult RunInChild(const std::function<Answer()>& work, std::chrono::millise
   if (process == 0) {
     BeTheChild(work, answer, output);
   }
-  const Descriptor child(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
   answer.write.Close();
   output.write.Close();
 
-  std::string bytes;
-  ChildResult result{ChildEnd::kTimedOut};
-  const bool ended = Listen(child, answer.read, bytes, output.read, result.output, deadline);
+  Conversation child{process, std::move(answer.read), std::move(output.read)};
+  const bool ended = Listen(child, deadline);
   ::kill(-process, SIGKILL);  // What it may have started, too.
   ::kill(process, SIGKILL);
+  Drain(child.answer, child.answer_text);
+  Drain(child.output, child.output_text);
   int status = 0;
   ::waitpid(process, &status, 0);
+  ChildResult result{ChildEnd::kTimedOut};
+  result.output = child.output_text.substr(0, kLongestOutput);
   if (ended && WIFSIGNALED(status)) {
     result.end = ChildEnd::kCrashed;
     result.code = WTERMSIG(status);
   } else if (ended) {
-    Decode(bytes, WEXITSTATUS(status), result);
+    Decode(child.answer_text, WEXITSTATUS(status), result);
   }
   return result;
 }

@@ -1,6 +1,7 @@
 #include <unistd.h>
 
 #include <clocale>
+#include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -29,9 +30,18 @@ bool IsColored(doctor::Color color) {
   return (none == nullptr || *none == '\0') && ::isatty(STDOUT_FILENO) == 1;
 }
 
+int CannotWrite() {
+  std::cerr << "grellin_doctor: the report cannot be written" << std::endl;
+  return kCannotWork;
+}
+
 int Refuse(const doctor::Refusal& refusal) {
-  (refusal.is_error ? std::cerr : std::cout) << refusal.text;
-  return refusal.is_error ? kWrongUsage : kWouldRun;
+  if (refusal.is_error) {
+    std::cerr << refusal.text;
+    return kWrongUsage;
+  }
+  std::cout << refusal.text << std::flush;
+  return std::cout ? kWouldRun : CannotWrite();
 }
 
 void WriteLog(const doctor::Options& options, const doctor::Diagnosis& diagnosis) {
@@ -52,8 +62,7 @@ int Run(const doctor::Options& options) {
   std::cout << (options.json ? doctor::JsonReport(diagnosis) : doctor::TextReport(diagnosis, IsColored(options.color)))
             << std::flush;
   if (!std::cout) {
-    std::cerr << "grellin_doctor: the report cannot be written" << std::endl;
-    return kCannotWork;
+    return CannotWrite();
   }
   if (options.log) {
     WriteLog(options, diagnosis);
@@ -66,6 +75,8 @@ int Run(const doctor::Options& options) {
 int main(int argc, char** argv) {
   // As the launcher does, for the libraries that are loaded.
   static_cast<void>(std::setlocale(LC_ALL, ".UTF8"));
+  // Inherited when ignored, and then nobody is told how a child ended.
+  static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
   try {
     const auto parsed = doctor::ParseOptions(argc, argv);
     if (const auto* refusal = std::get_if<doctor::Refusal>(&parsed)) {
