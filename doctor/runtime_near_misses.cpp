@@ -1,12 +1,14 @@
-#include <sys/stat.h>
+#include <fcntl.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <exception>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string_view>
 
 #include "doctor/runtime_report.h"
@@ -70,12 +72,19 @@ class Looker {
     std::error_code ignored;
     if (fs::is_regular_file(root_, ignored)) {
       Warn("root-is-file", root_, "the runtime root is a file, not the folder of the installation",
-           "name the folder that holds it: " + Printable(fs::path(root_).parent_path().string()));
+           "name the folder that holds it: " + Printable(FolderOf(root_)));
     }
-    if (const auto at = RootOfFxr(); !at.empty()) {
+    if (const auto at = RootOfFxr(); !at.empty() && report_.discovery.state == FxrFolderState::kNoStatus) {
       Warn("root-is-fxr", root_, "the runtime root is itself a host/fxr folder; host/fxr is looked for below the root",
            "name the installation's folder: " + Printable(at));
     }
+  }
+
+  // Where the file really is: the dotnet command is a link in most installations.
+  static std::string FolderOf(const fs::path& file) {
+    std::error_code error;
+    const fs::path real = fs::canonical(file, error);
+    return (error ? file : real).parent_path().string();
   }
 
   // The root that was probably meant when it ends in host/fxr or host.
@@ -100,14 +109,38 @@ class Looker {
            "name the root that the link leads to, or replace the link by the folder");
     }
     if (report_.discovery.state == FxrFolderState::kUnreadable) {
-      Warn("folder-not-entered", folder, "this user cannot enter the folder",
-           "let the user that launches read and enter it");
+      WarnNotEntered(folder);
+    } else if (report_.discovery.state == FxrFolderState::kNoStatus) {
+      LookAtFoldersAbove(folder);
     }
     struct statvfs system {};
     if (::statvfs(folder.c_str(), &system) == 0 && (system.f_flag & ST_NOEXEC) != 0) {
       Warn("noexec", folder, "the file system is mounted noexec, so nothing can be loaded from it",
            "mount it with exec, or install the runtime elsewhere");
     }
+  }
+
+  // A folder above that cannot be searched hides all that is in it.
+  void LookAtFoldersAbove(const fs::path& folder) {
+    fs::path above;
+    for (const fs::path& name : folder.parent_path()) {
+      above /= name;
+      std::error_code ignored;
+      if (fs::is_directory(above, ignored) && !MayUse(above, X_OK)) {
+        WarnNotEntered(above.string());
+        return;
+      }
+    }
+  }
+
+  // With the rights that a launch by this user has.
+  static bool MayUse(const fs::path& folder, int mode) {
+    return ::faccessat(AT_FDCWD, folder.c_str(), mode, AT_EACCESS) == 0;
+  }
+
+  void WarnNotEntered(const std::string& folder) {
+    Warn("folder-not-entered", folder, "this user cannot enter the folder",
+         "let the user that launches read and enter it");
   }
 
   // What the walk does not tell of: it enters neither links nor closed folders.
@@ -130,9 +163,8 @@ class Looker {
         Warn("folder-is-link", path.string(), "the folder is a symbolic link, and links are not followed",
              "replace the link by the folder it leads to");
       }
-    } else if (fs::is_directory(path, ignored) && ::access(path.c_str(), R_OK | X_OK) != 0) {
-      Warn("folder-not-entered", path.string(), "this user cannot enter the folder",
-           "let the user that launches read and enter it");
+    } else if (fs::is_directory(path, ignored) && !MayUse(path, R_OK | X_OK)) {
+      WarnNotEntered(path.string());
     }
   }
 
@@ -162,20 +194,27 @@ class Looker {
     return std::string_view(version.name).substr(Prefix().size());
   }
 
-  static long Number(const VersionReport& version) { return netloader::VersionNumber(Wide(version.name), Prefix()); }
+  // Nothing for a name with a lone surrogate, which a launch reads only when there is another to compare it with.
+  static std::optional<long> Number(const VersionReport& version) {
+    try {
+      return netloader::VersionNumber(Wide(version.name), Prefix());
+    } catch (const std::exception&) {
+      return std::nullopt;
+    }
+  }
 
   void LookAtNumbers() {
     std::map<long, const VersionReport*> by_number;
     for (const VersionReport& version : report_.versions) {
-      if (!version.is_candidate) {
+      const auto number = version.is_candidate ? Number(version) : std::nullopt;
+      if (!number) {
         continue;
       }
-      const long number = Number(version);
-      LookAtNumber(version, number);
-      if (const auto [other, added] = by_number.emplace(number, &version); !added) {
+      LookAtNumber(version, *number);
+      if (const auto [other, added] = by_number.emplace(*number, &version); !added) {
         Warn("equal-numbers", Bytes(version.library),
              Printable(version.name) + " and " + Printable(other->second->name) + " count as the same number, " +
-                 std::to_string(number) + ", so their order is not defined",
+                 std::to_string(*number) + ", so their order is not defined",
              "remove one of them");
       }
     }
@@ -187,7 +226,7 @@ class Looker {
     if (tail.starts_with("0x") || tail.starts_with("0X")) {
       Warn("hexadecimal-number", Bytes(version.library), counts + "hexadecimal: " + std::to_string(number),
            "name the folder by its plain version number");
-    } else if (tail.size() > 1 && tail.front() == '0') {
+    } else if (tail.size() > 1 && tail[0] == '0' && std::isdigit(static_cast<unsigned char>(tail[1])) != 0) {
       Warn("octal-number", Bytes(version.library), counts + "octal: " + std::to_string(number),
            "name the folder by its plain version number, without a zero in front");
     } else if (number == 0 && !tail.starts_with('0')) {

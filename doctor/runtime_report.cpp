@@ -29,7 +29,8 @@ Reason ReasonOf(const VersionFinding& finding) {
     case VersionVerdict::kAccepted:
       break;
     case VersionVerdict::kNotAFolder:
-      return {"not-a-folder", "is no folder any more"};
+      return finding.name.empty() ? Reason{"not-utf8", "names that are not UTF-8 are passed over"}
+                                  : Reason{"not-a-folder", "is no folder any more"};
     case VersionVerdict::kWrongPrefix:
       return {"wrong-prefix", "its name does not begin with " + Quoted(Bytes(netloader::quor::kDotnetVersionPrefix))};
     case VersionVerdict::kNoLibrary:
@@ -63,6 +64,14 @@ std::string ReasonCode(ElfVerdict verdict) {
   return {};
 }
 
+// What a library wrote before the end, as far as it helps.
+std::string LastWords(const ChildResult& child) {
+  constexpr std::size_t kLongest = 200;
+  std::string words = child.output.substr(0, kLongest);
+  words.erase(words.find_last_not_of(" \r\n") + 1);
+  return words.empty() ? words : "; it wrote: " + words;
+}
+
 // What a probe says of a library: good, refused or fatal.
 void Judge(LibraryProbe probe, VersionReport& version) {
   version.standing = Standing::kFatal;
@@ -82,15 +91,16 @@ void Judge(LibraryProbe probe, VersionReport& version) {
       break;
     case ChildEnd::kExited:
       version.reason = "exited";
-      version.detail = "ended the process while loading, with status " + std::to_string(probe.child.code);
+      version.detail =
+          "ended the process while loading, with status " + std::to_string(probe.child.code) + LastWords(probe.child);
       break;
     case ChildEnd::kCrashed:
       version.reason = "crashed";
-      version.detail = "crashed while loading: " + SignalName(probe.child.code);
+      version.detail = "crashed while loading: " + SignalName(probe.child.code) + LastWords(probe.child);
       break;
     case ChildEnd::kTimedOut:
       version.reason = "timed-out";
-      version.detail = "did not come back from loading within the time limit";
+      version.detail = "did not come back from loading within the time limit" + LastWords(probe.child);
       break;
     case ChildEnd::kNotStarted:
       throw std::system_error(probe.child.code, std::generic_category(), "a process to load libraries in");
