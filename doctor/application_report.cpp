@@ -1,6 +1,7 @@
 #include "doctor/application_report.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -24,8 +25,11 @@ using nlohmann::json;
 FileReport LookAtFile(const std::string& path) {
   const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor >= 0) {
+    struct stat status {};
+    const bool isFile = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
     ::close(descriptor);
-    return {path, FileState::kPresent, {}};
+    return isFile ? FileReport{path, FileState::kPresent, {}}
+                  : FileReport{path, FileState::kUnreadable, "it is no regular file"};
   }
   return {path, errno == ENOENT || errno == ENOTDIR ? FileState::kMissing : FileState::kUnreadable,
           std::strerror(errno)};
@@ -92,7 +96,9 @@ std::vector<FrameworkReport> Frameworks(const json& config, const fs::path& root
     if (each.is_object() && !Text(each, "name").empty()) {
       const std::string name = Text(each, "name");
       const std::string version = Text(each, "version");
-      frameworks.push_back({name, version, IsThere(root, name, version, roll.ends_with("Major"))});
+      const bool anyMajor = roll.ends_with("Major");
+      frameworks.push_back(
+          {name, version, root.empty() ? std::nullopt : std::optional(IsThere(root, name, version, anyMajor))});
     }
   }
   return frameworks;
@@ -123,7 +129,7 @@ Warnings ApplicationNearMisses(const ApplicationReport& report) {
                         "the application's assembly is missing", "install the product again"});
   }
   for (const FrameworkReport& framework : report.frameworks) {
-    if (!framework.is_there) {
+    if (framework.is_there == false) {
       warnings.push_back({"missing-framework", Printable(report.runtime_config.path),
                           "the application needs " + Printable(framework.name) + " " + Printable(framework.version) +
                               ", which the runtime root does not have",

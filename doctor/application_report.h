@@ -24,7 +24,7 @@ struct FileReport {
 struct FrameworkReport {
   std::string name;
   std::string version;
-  bool is_there;  ///< Whether the root has a version of it that could serve.
+  std::optional<bool> is_there;  ///< Whether the root has a version of it that could serve; empty without a root.
 };
 
 struct ApplicationReport {

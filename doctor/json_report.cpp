@@ -128,7 +128,9 @@ json ToJson(const FileReport& file) {
 }
 
 json ToJson(const FrameworkReport& framework) {
-  return {{"name", framework.name}, {"version", framework.version}, {"there", framework.is_there}};
+  return {{"name", framework.name},
+          {"version", framework.version},
+          {"there", framework.is_there ? json(*framework.is_there) : json()}};
 }
 
 template <typename Range>

@@ -91,7 +91,7 @@ void Page::Heading(const std::string& title, const std::string& about) {
 
 void Page::Paragraph(const std::string& text, std::size_t indent, Paint paint) {
   for (const std::string& line : Wrapped(text, kPageWidth - indent)) {
-    text_.append(indent, ' ');
+    text_.append(line.empty() ? 0 : indent, ' ');
     Put(line, paint);
     text_ += '\n';
   }

@@ -24,10 +24,13 @@ std::string Shortened(std::string_view bytes) {
                                              std::to_string(bytes.size() - kLongestValue) + " bytes more";
 }
 
-void PutVerdict(Page& page, const Verdict& verdict) {
+void PutVerdict(Page& page, const Verdict& verdict, bool hasWarnings) {
   page.Paragraph(VerdictLine(verdict), 0, verdict.outcome == Outcome::kRuns ? Paint::kGood : Paint::kBad);
   if (!verdict.cure.empty()) {
     page.Paragraph(verdict.cure, kIndent);
+  }
+  if (verdict.outcome != Outcome::kRuns && hasWarnings) {
+    page.Paragraph("The warnings below may name the cause.", kIndent);
   }
 }
 
@@ -93,7 +96,7 @@ void PutSettings(Page& page, const SettingsReport& settings) {
   }
 }
 
-Cell StandingCell(const VersionReport& version) {
+Cell StandingCell(const VersionReport& version, bool isDecisive) {
   switch (version.standing) {
     case Standing::kChosen:
       return {"chosen", Paint::kGood};
@@ -104,7 +107,7 @@ Cell StandingCell(const VersionReport& version) {
     case Standing::kRefused:
       return {"refused", version.is_candidate ? Paint::kOdd : Paint::kFaint};
     case Standing::kFatal:
-      return {"fatal", Paint::kBad};
+      return isDecisive ? Cell{"fatal", Paint::kBad} : Cell{"fatal, not tried", Paint::kOdd};
   }
   return {};
 }
@@ -138,7 +141,9 @@ void PutRuntime(Page& page, const std::optional<RuntimeReport>& runtime) {
   Rows rows;
   for (const VersionReport& version : runtime->versions) {
     if (rows.size() < kLongestList) {
-      rows.push_back({{Printable(version.name)}, StandingCell(version), {Printable(version.detail)}});
+      rows.push_back({{version.name.empty() ? "(not UTF-8)" : Printable(version.name)},
+                      StandingCell(version, &version == runtime->Decisive()),
+                      {Printable(version.detail)}});
     }
   }
   page.Table(rows, kIndent);
@@ -167,6 +172,14 @@ Cell FileCell(const FileReport& file, bool isNeeded) {
   return {std::string(FileStateName(file.state)) + detail, paint};
 }
 
+Cell FrameworkCell(const FrameworkReport& framework) {
+  if (!framework.is_there) {
+    return {"needed; not looked for, as no runtime root is known", Paint::kFaint};
+  }
+  return *framework.is_there ? Cell{"needed, and a version is there", Paint::kGood}
+                             : Cell{"needed, and not there", Paint::kBad};
+}
+
 std::string ContextWords(const ContextProbe& context) {
   if (context.child.end != ChildEnd::kFinished) {
     return "was not created";
@@ -193,9 +206,7 @@ void PutApplication(Page& page, const ApplicationReport& application) {
                {{"runtimeconfig.json"}, FileCell(application.runtime_config, true)},
                {{"deps.json"}, FileCell(application.dependencies, false)}};
   for (const FrameworkReport& framework : application.frameworks) {
-    rows.push_back({{Printable(framework.name) + " " + Printable(framework.version)},
-                    {framework.is_there ? "needed, and a version is there" : "needed, and not there",
-                     framework.is_there ? Paint::kGood : Paint::kBad}});
+    rows.push_back({{Printable(framework.name) + " " + Printable(framework.version)}, FrameworkCell(framework)});
   }
   if (application.context) {
     rows.push_back(
@@ -212,7 +223,7 @@ void PutApplication(Page& page, const ApplicationReport& application) {
 
 std::string TextReport(const Diagnosis& diagnosis, bool colored) {
   Page page(colored);
-  PutVerdict(page, diagnosis.verdict);
+  PutVerdict(page, diagnosis.verdict, !diagnosis.warnings.empty());
   PutWarnings(page, diagnosis.warnings);
   PutSettings(page, diagnosis.settings);
   PutRuntime(page, diagnosis.runtime);
