@@ -29,6 +29,9 @@ bool FillParameters(const Walk& walk, netloader::HostFxrModuleParameters& parame
     quor::InitNetloaderLoggingSettingsOrUseDefault(unused);
     return quor::TryInitNetloaderSettings(parameters);
   }
+  if (walk.root->empty()) {
+    return false;
+  }
   parameters.dotnetRootPath = *walk.root;
   parameters.dotnetVersionPrefix = quor::kDotnetVersionPrefix;
   parameters.productRoot = quor::ExecutableFolder(quor::kExecutableLink);

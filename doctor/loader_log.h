@@ -11,7 +11,7 @@ namespace doctor {
 
 /// What the log is of: the installed settings, or a root in their place.
 struct Walk {
-  std::optional<tov::WideString> root;  ///< Empty: the launcher's own settings file decides.
+  std::optional<tov::WideString> root;  ///< None: the launcher's own settings decide. "": no root is known.
 };
 
 /// Has the file logger write `file` (made absolute; ".log" is added when it does not end so) while a child does what a

@@ -4,6 +4,7 @@
 #include <map>
 #include <sstream>
 
+#include "doctor/text.h"
 #include "doctor/version.h"
 
 namespace doctor {
@@ -31,7 +32,8 @@ std::variant<Options, Refusal> ParseOptions(int argc, const char* const* argv) {
   app.add_option("--settings", options.settings, "Ask about this settings file instead of the installed one")
       ->option_text("FILE");
   app.add_option("--root", options.root, "Ask about this runtime root instead of the one in the settings")
-      ->option_text("DIR");
+      ->option_text("DIR")
+      ->check([](const std::string& root) { return Wide(root).empty() ? "it must be a path in UTF-8" : ""; }, "");
   app.add_flag("--no-probe", noProbe, "Load nothing; excludes --log")->excludes(log)->option_text(" ");
   app.add_option("--color", options.color, "When to use colours: auto, always or never")
       ->option_text("WHEN")
