@@ -1,0 +1,304 @@
+// The doctor from outside: statuses, streams, colours, and that it leaves everything as it was.
+#include <gtest/gtest.h>
+#include <pty.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "tests/doctor/doctor.h"
+#include "tests/doctor/server.h"
+#include "tests/support/settings_file.h"
+#include "tests/support/temp_folder.h"
+
+namespace tests {
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+// Runs the doctor through a shell: "$0" is its path.
+Command Shell(const std::string& script) {
+  return Command("/bin/sh").Arguments({"-c", script, DoctorFile()}).Variable("PATH", "/usr/sbin:/usr/bin:/sbin:/bin");
+}
+
+bool HasColors(const std::string& text) {
+  return text.find('\033') != std::string::npos;
+}
+
+// What the doctor writes to a terminal.
+std::string OnTerminal(const std::vector<std::string>& arguments, const std::vector<std::string>& environment) {
+  std::vector<std::string> command{DoctorFile()};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  const auto pointers = [](const std::vector<std::string>& texts) {
+    std::vector<char*> all;
+    for (const std::string& text : texts) {
+      all.push_back(const_cast<char*>(text.c_str()));
+    }
+    all.push_back(nullptr);
+    return all;
+  };
+  const auto argv = pointers(command);
+  const auto envp = pointers(environment);
+  int terminal = -1;
+  const pid_t process = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (process == 0) {
+    ::execve(argv.front(), argv.data(), envp.data());
+    ::_exit(127);
+  }
+  std::string text;
+  char buffer[4096];
+  for (ssize_t got; (got = ::read(terminal, buffer, sizeof buffer)) > 0;) {
+    text.append(buffer, static_cast<std::size_t>(got));
+  }
+  ::close(terminal);
+  ::waitpid(process, nullptr, 0);
+  return text;
+}
+
+// Everything below the folders, with what a change would change.
+std::string Listing(const std::vector<fs::path>& folders) {
+  std::ostringstream listing;
+  for (const fs::path& folder : folders) {
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+      struct stat status {};
+      ::lstat(entry.path().c_str(), &status);
+      listing << entry.path() << ' ' << status.st_mode << ' ' << status.st_size << ' ' << status.st_mtim.tv_sec << '.'
+              << status.st_mtim.tv_nsec << ' ' << status.st_ctim.tv_sec << '.' << status.st_ctim.tv_nsec << '\n';
+    }
+  }
+  return listing.str();
+}
+
+TEST(DoctorExecutable, EndsWithZeroWhenALaunchWouldRunEvenWithWarnings) {
+  Server server;
+  server.Healthy();
+  EXPECT_EQ(Doctor().Run().status, 0);
+
+  server.Host("7.0.1");
+  const Outcome warned = Doctor().Run();
+
+  EXPECT_EQ(warned.status, 0) << warned;
+  EXPECT_NE(warned.out.find("Warnings"), std::string::npos);
+}
+
+TEST(DoctorExecutable, EndsWithOneWhenALaunchWouldNotRun) {
+  const Server server;
+
+  const Outcome outcome = Doctor().Run();
+
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_TRUE(outcome.out.starts_with("A launch would abort with 'Error occurred: ")) << outcome;
+  EXPECT_EQ(outcome.err, "");
+}
+
+TEST(DoctorExecutable, EndsWithTwoAndAReasonWhenUsedWrongly) {
+  const Server server;
+
+  const Outcome outcome = Doctor({"--what"}).Run();
+
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_NE(outcome.err.find("--what"), std::string::npos) << outcome;
+}
+
+TEST(DoctorExecutable, EndsWithThreeWhenNobodyTakesWhatItWrites) {
+  Server server;
+  server.Healthy();
+  for (const char* arguments : {"", "--json", "--help", "--version"}) {
+    SCOPED_TRACE(arguments);
+    EXPECT_EQ(Shell(std::string("exec \"$0\" ") + arguments + " >/dev/full").Run().status, 3);
+    EXPECT_EQ(Shell(std::string("exec \"$0\" ") + arguments + " >&-").Run().status, 3);
+  }
+}
+
+TEST(DoctorExecutable, EndsWithThreeWhenTheLogCannotBeWritten) {
+  Server server;
+  server.Healthy();
+
+  const Outcome outcome = Doctor({"--log", "/proc/nothing/walk.log"}).Run();
+
+  EXPECT_EQ(outcome.status, 3) << outcome;
+  EXPECT_NE(outcome.err.find("/proc/nothing/walk.log"), std::string::npos) << outcome;
+  EXPECT_TRUE(outcome.out.starts_with("A launch would run")) << outcome;
+}
+
+TEST(DoctorExecutable, EndsWithThreeWhenItCanHaveNoProcess) {
+  if (IsSanitized()) {
+    GTEST_SKIP() << "a sanitizer's checks are processes of their own";
+  }
+  Server server;
+  server.Healthy();
+  fs::copy_file(DoctorFile(), "/opt/morvath/doctor");
+
+  const Outcome outcome = Shell("ulimit -n 6; exec /opt/morvath/doctor").Run();
+
+  EXPECT_EQ(outcome.status, 3) << outcome;
+  EXPECT_NE(outcome.err.find("it cannot work"), std::string::npos) << outcome;
+}
+
+TEST(DoctorExecutable, HelpAndVersionGoToStandardOutput) {
+  const Server server;
+
+  const Outcome help = Doctor({"--help"}).Run();
+  const Outcome version = Doctor({"--version"}).Run();
+
+  EXPECT_EQ(help.status, 0);
+  EXPECT_EQ(version.status, 0);
+  EXPECT_NE(help.out.find("--no-probe"), std::string::npos);
+  EXPECT_TRUE(version.out.starts_with("grellin_doctor ")) << version;
+  EXPECT_EQ(help.err + version.err, "");
+}
+
+TEST(DoctorExecutable, ColoursAreForTerminalsUnlessAskedForOrRefused) {
+  Server server;
+  server.Healthy();
+  struct Row {
+    const char* name;
+    std::vector<std::string> arguments, environment;
+    bool on_terminal, in_pipe;
+  };
+  const Row rows[] = {
+      {"nothing told", {}, {}, true, false},
+      {"NO_COLOR", {}, {"NO_COLOR=1"}, false, false},
+      {"an empty NO_COLOR", {}, {"NO_COLOR="}, true, false},
+      {"always", {"--color=always"}, {"NO_COLOR=1"}, true, true},
+      {"never", {"--color=never"}, {}, false, false},
+      {"auto", {"--color", "auto"}, {}, true, false},
+      {"JSON has none", {"--json", "--color=always"}, {}, false, false},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    Command piped = Doctor(row.arguments);
+    for (const std::string& variable : row.environment) {
+      piped.Variable(variable.substr(0, variable.find('=')), variable.substr(variable.find('=') + 1));
+    }
+
+    EXPECT_EQ(HasColors(OnTerminal(row.arguments, row.environment)), row.on_terminal);
+    EXPECT_EQ(HasColors(piped.Run().out), row.in_pipe);
+  }
+}
+
+TEST(DoctorExecutable, JsonIsOneObject) {
+  Server server;
+  server.Healthy();
+
+  const json report = json::parse(Doctor({"--json"}).Run().out);
+
+  EXPECT_EQ(report["schema"], 1);
+  EXPECT_EQ(report["verdict"]["outcome"], "runs");
+  EXPECT_EQ(report["runtime"]["decisive_version"], "6.0.36");
+  EXPECT_EQ(report["application"]["context"]["created"], true);
+}
+
+TEST(DoctorExecutable, OtherSettingsAndAnotherRootCanBeAskedAbout) {
+  Server server;
+  server.Healthy();
+  const TempFolder folder;
+  WriteFile(folder / "other.ini", "DotnetRootFolder=/nothing/there\n");
+
+  EXPECT_EQ(Doctor({"--settings", folder / "other.ini"}).Run().status, 1);
+  EXPECT_EQ(Doctor({"--settings", "other.ini"}).Folder(folder.Path()).Run().status, 1);
+  EXPECT_EQ(Doctor({"--root", "/nothing/there"}).Run().status, 1);
+  EXPECT_EQ(Doctor({"--settings", folder / "other.ini", "--root", std::string(kRoot)}).Run().status, 0);
+  EXPECT_EQ(Doctor().Run().status, 0);
+}
+
+TEST(DoctorExecutable, TheLogOfTheWalkIsWrittenWhereItIsAskedFor) {
+  Server server;
+  server.Healthy();
+  const TempFolder folder;
+
+  const Outcome outcome = Doctor({"--log", "walk.log"}).Folder(folder.Path()).Run();
+  const Outcome other = Doctor({"--log", folder / "other.log", "--root", "/nothing/there"}).Run();
+
+  EXPECT_EQ(outcome.status, 0) << outcome;
+  EXPECT_EQ(outcome.err, "grellin_doctor: the loader's log is in " + (folder / "walk.log").string() + "\n");
+  EXPECT_NE(ReadFile(folder / "walk.log").find("6.0.36"), std::string::npos);
+  EXPECT_EQ(other.status, 1) << other;
+  EXPECT_NE(ReadFile(folder / "other.log").find("/nothing/there"), std::string::npos);
+}
+
+TEST(DoctorExecutable, ChangesNothingOnTheMachine) {
+  Server server;
+  server.Healthy().OddHost("6.0.40", Oddity::kBusError).HostOfBytes("6.0.41", CutLibrary());
+  const TempFolder home;
+  const std::vector<fs::path> folders{"/opt/morvath", "/var/opt/morvath", home.Path()};
+  const std::string before = Listing(folders);
+
+  for (const char* form : {"--json", "--no-probe", "--color=always"}) {
+    static_cast<void>(
+        Doctor({form}).Variable("HOME", home.Path()).Variable("TMP", home.Path()).Folder(home.Path()).Run());
+  }
+
+  EXPECT_EQ(Listing(folders), before);
+}
+
+TEST(DoctorExecutable, ACrashWhileLoadingIsAFindingNotItsEnd) {
+  Server server;
+  server.Healthy().OddHost("6.0.40", Oddity::kSegmentationFault);
+
+  const Outcome outcome = Doctor().Run();
+
+  EXPECT_EQ(outcome.status, 1) << outcome;
+  EXPECT_EQ(outcome.signal, 0);
+  EXPECT_TRUE(outcome.out.starts_with("A launch would die of SIGSEGV while loading ")) << outcome;
+  EXPECT_NE(outcome.out.find("6.0.40/libhostfxr.so"), std::string::npos);
+}
+
+TEST(DoctorExecutable, WorksWhereItsParentIgnoresTheEndOfChildren) {
+  Server server;
+  server.Healthy().OddHost("6.0.40", Oddity::kSegmentationFault);
+
+  const Outcome outcome = Shell("trap '' CHLD; exec \"$0\"").Variable("ASAN_OPTIONS", "handle_segv=0").Run();
+
+  EXPECT_TRUE(outcome.out.starts_with("A launch would die of SIGSEGV ")) << outcome;
+}
+
+TEST(DoctorExecutable, WorksWithItsInputAndErrorsClosed) {
+  Server server;
+  server.Healthy();
+
+  const Outcome outcome = Shell("exec \"$0\" <&- 2>&-").Run();
+
+  EXPECT_EQ(outcome.status, 0) << outcome;
+}
+
+TEST(DoctorExecutable, WorksWithoutProc) {
+  if (IsSanitized()) {
+    GTEST_SKIP() << "a sanitizer does not start without /proc";
+  }
+  Server server;
+  server.Healthy();
+
+  const Outcome outcome = Shell("exec unshare --mount sh -c 'mount -t tmpfs none /proc && exec \"$0\"' \"$0\"").Run();
+
+  EXPECT_EQ(outcome.status, 1) << outcome;
+  EXPECT_TRUE(outcome.out.starts_with("A launch would abort with 'Error occurred: ")) << outcome;
+  EXPECT_NE(outcome.out.find("the folder of the executable cannot be told"), std::string::npos) << outcome;
+}
+
+TEST(DoctorExecutable, WorksForAnyUser) {
+  if (Command("/usr/bin/setpriv").Arguments({"--reuid=65534", "true"}).Variable("PATH", "/usr/bin:/bin").Run().status !=
+      0) {
+    GTEST_SKIP() << "there is no other user to be in this namespace";
+  }
+  Server server;
+  server.Healthy();
+  fs::copy_file(DoctorFile(), "/opt/morvath/doctor");
+  const std::string script = "exec setpriv --reuid=65534 --regid=65534 --clear-groups /opt/morvath/doctor";
+
+  const Outcome allowed = Shell(script).Run();
+  fs::permissions(kSettingsPath, fs::perms::owner_read);
+  const Outcome refused = Shell(script).Run();
+
+  EXPECT_EQ(allowed.status, 0) << allowed;
+  EXPECT_EQ(refused.status, 1) << refused;
+  EXPECT_NE(refused.out.find("Permission denied"), std::string::npos) << refused;
+}
+
+}  // namespace
+}  // namespace tests

@@ -1,0 +1,173 @@
+// Whole reports, text and JSON, against tests/doctor/golden/<situation>.txt and .json.
+//
+// After a wanted change: RENEW_GOLDEN=1 ctest -R GoldenReports, then read the difference before committing it.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <set>
+
+#include "doctor/version.h"
+#include "tests/doctor/doctor.h"
+#include "tests/doctor/server.h"
+#include "tests/support/settings_file.h"
+#include "tests/support/temp_folder.h"
+
+namespace tests {
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kRootLine = "DotnetRootFolder=" + std::string(kRoot) + "\n";
+const std::string kStem(kApplication);
+
+struct World {
+  Server server;
+  StandInHost host;
+};
+
+struct Situation {
+  const char* name;
+  int status;
+  /// Spoils a healthy server.
+  std::function<void(World& world)> lay;
+  std::vector<std::string> arguments = {};
+};
+
+const Situation kSituations[] = {
+    {"all-good", 0,
+     [](World& world) {
+       world.server.Settings("# The product's settings.\n" + kRootLine + "LoaderLoggingDir=/var/log\nOther=1\n");
+       world.server.Host("6.0.9").Host("6.0.10");
+     }},
+    {"no-settings", 1, [](World& world) { world.server.NoSettings(); }},
+    {"settings-unreadable", 1, [](World&) { ::chmod(std::string(kSettingsPath).c_str(), 0); }},
+    {"settings-not-utf8", 1, [](World& world) { world.server.Settings("Name=caf\xe9\n" + kRootLine); }},
+    {"no-root", 1, [](World& world) { world.server.Settings("# nothing yet\nOther=1\n"); }},
+    {"relative-root", 1, [](World& world) { world.server.Settings("DotnetRootFolder=opt/morvath/dotnet\n"); }},
+    {"carriage-return", 1,
+     [](World& world) { world.server.Settings("DotnetRootFolder=/opt/morvath/dotnet\r\nLoaderLoggingDir=/tmp\r\n"); }},
+    {"byte-order-mark", 1, [](World& world) { world.server.Settings("\xEF\xBB\xBF" + kRootLine); }},
+    {"quotes", 1, [](World& world) { world.server.Settings("DotnetRootFolder=\"/opt/morvath/dotnet\"\n"); }},
+    {"blanks", 1, [](World& world) { world.server.Settings("DotnetRootFolder = /opt/morvath/dotnet \n"); }},
+    {"wrong-case", 1, [](World& world) { world.server.Settings("dotnetRootFolder=/opt/morvath/dotnet\n"); }},
+    {"key-given-twice", 1, [](World& world) { world.server.Settings(kRootLine + "DotnetRootFolder=/usr/lib/none\n"); }},
+    {"root-is-fxr", 1,
+     [](World& world) { world.server.Settings("DotnetRootFolder=" + std::string(kFxrFolder) + "\n"); }},
+    {"fxr-folder-is-link", 1,
+     [](World&) {
+       fs::rename(kFxrFolder, "/opt/morvath/elsewhere");
+       fs::create_symlink("/opt/morvath/elsewhere", kFxrFolder);
+     }},
+    {"fxr-folder-closed", 1, [](World&) { ::chmod(std::string(kFxrFolder).c_str(), 0); }},
+    {"no-runtime", 1, [](World& world) { world.server.Remove(kRoot); }},
+    {"other-runtime", 1,
+     [](World& world) { world.server.Remove(Server::HostFile("6.0.36").parent_path()).Host("7.0.20"); }},
+    {"newest-cut-short", 0, [](World& world) { world.server.HostOfBytes("6.0.40", CutLibrary()); }},
+    {"other-machine", 1, [](World& world) { world.server.HostOfBytes("6.0.36", ArmLibrary()); }},
+    {"library-is-text", 1, [](World& world) { world.server.HostOfBytes("6.0.36", std::string(1000, '#')); }},
+    {"library-is-link", 1,
+     [](World&) {
+       fs::rename(Server::HostFile("6.0.36"), "/opt/morvath/libhostfxr.so");
+       fs::create_symlink("/opt/morvath/libhostfxr.so", Server::HostFile("6.0.36"));
+     }},
+    {"function-missing", 1, [](World& world) { world.server.Host("6.0.36", HostVariant::kLacksRun); }},
+    {"symbol-missing", 0, [](World& world) { world.server.Host("6.0.40", HostVariant::kUnresolved); }},
+    {"crashes-while-loading", 1, [](World& world) { world.server.OddHost("6.0.40", Oddity::kBusError); }},
+    {"throws-while-loading", 1, [](World& world) { world.server.OddHost("6.0.40", Oddity::kThrows); }},
+    {"throws-a-number", 1, [](World& world) { world.server.OddHost("6.0.40", Oddity::kThrowsNumber); }},
+    {"exits-while-loading", 1, [](World& world) { world.server.OddHost("6.0.40", Oddity::kExits); }},
+    {"crash-not-tried", 0, [](World& world) { world.server.OddHost("6.0.1", Oddity::kSegmentationFault); }},
+    {"missing-framework", 1,
+     [](World& world) {
+       world.server.Remove(fs::path(kRoot) / "shared").Framework("7.0.20");
+       world.host.Returns(HostFunction::kInitialize, static_cast<int>(0x80008096))
+           .GivesNoHandle()
+           .Says(HostFunction::kInitialize,
+                 "You must install or update .NET to run this application.\n\n"
+                 "Framework: 'Microsoft.NETCore.App', version '6.0.0' (x64)");
+     }},
+    {"missing-assembly", 1,
+     [](World& world) {
+       for (const char* end : {".dll", ".runtimeconfig.json", ".deps.json"}) {
+         world.server.Remove(kStem + end);
+       }
+       world.host.Returns(HostFunction::kInitialize, static_cast<int>(0x80008081)).GivesNoHandle();
+     }},
+    {"malformed-runtimeconfig", 1,
+     [](World& world) {
+       WriteFile(kStem + ".runtimeconfig.json", "{ runtimeOptions: }");
+       world.host.Returns(HostFunction::kInitialize, static_cast<int>(0x80008093)).GivesNoHandle();
+     }},
+    {"no-probe", 0, [](World& world) { world.server.OddHost("6.0.40", Oddity::kBusError); }, {"--no-probe"}},
+    {"what-if-root",
+     0,
+     [](World& world) { world.server.Settings("DotnetRootFolder=/usr/lib/none\n"); },
+     {"--root", std::string(kRoot)}},
+    {"octal-and-hexadecimal", 0,
+     [](World& world) { world.server.Host("6.0.010").Host("6.0.9").Host("6.0.0x30").Host("6.0.x"); }},
+    {"bytes-that-are-not-utf8", 0,
+     [](World& world) {
+       fs::create_directory(std::string(kFxrFolder) + "/caf\xe9");
+       world.server.Host("6.0.\xff").Host("6.0.1\033[31m\n");
+     }},
+};
+
+Outcome Examine(const Situation& situation, const World& world, const char* form) {
+  std::vector<std::string> arguments = situation.arguments;
+  arguments.emplace_back(form);
+  return Doctor(std::move(arguments)).Variables(world.host.Environment()).WithoutReadingEverything().Run();
+}
+
+// The one thing in a report that is meant to change.
+std::string WithoutVersion(std::string report) {
+  const std::string version = std::string("\"version\": \"") + doctor::kVersion + "\"";
+  if (const auto at = report.find(version); at != std::string::npos) {
+    report.replace(at, version.size(), "\"version\": \"(this one)\"");
+  }
+  return report;
+}
+
+void Compare(const fs::path& file, const std::string& report) {
+  const char* renew = std::getenv("RENEW_GOLDEN");
+  if (renew != nullptr && *renew != '\0') {
+    WriteFile(file, report);
+  }
+  const std::string golden = fs::exists(file) ? ReadFile(file) : "";
+  EXPECT_EQ(golden, report) << "Is the change wanted? Then RENEW_GOLDEN=1 writes " << file;
+}
+
+TEST(GoldenReports, AreAsTheyWere) {
+  for (const Situation& situation : kSituations) {
+    SCOPED_TRACE(situation.name);
+    World world;
+    world.server.Healthy();
+    situation.lay(world);
+
+    const Outcome text = Examine(situation, world, "--color=never");
+    const Outcome json = Examine(situation, world, "--json");
+
+    EXPECT_EQ(text.status, situation.status) << text;
+    EXPECT_EQ(json.status, situation.status);
+    EXPECT_EQ(text.err + json.err, "");
+    Compare(fs::path(GOLDEN_FOLDER) / (std::string(situation.name) + ".txt"), text.out);
+    Compare(fs::path(GOLDEN_FOLDER) / (std::string(situation.name) + ".json"), WithoutVersion(json.out));
+    EXPECT_EQ(world.host.VersionThatRan(), "") << "the doctor runs nothing";
+    ::chmod(std::string(kFxrFolder).c_str(), 0755);
+  }
+}
+
+TEST(GoldenReports, EachFileIsOfASituation) {
+  std::set<std::string> names;
+  for (const Situation& situation : kSituations) {
+    EXPECT_TRUE(names.insert(situation.name).second) << situation.name;
+  }
+  for (const auto& entry : fs::directory_iterator(GOLDEN_FOLDER)) {
+    EXPECT_TRUE(names.contains(entry.path().stem())) << entry.path();
+  }
+}
+
+}  // namespace
+}  // namespace tests

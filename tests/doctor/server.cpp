@@ -1,0 +1,116 @@
+#include "tests/doctor/server.h"
+
+#include <elf.h>
+
+#include <cstring>
+
+#include "tests/support/settings_file.h"
+#include "tests/support/temp_folder.h"
+
+namespace tests {
+namespace {
+
+namespace fs = std::filesystem;
+
+void Empty(const fs::path& folder) {
+  for (const auto& entry : fs::directory_iterator(folder)) {
+    fs::remove_all(entry.path());
+  }
+}
+
+void EmptyAll() {
+  Empty("/opt/morvath");
+  Empty("/var/opt/morvath");
+}
+
+std::string Library(Elf64_Half machine) {
+  Elf64_Ehdr header{};
+  std::memcpy(header.e_ident, ELFMAG, SELFMAG);
+  header.e_ident[EI_CLASS] = ELFCLASS64;
+  header.e_ident[EI_DATA] = ELFDATA2LSB;
+  header.e_type = ET_DYN;
+  header.e_machine = machine;
+  header.e_phoff = sizeof header;
+  header.e_phentsize = sizeof(Elf64_Phdr);
+  header.e_phnum = 1;
+  Elf64_Phdr segment{};
+  segment.p_type = PT_LOAD;
+  segment.p_filesz = segment.p_memsz = 4096;
+  std::string bytes(sizeof header + sizeof segment, '\0');
+  std::memcpy(bytes.data(), &header, sizeof header);
+  std::memcpy(bytes.data() + sizeof header, &segment, sizeof segment);
+  return bytes;
+}
+
+}  // namespace
+
+Server::Server() {
+  EmptyAll();
+}
+
+Server::~Server() {
+  EmptyAll();
+}
+
+Server& Server::Healthy() {
+  return Settings("DotnetRootFolder=" + std::string(kRoot) + "\n").Application().Framework("6.0.36").Host("6.0.36");
+}
+
+Server& Server::Settings(std::string_view bytes) {
+  WriteFile(kSettingsPath, bytes);
+  return *this;
+}
+
+Server& Server::NoSettings() {
+  return Remove(kSettingsPath);
+}
+
+Server& Server::Application() {
+  const std::string stem(kApplication);
+  WriteFile(stem + ".dll", "no real assembly");
+  WriteFile(stem + ".runtimeconfig.json",
+            R"({"runtimeOptions": {"framework": {"name": "Microsoft.NETCore.App", "version": "6.0.0"}}})");
+  WriteFile(stem + ".deps.json", "{}");
+  return *this;
+}
+
+Server& Server::Framework(std::string_view version) {
+  fs::create_directories(fs::path(kRoot) / "shared/Microsoft.NETCore.App" / version);
+  return *this;
+}
+
+Server& Server::Host(std::string_view version, HostVariant variant) {
+  fs::create_directories(HostFile(version).parent_path());
+  fs::copy_file(HostLibrary(variant), HostFile(version), fs::copy_options::overwrite_existing);
+  return *this;
+}
+
+Server& Server::OddHost(std::string_view version, Oddity oddity) {
+  fs::create_directories(HostFile(version).parent_path());
+  fs::copy_file(OddLibrary(oddity), HostFile(version), fs::copy_options::overwrite_existing);
+  return *this;
+}
+
+Server& Server::HostOfBytes(std::string_view version, std::string_view bytes) {
+  WriteFile(HostFile(version), bytes);
+  return *this;
+}
+
+Server& Server::Remove(const fs::path& path) {
+  fs::remove_all(path);
+  return *this;
+}
+
+fs::path Server::HostFile(std::string_view version) {
+  return fs::path(kFxrFolder) / version / "libhostfxr.so";
+}
+
+std::string CutLibrary() {
+  return Library(EM_X86_64);
+}
+
+std::string ArmLibrary() {
+  return Library(EM_AARCH64);
+}
+
+}  // namespace tests

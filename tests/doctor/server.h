@@ -1,0 +1,48 @@
+// A server with the product and a runtime, all at fixed paths. For sandbox tests only.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "tests/doctor/odd_libraries.h"
+#include "tests/support/stand_in_host.h"
+
+namespace tests {
+
+/// The runtime's root, and the host/fxr folder in it.
+inline constexpr std::string_view kRoot = "/opt/morvath/dotnet";
+inline constexpr std::string_view kFxrFolder = "/opt/morvath/dotnet/host/fxr";
+/// The application's files, up to the extension.
+inline constexpr std::string_view kApplication = "/opt/morvath/quor/lib64/grellin_utils";
+
+/// What lies in the product's folders while it lives; empties them when destroyed. Every function replaces what is
+/// there and throws when it cannot.
+class Server {
+ public:
+  /// Nothing at all.
+  Server();
+  ~Server();
+  Server(const Server&) = delete;
+  Server& operator=(const Server&) = delete;
+
+  /// Settings, a runtime 6.0.36 with its framework, and the application: a launch would run.
+  Server& Healthy();
+  Server& Settings(std::string_view bytes);
+  Server& NoSettings();
+  Server& Application();
+  Server& Framework(std::string_view version);
+  Server& Host(std::string_view version, HostVariant variant = HostVariant::kWhole);
+  Server& OddHost(std::string_view version, Oddity oddity);
+  Server& HostOfBytes(std::string_view version, std::string_view bytes);
+  Server& Remove(const std::filesystem::path& path);
+
+  [[nodiscard]] static std::filesystem::path HostFile(std::string_view version);
+};
+
+/// 120 bytes of a library for this machine whose one segment would end at byte 4096.
+[[nodiscard]] std::string CutLibrary();
+/// The beginning of a library for 64-bit ARM.
+[[nodiscard]] std::string ArmLibrary();
+
+}  // namespace tests

@@ -1,0 +1,26 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "tests/doctor/doctor.h"
+#include "tests/doctor/server.h"
+
+namespace tests {
+namespace {
+
+using namespace std::chrono_literals;
+
+TEST(TimeLimit, ALibraryThatHangsWhileItIsLoadedIsAFindingAfterTenSeconds) {
+  Server server;
+  server.Healthy().OddHost("6.0.40", Oddity::kHangs);
+  const auto start = std::chrono::steady_clock::now();
+
+  const Outcome outcome = Doctor().Run();
+
+  EXPECT_GE(std::chrono::steady_clock::now() - start, 10s);
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_TRUE(outcome.out.starts_with("A launch would hang while loading ")) << outcome;
+}
+
+}  // namespace
+}  // namespace tests
