@@ -181,7 +181,8 @@ class Looker {
     } else if (version.reason == "wrong-prefix" && IsVersionName(version.name) && IsNewHost(path)) {
       Warn("other-runtime", path,
            "version " + Printable(version.name) + " is installed, but only " + Bytes(Prefix()) + "x is looked for",
-           "install a .NET 6.0 runtime; no other does");
+           report_.decisive ? "nothing, unless a launch is meant to take it: that it never does"
+                            : "install a .NET 6.0 runtime; no other does");
     }
   }
 
