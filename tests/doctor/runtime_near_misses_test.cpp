@@ -7,8 +7,8 @@
 #include "doctor/runtime_report.h"
 #include "doctor/text.h"
 #include "tests/doctor/server.h"
-#include "tests/foundation/scoped_rights.h"
 #include "tests/support/runtime_tree.h"
+#include "tests/support/without_reading_everything.h"
 
 namespace doctor {
 namespace {

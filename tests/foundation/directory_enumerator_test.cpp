@@ -18,8 +18,8 @@
 
 #include "foundation/file_find.h"
 #include "tests/foundation/open_files.h"
-#include "tests/foundation/scoped_rights.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/without_reading_everything.h"
 
 namespace tov::filesystem {
 namespace {

@@ -12,8 +12,8 @@
 #include <string>
 
 #include "tests/foundation/open_files.h"
-#include "tests/foundation/scoped_rights.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/without_reading_everything.h"
 
 namespace tov::posix::filesystem {
 namespace {

@@ -1,11 +1,10 @@
 // A runtime host that was cut short or spoilt never stops the search: the older version runs.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstddef>
-#include <set>
 #include <string>
 
+#include "tests/support/elf_faults.h"
 #include "tests/support/elf_image.h"
 #include "tests/support/launcher.h"
 #include "tests/support/runtime_tree.h"
@@ -46,20 +45,6 @@ ElfImage Library() {
   return ElfImage(ReadFile(HostLibrary()));
 }
 
-// Every boundary, one byte to either side of it, and 200 more lengths spread over the file.
-std::set<std::size_t> CutLengths(const ElfImage& library) {
-  const std::size_t size = library.Bytes().size();
-  std::set<std::size_t> lengths;
-  for (const std::size_t boundary : library.Boundaries()) {
-    lengths.insert({boundary == 0 ? 0 : boundary - 1, boundary, boundary + 1});
-  }
-  for (std::size_t i = 0; i < 200; ++i) {
-    lengths.insert(size * i / 200);
-  }
-  lengths.erase(lengths.upper_bound(size), lengths.end());
-  return lengths;
-}
-
 TEST(BrokenRuntime, ALibraryCutAnywhereIsPassedOverUnlessAllThatIsLoadedIsThere) {
   const ElfImage library = Library();
   World world;
@@ -71,64 +56,6 @@ TEST(BrokenRuntime, ALibraryCutAnywhereIsPassedOverUnlessAllThatIsLoadedIsThere)
     broken += cut.IsWhole() ? 0 : 1;
   }
   EXPECT_GE(broken, 200);
-}
-
-struct Field {
-  const char* name;
-  std::size_t offset;
-  std::size_t width;
-};
-
-constexpr auto kHeaderFields = std::to_array<Field>({
-    {"first magic byte", EI_MAG0, 1},
-    {"last magic byte", EI_MAG3, 1},
-    {"class", EI_CLASS, 1},
-    {"byte order", EI_DATA, 1},
-    {"version", EI_VERSION, 1},
-    {"system", EI_OSABI, 1},
-    {"e_type", offsetof(Elf64_Ehdr, e_type), 2},
-    {"e_machine", offsetof(Elf64_Ehdr, e_machine), 2},
-    {"e_version", offsetof(Elf64_Ehdr, e_version), 4},
-    {"e_entry", offsetof(Elf64_Ehdr, e_entry), 8},
-    {"e_phoff", offsetof(Elf64_Ehdr, e_phoff), 8},
-    {"e_shoff", offsetof(Elf64_Ehdr, e_shoff), 8},
-    {"e_flags", offsetof(Elf64_Ehdr, e_flags), 4},
-    {"e_ehsize", offsetof(Elf64_Ehdr, e_ehsize), 2},
-    {"e_phentsize", offsetof(Elf64_Ehdr, e_phentsize), 2},
-    {"e_phnum", offsetof(Elf64_Ehdr, e_phnum), 2},
-    {"e_shnum", offsetof(Elf64_Ehdr, e_shnum), 2},
-    {"e_shentsize", offsetof(Elf64_Ehdr, e_shentsize), 2},
-    {"e_shstrndx", offsetof(Elf64_Ehdr, e_shstrndx), 2},
-});
-
-constexpr auto kSegmentFields = std::to_array<Field>({
-    {"p_offset", offsetof(Elf64_Phdr, p_offset), 8},
-    {"p_filesz", offsetof(Elf64_Phdr, p_filesz), 8},
-    {"p_memsz", offsetof(Elf64_Phdr, p_memsz), 8},
-    {"p_vaddr", offsetof(Elf64_Phdr, p_vaddr), 8},
-    {"p_align", offsetof(Elf64_Phdr, p_align), 8},
-    {"p_type", offsetof(Elf64_Phdr, p_type), 4},
-});
-
-// Small, just beyond the file, around each sign and end of a number, and both ends of 64 bits.
-std::vector<std::uint64_t> HostileValues(std::size_t fileSize) {
-  return {0,
-          1,
-          2,
-          3,
-          fileSize,
-          fileSize + 1,
-          0x7fff,
-          0x8000,
-          0xffff,
-          0x7fffffff,
-          0x80000000,
-          0xffffffff,
-          0x100000000,
-          0x7fffffffffffffff,
-          0x8000000000000000,
-          0xfffffffffffff000,
-          0xffffffffffffffff};
 }
 
 // Tries one spoilt library. One that breaks the rules must be passed over. One that keeps them is left to the dynamic
@@ -151,7 +78,7 @@ TEST(BrokenRuntime, AHeaderWithHostileFieldsIsPassedOver) {
   const ElfImage library = Library();
   World world;
   int passed_over = 0;
-  for (const Field& field : kHeaderFields) {
+  for (const ElfField& field : kElfHeaderFields) {
     for (const std::uint64_t value : HostileValues(library.Bytes().size())) {
       SCOPED_TRACE(std::string(field.name) + " = " + std::to_string(value));
       Check(world, library.With(field.offset, field.width, value), passed_over);
@@ -170,7 +97,7 @@ TEST(BrokenRuntime, ASegmentWithHostileFieldsIsPassedOver) {
       continue;
     }
     const std::size_t header = library.Header().e_phoff + i * sizeof(Elf64_Phdr);
-    for (const Field& field : kSegmentFields) {
+    for (const ElfField& field : kSegmentFields) {
       for (const std::uint64_t value : HostileValues(library.Bytes().size())) {
         SCOPED_TRACE("segment " + std::to_string(i) + ", " + field.name + " = " + std::to_string(value));
         Check(world, library.With(header + field.offset, field.width, value), passed_over);

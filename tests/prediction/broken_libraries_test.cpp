@@ -1,13 +1,11 @@
 // Libraries that were cut short or spoilt: does a launch end as the doctor says, with the version that it says?
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstddef>
-#include <set>
 #include <string>
-#include <vector>
 
 #include "tests/prediction/known_world.h"
+#include "tests/support/elf_faults.h"
 #include "tests/support/elf_image.h"
 
 namespace tests {
@@ -39,20 +37,6 @@ class World {
   KnownWorld world_;
 };
 
-// Every boundary, one byte to either side of it, and 200 more lengths spread over the file.
-std::set<std::size_t> CutLengths(const ElfImage& library) {
-  const std::size_t size = library.Bytes().size();
-  std::set<std::size_t> lengths;
-  for (const std::size_t boundary : library.Boundaries()) {
-    lengths.insert({boundary == 0 ? 0 : boundary - 1, boundary, boundary + 1});
-  }
-  for (std::size_t i = 0; i < 200; ++i) {
-    lengths.insert(size * i / 200);
-  }
-  lengths.erase(lengths.upper_bound(size), lengths.end());
-  return lengths;
-}
-
 TEST(PredictedBrokenLibraries, CutAnywhere) {
   const ElfImage library = Library();
   World world;
@@ -61,63 +45,6 @@ TEST(PredictedBrokenLibraries, CutAnywhere) {
     const ElfImage cut = library.CutTo(length);
     EXPECT_EQ(world.DecisiveWith(cut), cut.IsWhole() ? kSpoilt : kGood);
   }
-}
-
-struct Field {
-  std::size_t offset;
-  std::size_t width;
-};
-
-constexpr auto kHeaderFields = std::to_array<Field>({
-    {EI_MAG0, 1},
-    {EI_MAG3, 1},
-    {EI_CLASS, 1},
-    {EI_DATA, 1},
-    {EI_VERSION, 1},
-    {EI_OSABI, 1},
-    {offsetof(Elf64_Ehdr, e_type), 2},
-    {offsetof(Elf64_Ehdr, e_machine), 2},
-    {offsetof(Elf64_Ehdr, e_version), 4},
-    {offsetof(Elf64_Ehdr, e_entry), 8},
-    {offsetof(Elf64_Ehdr, e_phoff), 8},
-    {offsetof(Elf64_Ehdr, e_shoff), 8},
-    {offsetof(Elf64_Ehdr, e_flags), 4},
-    {offsetof(Elf64_Ehdr, e_ehsize), 2},
-    {offsetof(Elf64_Ehdr, e_phentsize), 2},
-    {offsetof(Elf64_Ehdr, e_phnum), 2},
-    {offsetof(Elf64_Ehdr, e_shnum), 2},
-    {offsetof(Elf64_Ehdr, e_shentsize), 2},
-    {offsetof(Elf64_Ehdr, e_shstrndx), 2},
-});
-
-constexpr auto kSegmentFields = std::to_array<Field>({
-    {offsetof(Elf64_Phdr, p_offset), 8},
-    {offsetof(Elf64_Phdr, p_filesz), 8},
-    {offsetof(Elf64_Phdr, p_memsz), 8},
-    {offsetof(Elf64_Phdr, p_vaddr), 8},
-    {offsetof(Elf64_Phdr, p_align), 8},
-    {offsetof(Elf64_Phdr, p_type), 4},
-});
-
-// Small, just beyond the file, around each sign and end of a number, and both ends of 64 bits.
-std::vector<std::uint64_t> HostileValues(std::size_t fileSize) {
-  return {0,
-          1,
-          2,
-          3,
-          fileSize,
-          fileSize + 1,
-          0x7fff,
-          0x8000,
-          0xffff,
-          0x7fffffff,
-          0x80000000,
-          0xffffffff,
-          0x100000000,
-          0x7fffffffffffffff,
-          0x8000000000000000,
-          0xfffffffffffff000,
-          0xffffffffffffffff};
 }
 
 void CheckWith(World& world, const ElfImage& library, std::size_t offset, std::size_t width, bool records) {
@@ -135,7 +62,7 @@ void CheckWith(World& world, const ElfImage& library, std::size_t offset, std::s
 TEST(PredictedBrokenLibraries, WithHostileHeaders) {
   const ElfImage library = Library();
   World world;
-  for (const Field& field : kHeaderFields) {
+  for (const ElfField& field : kElfHeaderFields) {
     CheckWith(world, library, field.offset, field.width, true);
   }
 }
@@ -149,7 +76,7 @@ TEST(PredictedBrokenLibraries, WithHostileSegments) {
       continue;
     }
     const std::size_t header = library.Header().e_phoff + i * sizeof(Elf64_Phdr);
-    for (const Field& field : kSegmentFields) {
+    for (const ElfField& field : kSegmentFields) {
       CheckWith(world, library, header + field.offset, field.width, false);
     }
     if (segments[i].p_type == PT_LOAD) {  // The end of it wraps around.

@@ -10,9 +10,9 @@
 #include <typeinfo>
 
 #include "tests/foundation/open_files.h"
-#include "tests/foundation/scoped_rights.h"
 #include "tests/netloader/logger/log_file.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/without_reading_everything.h"
 
 namespace netloader::logger {
 namespace {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "netloader/netloaderhostfxr/src/elf_check.h"
+#include "tests/support/elf_faults.h"
 #include "tests/support/elf_image.h"
 #include "tests/support/stand_in_host.h"
 #include "tests/support/temp_folder.h"
@@ -17,6 +18,7 @@
 namespace netloader {
 namespace {
 
+using tests::ElfField;
 using tests::ElfImage;
 using tests::LoaderVerdict;
 
@@ -264,51 +266,15 @@ TEST(ElfCheckSegments, ASegmentOfZerosThatStartsInAPageBeyondTheEndOfTheFileMean
   }
 }
 
-// Fields of the ELF header or of a program header.
-struct Field {
-  std::size_t offset;
-  std::size_t width;
-};
-
-constexpr auto kHeaderFields = std::to_array<Field>({
-    {EI_CLASS, 1},
-    {EI_DATA, 1},
-    {EI_VERSION, 1},
-    {EI_OSABI, 1},
-    {EI_ABIVERSION, 1},
-    {EI_PAD, 1},
-    {offsetof(Elf64_Ehdr, e_type), 2},
-    {offsetof(Elf64_Ehdr, e_machine), 2},
-    {offsetof(Elf64_Ehdr, e_version), 4},
-    {offsetof(Elf64_Ehdr, e_entry), 8},
-    {offsetof(Elf64_Ehdr, e_phoff), 8},
-    {offsetof(Elf64_Ehdr, e_shoff), 8},
-    {offsetof(Elf64_Ehdr, e_flags), 4},
-    {offsetof(Elf64_Ehdr, e_ehsize), 2},
-    {offsetof(Elf64_Ehdr, e_phentsize), 2},
-    {offsetof(Elf64_Ehdr, e_phnum), 2},
-    {offsetof(Elf64_Ehdr, e_shentsize), 2},
-    {offsetof(Elf64_Ehdr, e_shnum), 2},
-    {offsetof(Elf64_Ehdr, e_shstrndx), 2},
-});
-
-constexpr auto kProgramHeaderFields = std::to_array<Field>({
-    {offsetof(Elf64_Phdr, p_type), 4},
-    {offsetof(Elf64_Phdr, p_flags), 4},
-    {offsetof(Elf64_Phdr, p_offset), 8},
-    {offsetof(Elf64_Phdr, p_vaddr), 8},
-    {offsetof(Elf64_Phdr, p_paddr), 8},
-    {offsetof(Elf64_Phdr, p_filesz), 8},
-    {offsetof(Elf64_Phdr, p_memsz), 8},
-    {offsetof(Elf64_Phdr, p_align), 8},
-});
-
-std::vector<Field> EveryField(const ElfImage& library) {
-  std::vector<Field> fields(kHeaderFields.begin(), kHeaderFields.end());
+// Of the header and of every program header, at their places in the file.
+std::vector<ElfField> EveryField(const ElfImage& library) {
+  std::vector<ElfField> fields(tests::kElfHeaderFields.begin(), tests::kElfHeaderFields.end());
   for (std::size_t i = 0; i < library.Header().e_phnum; ++i) {
-    for (const Field& field : kProgramHeaderFields) {
-      fields.push_back({library.Header().e_phoff + i * sizeof(Elf64_Phdr) + field.offset, field.width});
-    }
+    const auto add = [&fields, header = library.Header().e_phoff + i * sizeof(Elf64_Phdr)](const ElfField& field) {
+      fields.push_back({field.name, header + field.offset, field.width});
+    };
+    std::ranges::for_each(tests::kSegmentFields, add);
+    std::ranges::for_each(tests::kOtherSegmentFields, add);
   }
   return fields;
 }
@@ -317,7 +283,7 @@ TEST(ElfCheckSegments, OfWholeFilesNothingThatTheDynamicLoaderLoadsIsRefused) {
   const Spoilt library;
   const std::uint64_t size = library.Size();
   int refused = 0;
-  for (const auto& [offset, width] : EveryField(library.Image())) {
+  for (const auto& [name, offset, width] : EveryField(library.Image())) {
     for (const std::uint64_t value :
          std::to_array<std::uint64_t>({0, 1, 2, 0x40, kPage - 1, kPage, size - 1, size, size + 1, 0x7fffffff,
                                        0x80000000, UINT64_MAX / 2 + 1, UINT64_MAX - kPage, UINT64_MAX})) {
@@ -325,11 +291,11 @@ TEST(ElfCheckSegments, OfWholeFilesNothingThatTheDynamicLoaderLoadsIsRefused) {
       spoilt.Set(library.Image().With(offset, width, value));
       const ElfFinding finding = spoilt.Check();
       if (!spoilt.Image().IsWhole()) {
-        EXPECT_NE(finding.verdict, ElfVerdict::kLoadable) << "byte " << offset << " set to " << value;
+        EXPECT_NE(finding.verdict, ElfVerdict::kLoadable) << name << " at " << offset << " set to " << value;
       } else if (finding.verdict != ElfVerdict::kLoadable) {
         ++refused;
         EXPECT_NE(spoilt.AskLoader(), LoaderVerdict::kLoads)
-            << "byte " << offset << " set to " << value << " was refused: " << finding.detail;
+            << name << " at " << offset << " set to " << value << " was refused: " << finding.detail;
       }
     }
   }

@@ -6,10 +6,10 @@
 #include <cerrno>
 #include <cstddef>
 #include <ostream>
-#include <set>
 #include <string>
 
 #include "tests/netloader/netloaderhostfxr/src/interposed_calls.h"
+#include "tests/support/elf_faults.h"
 #include "tests/support/elf_image.h"
 #include "tests/support/stand_in_host.h"
 #include "tests/support/temp_folder.h"
@@ -138,17 +138,9 @@ TEST(ElfCheck, ProgramHeadersBeyondTheEndOfTheFileMeanThatItIsCutShort) {
 
 TEST(ElfCheck, ALibraryCutAnywhereIsLoadableOnlyWhileAllThatIsMappedIsThere) {
   const ElfImage library = Library();
-  const std::size_t size = library.Bytes().size();
-  std::set<std::size_t> lengths;
-  for (const std::size_t boundary : library.Boundaries()) {
-    lengths.insert({boundary == 0 ? 0 : boundary - 1, boundary, boundary + 1});
-  }
-  for (std::size_t i = 0; i < 200; ++i) {
-    lengths.insert(size * i / 200);
-  }
   int refused = 0;
 
-  for (const std::size_t length : lengths) {
+  for (const std::size_t length : tests::CutLengths(library)) {
     SCOPED_TRACE("cut to " + std::to_string(length));
     const ElfImage cut = library.CutTo(length);
     const ElfFinding finding = Check(cut);

@@ -11,7 +11,7 @@
 #include "netloader/netloaderhostfxr/src/loadermodule.h"
 #include "tests/netloader/netloaderhostfxr/src/interposed_calls.h"
 #include "tests/netloader/netloaderhostfxr/src/loader_world.h"
-#include "tests/netloader/netloaderhostfxr/src/without_reading_everything.h"
+#include "tests/support/without_reading_everything.h"
 
 namespace netloader {
 namespace {

@@ -13,8 +13,8 @@
 
 #include "foundation/result_code.h"
 #include "tests/netloader/netloaderhostfxr/src/interposed_calls.h"
-#include "tests/netloader/netloaderhostfxr/src/without_reading_everything.h"
 #include "tests/support/runtime_tree.h"
+#include "tests/support/without_reading_everything.h"
 
 namespace netloader {
 

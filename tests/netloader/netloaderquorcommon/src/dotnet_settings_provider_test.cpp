@@ -11,10 +11,10 @@
 #include <typeinfo>
 #include <vector>
 
-#include "tests/netloader/netloaderhostfxr/src/without_reading_everything.h"
 #include "tests/support/captured_log.h"
 #include "tests/support/settings_file.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/without_reading_everything.h"
 
 namespace netloader::quor {
 namespace {

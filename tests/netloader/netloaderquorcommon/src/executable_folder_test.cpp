@@ -68,8 +68,10 @@ TEST(ExecutableFolder, IsWhereTheLinkPoints) {
 TEST(ExecutableFolder, TheLinksTextIsTakenToItsLastByteAndNoFurther) {
   const tests::TempFolder folder;
   const std::string link = folder / "link";
+  WideString longFolder(4001, u'x');
+  longFolder.front() = u'/';
   std::filesystem::create_symlink("/" + std::string(4000, 'x') + "/y", link);
-  ASSERT_EQ(FolderOfExecutable(link.c_str()), Folder(u"/" + WideString(4000, u'x')));
+  ASSERT_EQ(FolderOfExecutable(link.c_str()), Folder(longFolder));
   std::filesystem::remove(link);
   std::filesystem::create_symlink("/a/b", link);
 

@@ -1,4 +1,4 @@
-#include "tests/foundation/scoped_rights.h"
+#include "tests/support/without_reading_everything.h"
 
 #include <linux/capability.h>
 #include <sys/syscall.h>
