@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -12,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <exception>
 #include <string_view>
@@ -22,7 +22,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t kLongestOutput = 64 * 1024;
+constexpr std::size_t kLongestOutput = std::size_t{64} * 1024;
 constexpr int kPatience = 10;  // Milliseconds.
 constexpr char kEndOfAnswer = '\n';
 
