@@ -130,7 +130,9 @@ class DirectoryEnumerator {
   }
 
   NarrowString ChildPath(std::string_view name) const {
-    NarrowString path(stack_.TopPath());
+    NarrowString path;
+    path.reserve(stack_.TopPath().size() + 1 + name.size());
+    path = stack_.TopPath();
     if (!path.empty() && path.back() != '/') {
       path += '/';
     }

@@ -143,7 +143,9 @@ WideString FxrFolder(const WideString& root) {
 }
 
 WideString HostLibraryPath(const WideString& fxrFolder, const WideString& version, const WideString& library) {
-  WideString path = fxrFolder;
+  WideString path;
+  path.reserve(fxrFolder.size() + 1 + version.size() + 1 + library.size());
+  path = fxrFolder;
   PathImplBase::PathAppend(path, version);
   return PathImplBase::PathAppend(path, library);
 }
