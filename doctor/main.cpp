@@ -7,12 +7,12 @@
 #include <iostream>
 #include <variant>
 
-#include "doctor/diagnosis.h"
-#include "doctor/json_report.h"
-#include "doctor/loader_log.h"
+#include "doctor/examine/text.h"
+#include "doctor/judge/diagnosis.h"
 #include "doctor/options.h"
-#include "doctor/text.h"
-#include "doctor/text_report.h"
+#include "doctor/report/json_report.h"
+#include "doctor/report/loader_log.h"
+#include "doctor/report/text_report.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 
 namespace {

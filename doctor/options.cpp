@@ -4,7 +4,7 @@
 #include <map>
 #include <sstream>
 
-#include "doctor/text.h"
+#include "doctor/examine/text.h"
 #include "doctor/version.h"
 
 namespace doctor {

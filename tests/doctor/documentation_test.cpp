@@ -6,7 +6,7 @@
 #include <regex>
 #include <set>
 
-#include "doctor/json_report.h"
+#include "doctor/report/json_report.h"
 #include "tests/support/temp_folder.h"
 
 namespace doctor {
@@ -30,7 +30,7 @@ std::set<std::string> Found(const std::string& text, const std::string& pattern)
 
 std::string Sources() {
   std::string text;
-  for (const auto& entry : fs::directory_iterator(fs::path(SOURCE_FOLDER) / "doctor")) {
+  for (const auto& entry : fs::recursive_directory_iterator(fs::path(SOURCE_FOLDER) / "doctor")) {
     if (entry.path().extension() == ".cpp") {
       text += tests::ReadFile(entry.path());
     }
@@ -61,7 +61,7 @@ TEST(Manual, NamesEveryWarningAndNoOther) {
 }
 
 TEST(Manual, NamesEveryReasonToRefuseAVersion) {
-  const std::string source = tests::ReadFile(fs::path(SOURCE_FOLDER) / "doctor/runtime_report.cpp");
+  const std::string source = tests::ReadFile(fs::path(SOURCE_FOLDER) / "doctor/examine/runtime_report.cpp");
   std::set<std::string> reasons =
       Found(source, R"re((?:return \{|return |reason = |empty\(\) \? |Reason\{)"([a-z0-9-]+)")re");
   reasons.merge(Found(source, R"re(: "([a-z]+-[a-z]+)")re"));

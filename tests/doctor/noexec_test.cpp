@@ -3,7 +3,8 @@
 
 #include <filesystem>
 
-#include "doctor/runtime_report.h"
+#include "doctor/examine/runtime_report.h"
+#include "doctor/judge/near_misses.h"
 #include "tests/doctor/server.h"
 
 namespace doctor {

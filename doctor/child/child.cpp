@@ -1,0 +1,255 @@
+#include "doctor/child/child.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <exception>
+#include <string_view>
+#include <utility>
+
+namespace doctor {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t kLongestOutput = std::size_t{64} * 1024;
+constexpr int kPatience = 10;  // Milliseconds.
+constexpr char kEndOfAnswer = '\n';
+
+class Descriptor {
+ public:
+  Descriptor() = default;
+  explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
+  Descriptor(Descriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(descriptor_, other.descriptor_);
+    return *this;
+  }
+  ~Descriptor() { Close(); }
+
+  int get() const { return descriptor_; }
+  bool IsOpen() const { return descriptor_ >= 0; }
+  void Close() {
+    if (IsOpen()) {
+      ::close(std::exchange(descriptor_, -1));
+    }
+  }
+
+ private:
+  int descriptor_ = -1;
+};
+
+struct Pipe {
+  Descriptor read = Descriptor();
+  Descriptor write = Descriptor();
+};
+
+// The same file under a number that is not a standard stream's: where one of those is closed, a pipe would take its
+// place and be replaced in the child.
+Descriptor AboveStandardStreams(Descriptor descriptor) {
+  return descriptor.get() > STDERR_FILENO ? std::move(descriptor)
+                                          : Descriptor(::fcntl(descriptor.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+}
+
+// Closed ends when there is none to be had.
+Pipe MakePipe() {
+  std::array<int, 2> ends{-1, -1};
+  if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+    return {};
+  }
+  Descriptor read(ends[0]);
+  Descriptor write(ends[1]);
+  return {AboveStandardStreams(std::move(read)), AboveStandardStreams(std::move(write))};
+}
+
+std::string Encode(std::string_view how, const Answer& answer) {
+  std::string bytes(how);
+  bytes += '\0';
+  for (const std::string& text : answer) {
+    bytes += text;
+    bytes += '\0';
+  }
+  return bytes += kEndOfAnswer;
+}
+
+std::string DoWork(const std::function<Answer()>& work) {
+  try {
+    return Encode("finished", work());
+  } catch (const std::exception& failure) {
+    return Encode("threw", {failure.what()});
+  } catch (...) {
+    return Encode("threw unknown", {});
+  }
+}
+
+void WriteAll(int descriptor, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
+    if (count < 0 && errno != EINTR) {
+      return;
+    }
+    bytes.remove_prefix(count > 0 ? static_cast<std::size_t>(count) : 0);
+  }
+}
+
+[[noreturn]] void BeTheChild(const std::function<Answer()>& work, Pipe& answer, Pipe& output) {
+  // Whoever writes to a pipe that nobody reads any more must be told so.
+  answer.read.Close();
+  output.read.Close();
+  ::setpgid(0, 0);
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  const rlimit noCore{0, 0};
+  ::setrlimit(RLIMIT_CORE, &noCore);
+  const Descriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+  ::dup2(nothing.get(), STDIN_FILENO);
+  ::dup2(output.write.get(), STDOUT_FILENO);
+  ::dup2(output.write.get(), STDERR_FILENO);
+  WriteAll(answer.write.get(), DoWork(work));
+  ::_exit(0);
+}
+
+// Reads what there is; false at the end.
+bool ReadSome(const Descriptor& from, std::string& into) {
+  std::array<char, 4096> buffer{};
+  const ssize_t count = ::read(from.get(), buffer.data(), buffer.size());
+  if (count > 0) {
+    into.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+  return count > 0 || (count < 0 && (errno == EAGAIN || errno == EINTR));
+}
+
+// What is left in a pipe; not for ever, as a process that left the child's group may go on writing.
+void Drain(const Descriptor& from, std::string& into) {
+  const std::size_t longest = into.size() + kLongestOutput;
+  pollfd ready{from.get(), POLLIN, 0};
+  while (into.size() < longest && from.IsOpen() && ::poll(&ready, 1, 0) > 0 && ReadSome(from, into)) {
+  }
+}
+
+bool HasEnded(pid_t process) {
+  siginfo_t info{};
+  return ::waitid(P_PID, static_cast<id_t>(process), &info, WEXITED | WNOHANG | WNOWAIT) != 0 || info.si_pid != 0;
+}
+
+int MillisecondsTo(Clock::time_point deadline) {
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+  return left > 0 ? static_cast<int>(left) : 0;
+}
+
+// The parent's side of a child that runs.
+struct Conversation {
+  pid_t process;
+  Descriptor answer;
+  Descriptor output;
+  std::string answer_text = {};
+  std::string output_text = {};
+};
+
+// Collects both texts until the child has ended. False when the deadline comes first.
+bool Listen(Conversation& with, Clock::time_point deadline) {
+  // Kernels before 5.3 have none; the child is then asked every few milliseconds.
+  const Descriptor child(static_cast<int>(::syscall(SYS_pidfd_open, with.process, 0)));
+  while (!HasEnded(with.process)) {
+    const int left = MillisecondsTo(deadline);
+    if (left == 0) {
+      return false;
+    }
+    // A closed end is -1, which poll passes over.
+    std::array<pollfd, 3> ready{pollfd{child.get(), POLLIN, 0}, pollfd{with.answer.get(), POLLIN, 0},
+                                pollfd{with.output.get(), POLLIN, 0}};
+    if (::poll(ready.data(), ready.size(), child.IsOpen() ? left : std::min(left, kPatience)) <= 0) {
+      continue;
+    }
+    if (ready[1].revents != 0 && !ReadSome(with.answer, with.answer_text)) {
+      with.answer.Close();
+    }
+    if (ready[2].revents != 0 && !ReadSome(with.output, with.output_text)) {
+      with.output.Close();
+    }
+    with.output_text.resize(std::min(with.output_text.size(), kLongestOutput));
+  }
+  return true;
+}
+
+// How it ended and what it said; a child that exited without a whole answer exited on its own.
+void Decode(std::string_view bytes, int exitStatus, ChildResult& result) {
+  if (!bytes.ends_with(std::string_view("\0\n", 2))) {
+    result.end = ChildEnd::kExited;
+    result.code = exitStatus;
+    return;
+  }
+  Answer texts;
+  bytes.remove_suffix(1);
+  for (std::size_t end = 0; !bytes.empty(); bytes.remove_prefix(end + 1)) {
+    end = bytes.find('\0');
+    texts.emplace_back(bytes.substr(0, end));
+  }
+  const std::string how = texts.front();
+  texts.erase(texts.begin());
+  if (how == "finished") {
+    result.end = ChildEnd::kFinished;
+    result.answer = std::move(texts);
+  } else {
+    result.end = how == "threw" ? ChildEnd::kThrew : ChildEnd::kThrewUnknown;
+    result.message = texts.empty() ? "" : texts.front();
+  }
+}
+
+ChildResult NotStarted() {
+  return {ChildEnd::kNotStarted, errno};
+}
+
+}  // namespace
+
+ChildResult RunInChild(const std::function<Answer()>& work, std::chrono::milliseconds limit) {
+  Pipe answer = MakePipe();
+  Pipe output = MakePipe();
+  if (!answer.read.IsOpen() || !output.read.IsOpen()) {
+    return NotStarted();
+  }
+  const Clock::time_point deadline = Clock::now() + limit;
+  const pid_t process = ::fork();
+  if (process < 0) {
+    return NotStarted();
+  }
+  if (process == 0) {
+    BeTheChild(work, answer, output);
+  }
+  answer.write.Close();
+  output.write.Close();
+
+  Conversation child{process, std::move(answer.read), std::move(output.read)};
+  const bool ended = Listen(child, deadline);
+  ::kill(-process, SIGKILL);  // What it may have started, too.
+  ::kill(process, SIGKILL);
+  Drain(child.answer, child.answer_text);
+  Drain(child.output, child.output_text);
+  int status = 0;
+  ::waitpid(process, &status, 0);
+  ChildResult result{ChildEnd::kTimedOut};
+  result.output = child.output_text.substr(0, kLongestOutput);
+  if (ended && WIFSIGNALED(status)) {
+    result.end = ChildEnd::kCrashed;
+    result.code = WTERMSIG(status);
+  } else if (ended) {
+    Decode(child.answer_text, WEXITSTATUS(status), result);
+  }
+  return result;
+}
+
+std::string SignalName(int signal) {
+  const char* name = ::sigabbrev_np(signal);
+  return name != nullptr ? std::string("SIG") + name : "signal " + std::to_string(signal);
+}
+
+}  // namespace doctor

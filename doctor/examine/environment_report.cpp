@@ -1,0 +1,33 @@
+#include "doctor/examine/environment_report.h"
+
+#include <cstdlib>
+
+#include "doctor/examine/text.h"
+#include "launcher/product.h"
+#include "netloader/netloaderquorcommon/src/dotnet_settings.h"
+#include "netloader/platform/environment.h"
+
+namespace doctor {
+namespace {
+
+std::optional<std::string> ValueOf(const std::string& name) {
+  const char* value = std::getenv(name.c_str());
+  return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
+}
+
+}  // namespace
+
+EnvironmentReport ExamineEnvironment(const SettingsReport& settings) {
+  EnvironmentReport report;
+  for (const auto& [name, value] : netloader::platform_utils::kStaticVariables) {
+    report.variables.push_back(
+        {name, value != nullptr ? std::optional<std::string>(value) : std::nullopt, ValueOf(name)});
+  }
+  for (const auto& [name, value] : launcher::RuntimeEnvironment()) {
+    report.variables.push_back({Bytes(name), Bytes(value), ValueOf(Bytes(name))});
+  }
+  report.log_folder = Bytes(settings.log_folder.empty() ? netloader::quor::DefaultLogFolder() : settings.log_folder);
+  return report;
+}
+
+}  // namespace doctor

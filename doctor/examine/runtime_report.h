@@ -1,0 +1,52 @@
+// Which runtimes are there, and which one a launch would take.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "doctor/examine/probe.h"
+#include "foundation/strings.h"
+#include "netloader/netloaderhostfxr/src/elf_check.h"
+#include "netloader/netloaderhostfxr/src/version_discovery.h"
+
+namespace doctor {
+
+enum class Standing {
+  kChosen,     ///< A launch takes this one.
+  kGood,       ///< It would do, but is not needed.
+  kNotLoaded,  ///< It looks good; whether it loads was not tried.
+  kRefused,    ///< A launch passes it over.
+  kFatal,      ///< A launch ends here: loading it ends the process, hangs or throws.
+};
+
+/// One version folder. `reason` is a stable name and empty for a good one; `detail` is for people.
+struct VersionReport {
+  std::string name;
+  tov::WideString library;
+  bool is_candidate = false;  ///< Whether a launch would try to load it.
+  Standing standing = Standing::kRefused;
+  std::string reason;
+  std::string detail;
+  ChildResult child{ChildEnd::kFinished};  ///< How loading it ended.
+};
+
+struct RuntimeReport {
+  tov::WideString root;
+  netloader::Discovery discovery;
+  std::string failure;                  ///< What putting the candidates in order throws; empty when nothing.
+  std::vector<VersionReport> versions;  ///< The candidates as a launch tries them, then the others by name.
+  std::optional<std::size_t> decisive;  ///< The version that is chosen, or that ends a launch.
+
+  const VersionReport* Decisive() const { return decisive ? &versions[*decisive] : nullptr; }
+};
+
+/// Loads a library in a child.
+using LibraryProber = std::function<LibraryProbe(const tov::WideString& path)>;
+
+/// Looks for hosts under the root as the launcher does. Without a prober nothing is loaded, and the first candidate
+/// whose headers are sound counts as chosen.
+RuntimeReport ExamineRuntime(const tov::WideString& root, const LibraryProber& prober);
+
+}  // namespace doctor

@@ -1,0 +1,79 @@
+#include "doctor/examine/text.h"
+
+#include <algorithm>
+#include <array>
+
+#include "foundation/char_converters.h"
+#include "foundation/convert_to_container.h"
+
+namespace doctor {
+namespace {
+
+using tov::text::detail::StrictUtf8CharConverter;
+
+std::string Escape(unsigned char byte) {
+  switch (byte) {
+    case '\t':
+      return "\\t";
+    case '\n':
+      return "\\n";
+    case '\r':
+      return "\\r";
+    case '\\':
+      return "\\\\";
+    default: {
+      constexpr std::string_view kDigits = "0123456789abcdef";
+      return {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};
+    }
+  }
+}
+
+// Controls, and the characters that change the direction or the place of others.
+bool IsSeen(char32_t value) {
+  return value >= 0x20 && !(value >= 0x7F && value < 0xA0) && value != 0xAD && !(value >= 0x200B && value <= 0x200F) &&
+         !(value >= 0x2028 && value <= 0x202E) && !(value >= 0x2060 && value <= 0x206F) && value != 0xFEFF;
+}
+
+}  // namespace
+
+std::string Bytes(const tov::WideString& text) {
+  std::string bytes;
+  tov::text::Utf16ToUtf8::Do(text, bytes, 0);
+  return bytes;
+}
+
+tov::WideString Wide(std::string_view bytes) {
+  tov::WideString text;
+  tov::text::Utf8ToUtf16::Do(bytes, text, 0);
+  return text;
+}
+
+std::string Printable(std::string_view bytes) {
+  std::string text;
+  while (!bytes.empty()) {
+    const auto read = StrictUtf8CharConverter::Read(bytes);
+    const std::size_t length = read ? read->length : 1;
+    if (read && IsSeen(read->value) && read->value != '\\') {
+      text += bytes.substr(0, length);
+    } else {
+      for (const char byte : bytes.substr(0, length)) {
+        text += Escape(static_cast<unsigned char>(byte));
+      }
+    }
+    bytes.remove_prefix(length);
+  }
+  return text;
+}
+
+std::string Quoted(std::string_view bytes) {
+  std::string text = "'";
+  text += Printable(bytes);
+  return text += "'";
+}
+
+std::size_t Columns(std::string_view text) {
+  return static_cast<std::size_t>(
+      std::ranges::count_if(text, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
+}
+
+}  // namespace doctor

@@ -1,0 +1,81 @@
+#include "doctor/judge/diagnosis.h"
+
+#include <exception>
+#include <iterator>
+#include <system_error>
+
+#include "doctor/examine/text.h"
+#include "doctor/judge/near_misses.h"
+#include "launcher/product.h"
+#include "netloader/netloaderhostfxr/src/loadermodule.h"
+#include "netloader/netloaderquorcommon/src/executable_folder.h"
+
+namespace doctor {
+namespace {
+
+// The doctor stands beside the launcher, so their folder is the same.
+std::string FolderFailure() {
+  try {
+    static_cast<void>(netloader::quor::ExecutableFolder(netloader::quor::kExecutableLink));
+    return {};
+  } catch (const std::exception& failure) {
+    return failure.what();
+  }
+}
+
+LibraryProber LibraryProberFor(const Question& question) {
+  if (!question.probe) {
+    return {};
+  }
+  return [limit = question.limit](const tov::WideString& path) { return ProbeLibrary(path, limit); };
+}
+
+ContextProbe ContextOf(const RuntimeReport& runtime, std::chrono::milliseconds limit) {
+  ContextProbe probe = ProbeContext(runtime.Decisive()->library, runtime.root,
+                                    netloader::AssemblyPath(launcher::kAssemblyFileName), limit);
+  if (probe.child.end == ChildEnd::kNotStarted) {
+    throw std::system_error(probe.child.code, std::generic_category(), "a process to create the context in");
+  }
+  return probe;
+}
+
+ContextProber ContextProberFor(const Diagnosis& diagnosis, const Question& question) {
+  const VersionReport* decisive = diagnosis.runtime ? diagnosis.runtime->Decisive() : nullptr;
+  if (decisive == nullptr || decisive->standing != Standing::kChosen) {
+    return {};
+  }
+  return [&runtime = *diagnosis.runtime, limit = question.limit] { return ContextOf(runtime, limit); };
+}
+
+void Append(Warnings& all, Warnings more) {
+  std::move(more.begin(), more.end(), std::back_inserter(all));
+}
+
+Warnings NearMisses(const Diagnosis& diagnosis) {
+  Warnings warnings = SettingsNearMisses(diagnosis.settings);
+  if (diagnosis.runtime) {
+    Append(warnings, RuntimeNearMisses(*diagnosis.runtime));
+  }
+  Append(warnings, EnvironmentNearMisses(diagnosis.settings));
+  Append(warnings, ApplicationNearMisses(diagnosis.application));
+  return warnings;
+}
+
+}  // namespace
+
+Diagnosis Diagnose(const Question& question) {
+  Diagnosis diagnosis;
+  diagnosis.settings = ExamineSettings(question.settings_path);
+  const tov::WideString root = question.root ? Wide(*question.root) : diagnosis.settings.root;
+  if (!root.empty()) {
+    diagnosis.runtime = ExamineRuntime(root, LibraryProberFor(question));
+  }
+  diagnosis.environment = ExamineEnvironment(diagnosis.settings);
+  diagnosis.application = ExamineApplication(root, ContextProberFor(diagnosis, question));
+  diagnosis.verdict = Judge({&diagnosis.settings, FolderFailure(), diagnosis.runtime ? &*diagnosis.runtime : nullptr,
+                             &diagnosis.application});
+  diagnosis.warnings = NearMisses(diagnosis);
+  return diagnosis;
+}
+
+}  // namespace doctor

@@ -1,0 +1,37 @@
+// The whole examination.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "doctor/examine/application_report.h"
+#include "doctor/examine/environment_report.h"
+#include "doctor/examine/runtime_report.h"
+#include "doctor/examine/settings_report.h"
+#include "doctor/judge/verdict.h"
+#include "doctor/judge/warning.h"
+
+namespace doctor {
+
+/// What is asked.
+struct Question {
+  std::string settings_path;        ///< The file that is read as the settings.
+  std::optional<std::string> root;  ///< A root that takes the place of the one in the settings.
+  bool probe = true;                ///< Whether libraries are loaded and a context is created.
+  std::chrono::milliseconds limit = kTimeLimit;
+};
+
+struct Diagnosis {
+  Verdict verdict;
+  Warnings warnings;
+  SettingsReport settings;
+  std::optional<RuntimeReport> runtime;  ///< Empty when no root is known.
+  EnvironmentReport environment;
+  ApplicationReport application;
+};
+
+/// Walks a launch's road and tells what is there. Changes nothing and runs nothing managed. Throws `std::system_error`
+/// when no child process can be had.
+Diagnosis Diagnose(const Question& question);
+
+}  // namespace doctor

@@ -1,0 +1,181 @@
+#include "doctor/judge/verdict.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "doctor/examine/text.h"
+#include "doctor/judge/status_names.h"
+#include "foundation/result_code.h"
+#include "netloader/netloaderquorcommon/src/settings_constants.h"
+
+namespace doctor {
+namespace {
+
+using netloader::FxrFolderState;
+
+constexpr const char* kErrorOccurred = "Error occurred: ";
+constexpr const char* kUnknownFailure = "Unknown failure occurred";
+constexpr const char* kInstallRuntime =
+    "Install the .NET 6.0 runtime for Linux x64 under the runtime root, or name another root in the settings.";
+
+Verdict Refuses(std::string reason, std::string cure) {
+  return {Outcome::kStatus255, std::move(reason), {}, 255, std::move(cure)};
+}
+
+Verdict Aborts(const std::string& what, std::string reason, std::string cure) {
+  return {Outcome::kAborts, std::move(reason), kErrorOccurred + what, 0, std::move(cure)};
+}
+
+// How a child ended that did not finish is how a launch would end. `doing` says at what.
+Verdict EndsLike(const ChildResult& child, const std::string& doing, std::string cure) {
+  switch (child.end) {
+    case ChildEnd::kThrew:
+      return Aborts(child.message, doing, std::move(cure));
+    case ChildEnd::kThrewUnknown:
+      return {Outcome::kAborts, doing, kUnknownFailure, 0, std::move(cure)};
+    case ChildEnd::kCrashed:
+      return {Outcome::kDies, doing, {}, child.code, std::move(cure)};
+    case ChildEnd::kExited:
+      return {Outcome::kExits, doing, {}, child.code, std::move(cure)};
+    case ChildEnd::kFinished:
+    case ChildEnd::kTimedOut:
+    case ChildEnd::kNotStarted:
+      break;
+  }
+  return {Outcome::kHangs, doing, {}, 0, std::move(cure)};
+}
+
+std::optional<Verdict> JudgeSettings(const SettingsReport& settings, bool hasRoot) {
+  if (!settings.is_open) {
+    return Aborts(settings.failure, "the settings file cannot be read: " + settings.reason,
+                  "Make " + Printable(settings.path) + " readable for the user that launches; it must hold " +
+                      Bytes(netloader::quor::kDotnetRootFolderKey) + "= and the .NET root.");
+  }
+  if (!settings.failure.empty()) {
+    return Aborts(settings.failure,
+                  "line " + std::to_string(settings.entries.back().line) + " of the settings is not UTF-8",
+                  "Write that line anew, in UTF-8.");
+  }
+  if (!hasRoot) {
+    return Refuses("the settings name no runtime root", "Write " + Bytes(netloader::quor::kDotnetRootFolderKey) +
+                                                            "=/usr/share/dotnet (or where .NET is) into " +
+                                                            Printable(settings.path) + ".");
+  }
+  return std::nullopt;
+}
+
+std::string FolderReason(const netloader::Discovery& discovery) {
+  const std::string folder = Printable(Bytes(discovery.fxrFolder));
+  switch (discovery.state) {
+    case FxrFolderState::kWalked:
+      break;
+    case FxrFolderState::kNoStatus:
+      return folder + ": " + std::string(tov::ResultCodeMessage(discovery.result));
+    case FxrFolderState::kIsLink:
+      return folder + " is a symbolic link";
+    case FxrFolderState::kNotAFolder:
+      return folder + " is no folder";
+    case FxrFolderState::kUnreadable:
+      return folder + " cannot be entered: " + std::string(tov::ResultCodeMessage(discovery.result));
+  }
+  return {};
+}
+
+std::string NothingFits(const RuntimeReport& runtime) {
+  const auto candidates = std::ranges::count_if(runtime.versions, &VersionReport::is_candidate);
+  if (candidates == 0) {
+    return "no version of the runtime fits";
+  }
+  return candidates == 1 ? "the one version that fits cannot be loaded"
+                         : "none of the " + std::to_string(candidates) + " versions that fit can be loaded";
+}
+
+std::optional<Verdict> JudgeRuntime(const RuntimeReport& runtime) {
+  if (runtime.discovery.state != FxrFolderState::kWalked) {
+    return Refuses(FolderReason(runtime.discovery), kInstallRuntime);
+  }
+  if (!runtime.failure.empty()) {
+    return Aborts(runtime.failure, "the name of a version folder is no valid text", "Rename or remove that folder.");
+  }
+  const VersionReport* decisive = runtime.Decisive();
+  if (decisive == nullptr) {
+    return Refuses(NothingFits(runtime), kInstallRuntime);
+  }
+  if (decisive->standing == Standing::kFatal) {
+    return EndsLike(decisive->child, "while loading " + Printable(Bytes(decisive->library)),
+                    "Install that version of the runtime again, or remove its folder.");
+  }
+  return std::nullopt;
+}
+
+Verdict JudgeContext(const ContextProbe& context) {
+  if (context.child.end != ChildEnd::kFinished) {
+    return EndsLike(context.child, "while the host prepares the application", "Install the runtime again.");
+  }
+  if (context.IsUsable()) {
+    return {Outcome::kRuns};
+  }
+  std::string what = Hex(context.result) + " (" + std::string(HostStatusName(context.result)) + ")";
+  return Refuses(context.result == 0 ? "the host gives no context" : "the host refuses the application with " + what,
+                 "See what the host says, below.");
+}
+
+}  // namespace
+
+Verdict Judge(const Evidence& evidence) {
+  const bool hasRoot = evidence.runtime != nullptr;
+  if (auto verdict = JudgeSettings(*evidence.settings, hasRoot)) {
+    return *verdict;
+  }
+  if (!evidence.folder_failure.empty()) {
+    return Aborts(evidence.folder_failure, "the folder of the executable cannot be told",
+                  "Install the product in a folder whose name is UTF-8, with /proc mounted.");
+  }
+  if (auto verdict = JudgeRuntime(*evidence.runtime)) {
+    return *verdict;
+  }
+  if (evidence.application == nullptr || !evidence.application->context) {
+    return {Outcome::kRuns, {}, {}, 0, {}, false};
+  }
+  return JudgeContext(*evidence.application->context);
+}
+
+std::string VerdictLine(const Verdict& verdict) {
+  switch (verdict.outcome) {
+    case Outcome::kRuns:
+      return verdict.is_probed ? "A launch would run the application."
+                               : "A launch would run the application, as far as can be told without loading anything.";
+    case Outcome::kStatus255:
+      return "A launch would end with status 255: " + verdict.reason;
+    case Outcome::kAborts:
+      return "A launch would abort with " + Quoted(verdict.message.substr(0, verdict.message.find('\n'))) + ": " +
+             verdict.reason;
+    case Outcome::kDies:
+      return "A launch would die of " + SignalName(verdict.code) + " " + verdict.reason;
+    case Outcome::kExits:
+      return "A launch would end with status " + std::to_string(verdict.code) + " " + verdict.reason;
+    case Outcome::kHangs:
+      return "A launch would hang " + verdict.reason;
+  }
+  return {};
+}
+
+std::string_view OutcomeName(Outcome outcome) {
+  switch (outcome) {
+    case Outcome::kRuns:
+      return "runs";
+    case Outcome::kStatus255:
+      return "status-255";
+    case Outcome::kAborts:
+      return "aborts";
+    case Outcome::kDies:
+      return "dies";
+    case Outcome::kExits:
+      return "exits";
+    case Outcome::kHangs:
+      return "hangs";
+  }
+  return {};
+}
+
+}  // namespace doctor

@@ -1,0 +1,205 @@
+#include "doctor/report/json_report.h"
+
+#include <nlohmann/json.hpp>
+
+#include "doctor/examine/text.h"
+#include "doctor/judge/status_names.h"
+#include "doctor/version.h"
+
+namespace doctor {
+namespace {
+
+using json = nlohmann::ordered_json;
+
+json OrNull(const std::optional<std::string>& text) {
+  return text ? json(*text) : json();
+}
+json OrNull(const std::string& text) {
+  return text.empty() ? json() : json(text);
+}
+
+std::string_view Name(LineUse use) {
+  switch (use) {
+    case LineUse::kUsed:
+      return "used";
+    case LineUse::kUnused:
+      return "unused";
+    case LineUse::kReplaced:
+      return "replaced";
+    case LineUse::kSkipped:
+      return "skipped";
+    case LineUse::kMalformed:
+      return "malformed";
+  }
+  return {};
+}
+
+std::string_view Name(netloader::FxrFolderState state) {
+  switch (state) {
+    case netloader::FxrFolderState::kWalked:
+      return "walked";
+    case netloader::FxrFolderState::kNoStatus:
+      return "no-status";
+    case netloader::FxrFolderState::kIsLink:
+      return "link";
+    case netloader::FxrFolderState::kNotAFolder:
+      return "not-a-folder";
+    case netloader::FxrFolderState::kUnreadable:
+      return "unreadable";
+  }
+  return {};
+}
+
+std::string_view Name(Standing standing) {
+  switch (standing) {
+    case Standing::kChosen:
+      return "chosen";
+    case Standing::kGood:
+      return "good";
+    case Standing::kNotLoaded:
+      return "not-loaded";
+    case Standing::kRefused:
+      return "refused";
+    case Standing::kFatal:
+      return "fatal";
+  }
+  return {};
+}
+
+std::string_view Name(ChildEnd end) {
+  switch (end) {
+    case ChildEnd::kFinished:
+      return "finished";
+    case ChildEnd::kThrew:
+    case ChildEnd::kThrewUnknown:
+      return "threw";
+    case ChildEnd::kExited:
+      return "exited";
+    case ChildEnd::kCrashed:
+      return "crashed";
+    case ChildEnd::kTimedOut:
+      return "timed-out";
+    case ChildEnd::kNotStarted:
+      return "not-started";
+  }
+  return {};
+}
+
+json ToJson(const Verdict& verdict) {
+  const bool hasStatus =
+      verdict.outcome == Outcome::kRuns || verdict.outcome == Outcome::kStatus255 || verdict.outcome == Outcome::kExits;
+  return {{"outcome", OutcomeName(verdict.outcome)},
+          {"line", VerdictLine(verdict)},
+          {"reason", OrNull(verdict.reason)},
+          {"message", OrNull(verdict.message)},
+          {"exit_status", hasStatus ? json(verdict.code) : json()},
+          {"signal", verdict.outcome == Outcome::kDies ? json(SignalName(verdict.code)) : json()},
+          {"cure", OrNull(verdict.cure)},
+          {"probed", verdict.is_probed}};
+}
+
+json ToJson(const Warning& warning) {
+  return {{"code", warning.code}, {"place", warning.place}, {"text", warning.text}, {"cure", warning.cure}};
+}
+
+json ToJson(const SettingsEntry& entry) {
+  return {{"line", entry.line},
+          {"key", entry.key},
+          {"value", entry.value},
+          {"use", Name(entry.use)},
+          {"replaced_by", entry.use == LineUse::kReplaced ? json(entry.replaced_by) : json()}};
+}
+
+json ToJson(const VersionReport& version) {
+  return {{"version", version.name},           {"library", Bytes(version.library)},
+          {"candidate", version.is_candidate}, {"standing", Name(version.standing)},
+          {"reason", OrNull(version.reason)},  {"detail", OrNull(version.detail)}};
+}
+
+json ToJson(const VariableReport& variable) {
+  return {{"name", variable.name},
+          {"action", variable.value ? "set" : "remove"},
+          {"value", OrNull(variable.value)},
+          {"now", OrNull(variable.now)}};
+}
+
+json ToJson(const FileReport& file) {
+  return {{"path", file.path}, {"state", FileStateName(file.state)}, {"detail", OrNull(file.detail)}};
+}
+
+json ToJson(const FrameworkReport& framework) {
+  return {{"name", framework.name},
+          {"version", framework.version},
+          {"there", framework.is_there ? json(*framework.is_there) : json()}};
+}
+
+template <typename Range>
+json ToArray(const Range& range) {
+  json array = json::array();
+  for (const auto& each : range) {
+    array.push_back(ToJson(each));
+  }
+  return array;
+}
+
+json ToJson(const SettingsReport& settings) {
+  return {{"path", settings.path},
+          {"readable", settings.is_open},
+          {"reason", OrNull(settings.reason)},
+          {"failure", OrNull(settings.failure)},
+          {"runtime_root", OrNull(Bytes(settings.root))},
+          {"log_folder", OrNull(Bytes(settings.log_folder))},
+          {"entries", ToArray(settings.entries)}};
+}
+
+json ToJson(const RuntimeReport& runtime) {
+  const VersionReport* decisive = runtime.Decisive();
+  return {{"root", Bytes(runtime.root)},
+          {"folder", Bytes(runtime.discovery.fxrFolder)},
+          {"folder_state", Name(runtime.discovery.state)},
+          {"failure", OrNull(runtime.failure)},
+          {"decisive_version", decisive != nullptr ? json(decisive->name) : json()},
+          {"versions", ToArray(runtime.versions)}};
+}
+
+json ToJson(const ContextProbe& context) {
+  json object = {{"end", Name(context.child.end)},
+                 {"output", OrNull(context.child.output)},
+                 {"created", context.IsUsable()},
+                 {"status", json()},
+                 {"status_name", json()},
+                 {"errno", json()},
+                 {"host_text", OrNull(context.host_text)}};
+  if (context.child.end == ChildEnd::kFinished) {
+    object["status"] = Hex(context.result);
+    object["status_name"] = HostStatusName(context.result);
+    object["errno"] = context.error;
+  }
+  return object;
+}
+
+json ToJson(const ApplicationReport& application) {
+  return {{"assembly", ToJson(application.assembly_file)},
+          {"runtime_config", ToJson(application.runtime_config)},
+          {"dependencies", ToJson(application.dependencies)},
+          {"frameworks", ToArray(application.frameworks)},
+          {"context", application.context ? ToJson(*application.context) : json()}};
+}
+
+}  // namespace
+
+std::string JsonReport(const Diagnosis& diagnosis) {
+  const json report = {
+      {"schema", kJsonSchema},
+      {"doctor", {{"name", "grellin_doctor"}, {"version", kVersion}}},
+      {"verdict", ToJson(diagnosis.verdict)},
+      {"warnings", ToArray(diagnosis.warnings)},
+      {"settings", ToJson(diagnosis.settings)},
+      {"runtime", diagnosis.runtime ? ToJson(*diagnosis.runtime) : json()},
+      {"environment",
+       {{"log_folder", diagnosis.environment.log_folder}, {"variables", ToArray(diagnosis.environment.variables)}}},
+      {"application", ToJson(diagnosis.application)}};
+  return report.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace doctor

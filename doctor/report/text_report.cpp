@@ -1,0 +1,235 @@
+#include "doctor/report/text_report.h"
+
+#include <algorithm>
+
+#include "doctor/examine/text.h"
+#include "doctor/judge/status_names.h"
+#include "doctor/report/page.h"
+#include "foundation/result_code.h"
+
+namespace doctor {
+namespace {
+
+using Rows = std::vector<std::vector<Cell>>;
+using netloader::FxrFolderState;
+
+constexpr std::size_t kIndent = 2;
+// Of longer lists the beginning is shown; the JSON holds all of it.
+constexpr std::size_t kLongestList = 40;
+constexpr std::size_t kLongestValue = 200;
+
+std::string Shortened(std::string_view bytes) {
+  return bytes.size() <= kLongestValue ? Quoted(bytes)
+                                       : Quoted(bytes.substr(0, kLongestValue)) + " and " +
+                                             std::to_string(bytes.size() - kLongestValue) + " bytes more";
+}
+
+void PutVerdict(Page& page, const Verdict& verdict, bool hasWarnings) {
+  page.Paragraph(VerdictLine(verdict), 0, verdict.outcome == Outcome::kRuns ? Paint::kGood : Paint::kBad);
+  if (!verdict.cure.empty()) {
+    page.Paragraph(verdict.cure, kIndent);
+  }
+  if (verdict.outcome != Outcome::kRuns && hasWarnings) {
+    page.Paragraph("The warnings below may name the cause.", kIndent);
+  }
+}
+
+void PutWarnings(Page& page, const Warnings& warnings) {
+  if (warnings.empty()) {
+    return;
+  }
+  page.Heading("Warnings", "None of them changes what the launcher does.");
+  for (std::size_t at = 0; at < std::min(warnings.size(), kLongestList); ++at) {
+    const Warning& warning = warnings[at];
+    page.Paragraph(warning.place + ": " + warning.text, kIndent, Paint::kOdd);
+    page.Paragraph("-> " + warning.cure, 2 * kIndent);
+  }
+  if (warnings.size() > kLongestList) {
+    page.Paragraph("and " + std::to_string(warnings.size() - kLongestList) + " more", kIndent, Paint::kFaint);
+  }
+}
+
+Cell UseCell(const SettingsEntry& entry) {
+  switch (entry.use) {
+    case LineUse::kUsed:
+      return {"used", Paint::kGood};
+    case LineUse::kUnused:
+      return {"not used", Paint::kFaint};
+    case LineUse::kReplaced:
+      return {"replaced by line " + std::to_string(entry.replaced_by), Paint::kOdd};
+    case LineUse::kSkipped:
+      return {"skipped: it sets nothing", Paint::kFaint};
+    case LineUse::kMalformed:
+      return {"not UTF-8: a launch aborts here", Paint::kBad};
+  }
+  return {};
+}
+
+// The lines that matter are always shown, the others as far as there is room.
+bool Matters(const SettingsEntry& entry) {
+  return entry.use != LineUse::kUnused && entry.use != LineUse::kSkipped;
+}
+
+void PutSettings(Page& page, const SettingsReport& settings) {
+  page.Heading("1. Settings", Printable(settings.path));
+  if (!settings.is_open) {
+    page.Paragraph("cannot be read: " + settings.reason, kIndent, Paint::kBad);
+    return;
+  }
+  Rows rows;
+  std::size_t left_out = 0;
+  for (const SettingsEntry& entry : settings.entries) {
+    if (rows.size() >= kLongestList && !Matters(entry)) {
+      ++left_out;
+      continue;
+    }
+    const std::string text =
+        entry.use == LineUse::kSkipped ? Shortened(entry.value) : Shortened(entry.key) + " = " + Shortened(entry.value);
+    rows.push_back({{"line " + std::to_string(entry.line)}, UseCell(entry), {text}});
+  }
+  page.Table(rows, kIndent);
+  if (left_out > 0) {
+    page.Paragraph("and " + std::to_string(left_out) + " lines more that are not used", kIndent, Paint::kFaint);
+  }
+  if (settings.entries.empty()) {
+    page.Paragraph("holds no line", kIndent, Paint::kOdd);
+  }
+}
+
+Cell StandingCell(const VersionReport& version, bool isDecisive) {
+  switch (version.standing) {
+    case Standing::kChosen:
+      return {"chosen", Paint::kGood};
+    case Standing::kGood:
+      return {"good, not needed", Paint::kPlain};
+    case Standing::kNotLoaded:
+      return {"sound, not loaded", Paint::kPlain};
+    case Standing::kRefused:
+      return {"refused", version.is_candidate ? Paint::kOdd : Paint::kFaint};
+    case Standing::kFatal:
+      return isDecisive ? Cell{"fatal", Paint::kBad} : Cell{"fatal, not tried", Paint::kOdd};
+  }
+  return {};
+}
+
+std::string FolderWords(const netloader::Discovery& discovery) {
+  switch (discovery.state) {
+    case FxrFolderState::kWalked:
+      return discovery.findings.empty() ? "holds no version" : "";
+    case FxrFolderState::kNoStatus:
+      return "is not there, or cannot be seen: " + std::string(tov::ResultCodeMessage(discovery.result));
+    case FxrFolderState::kIsLink:
+      return "is a symbolic link, and links are not followed";
+    case FxrFolderState::kNotAFolder:
+      return "is no folder";
+    case FxrFolderState::kUnreadable:
+      return "cannot be entered: " + std::string(tov::ResultCodeMessage(discovery.result));
+  }
+  return {};
+}
+
+void PutRuntime(Page& page, const std::optional<RuntimeReport>& runtime) {
+  if (!runtime) {
+    page.Heading("2. Runtime", "");
+    page.Paragraph("not looked for: no runtime root is known", kIndent, Paint::kFaint);
+    return;
+  }
+  page.Heading("2. Runtime", Printable(Bytes(runtime->discovery.fxrFolder)));
+  if (const std::string words = FolderWords(runtime->discovery); !words.empty()) {
+    page.Paragraph(words, kIndent, Paint::kBad);
+  }
+  Rows rows;
+  for (const VersionReport& version : runtime->versions) {
+    if (rows.size() < kLongestList) {
+      rows.push_back({{version.name.empty() ? "(not UTF-8)" : Printable(version.name)},
+                      StandingCell(version, &version == runtime->Decisive()),
+                      {Printable(version.detail)}});
+    }
+  }
+  page.Table(rows, kIndent);
+  if (runtime->versions.size() > rows.size()) {
+    page.Paragraph("and " + std::to_string(runtime->versions.size() - rows.size()) + " folders more", kIndent,
+                   Paint::kFaint);
+  }
+}
+
+void PutEnvironment(Page& page, const EnvironmentReport& environment) {
+  page.Heading("3. Environment", "");
+  Rows rows;
+  for (const VariableReport& variable : environment.variables) {
+    rows.push_back({{variable.name},
+                    {variable.value ? "set to " + *variable.value : "removed"},
+                    {variable.now ? "now " + Shortened(*variable.now) : "now not set",
+                     variable.now ? Paint::kPlain : Paint::kFaint}});
+  }
+  page.Table(rows, kIndent);
+}
+
+Cell FileCell(const FileReport& file, bool isNeeded) {
+  const std::string detail =
+      file.detail.empty() || file.state == FileState::kMissing ? std::string() : ": " + file.detail;
+  const Paint paint = file.state == FileState::kPresent ? Paint::kGood : isNeeded ? Paint::kBad : Paint::kOdd;
+  return {std::string(FileStateName(file.state)) + detail, paint};
+}
+
+Cell FrameworkCell(const FrameworkReport& framework) {
+  if (!framework.is_there) {
+    return {"needed; not looked for, as no runtime root is known", Paint::kFaint};
+  }
+  return *framework.is_there ? Cell{"needed, and a version is there", Paint::kGood}
+                             : Cell{"needed, and not there", Paint::kBad};
+}
+
+std::string ContextWords(const ContextProbe& context) {
+  if (context.child.end != ChildEnd::kFinished) {
+    return "was not created";
+  }
+  return (context.IsUsable() ? "created and closed: " : "refused: ") + Hex(context.result) + " " +
+         std::string(HostStatusName(context.result));
+}
+
+void PutHostWords(Page& page, const ContextProbe& context) {
+  std::string words = context.host_text.empty() ? context.child.output : context.host_text;
+  if (context.IsUsable() || words.empty()) {
+    return;
+  }
+  page.Paragraph("The host says:", kIndent);
+  for (std::size_t end = 0; !words.empty(); words.erase(0, end + 1)) {
+    end = std::min(words.find('\n'), words.size());
+    page.Paragraph(Printable(words.substr(0, end)), 2 * kIndent);
+  }
+}
+
+void PutApplication(Page& page, const ApplicationReport& application) {
+  page.Heading("4. Application", Printable(application.assembly_file.path));
+  Rows rows = {{{"assembly"}, FileCell(application.assembly_file, true)},
+               {{"runtimeconfig.json"}, FileCell(application.runtime_config, true)},
+               {{"deps.json"}, FileCell(application.dependencies, false)}};
+  for (const FrameworkReport& framework : application.frameworks) {
+    rows.push_back({{Printable(framework.name) + " " + Printable(framework.version)}, FrameworkCell(framework)});
+  }
+  if (application.context) {
+    rows.push_back(
+        {{"context"},
+         {ContextWords(*application.context), application.context->IsUsable() ? Paint::kGood : Paint::kBad}});
+  }
+  page.Table(rows, kIndent);
+  if (application.context) {
+    PutHostWords(page, *application.context);
+  }
+}
+
+}  // namespace
+
+std::string TextReport(const Diagnosis& diagnosis, bool colored) {
+  Page page(colored);
+  PutVerdict(page, diagnosis.verdict, !diagnosis.warnings.empty());
+  PutWarnings(page, diagnosis.warnings);
+  PutSettings(page, diagnosis.settings);
+  PutRuntime(page, diagnosis.runtime);
+  PutEnvironment(page, diagnosis.environment);
+  PutApplication(page, diagnosis.application);
+  return page.Text();
+}
+
+}  // namespace doctor

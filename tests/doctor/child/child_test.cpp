@@ -1,0 +1,348 @@
+#include "doctor/child/child.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <fstream>
+#include <stdexcept>
+#include <thread>
+
+#include "tests/foundation/open_files.h"
+#include "tests/support/temp_folder.h"
+
+namespace {
+
+bool refuses_pidfd = false;
+
+}  // namespace
+
+// In place of the C library's: a kernel that has no pidfd_open.
+extern "C" long syscall(long number, ...) noexcept {
+  using Syscall = long (*)(long, ...);
+  if (number == SYS_pidfd_open && refuses_pidfd) {
+    errno = ENOSYS;
+    return -1;
+  }
+  static const auto real = reinterpret_cast<Syscall>(::dlsym(RTLD_NEXT, "syscall"));
+  va_list list;
+  va_start(list, number);
+  long arguments[6];
+  for (long& argument : arguments) {
+    argument = va_arg(list, long);
+  }
+  va_end(list);
+  return real(number, arguments[0], arguments[1], arguments[2], arguments[3], arguments[4], arguments[5]);
+}
+
+namespace doctor {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+constexpr auto kLong = 60s;
+constexpr auto kShort = 100ms;
+
+// As a library's crash: no handler of the test's own stands in the way.
+Answer DieOf(int signal) {
+  ::signal(signal, SIG_DFL);
+  ::raise(signal);
+  return {};
+}
+
+// False when nobody listens.
+bool Say(int descriptor, std::string_view words) {
+  while (!words.empty()) {
+    const ssize_t count = ::write(descriptor, words.data(), words.size());
+    if (count <= 0) {
+      return false;
+    }
+    words.remove_prefix(static_cast<std::size_t>(count));
+  }
+  return true;
+}
+
+Answer Hang() {
+  for (;;) {
+    ::pause();
+  }
+}
+
+bool HasChildren() {
+  return ::waitpid(-1, nullptr, WNOHANG) != -1 || errno != ECHILD;
+}
+
+bool IsAlive(pid_t process) {
+  std::ifstream status("/proc/" + std::to_string(process) + "/stat");
+  std::string number, name, state;
+  return (status >> number >> name >> state) && state != "Z";
+}
+
+bool Dies(pid_t process) {
+  const auto deadline = Clock::now() + 5s;
+  while (IsAlive(process) && Clock::now() < deadline) {
+    std::this_thread::sleep_for(1ms);
+  }
+  return !IsAlive(process);
+}
+
+TEST(Child, BringsTheAnswerOfItsWork) {
+  const Answer answers[] = {{}, {""}, {"one"}, {"one", "", "two\nlines", "\n"}, {std::string(300'000, 'x'), "end"}};
+  for (const Answer& answer : answers) {
+    const ChildResult result = RunInChild([&] { return answer; }, kLong);
+
+    EXPECT_EQ(result.end, ChildEnd::kFinished);
+    EXPECT_EQ(result.answer, answer);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.message, "");
+  }
+}
+
+TEST(Child, WhatItDoesIsItsOwn) {
+  int touched = 0;
+
+  const ChildResult result = RunInChild([&] { return Answer{std::to_string(++touched)}; }, kLong);
+
+  EXPECT_EQ(result.answer, Answer{"1"});
+  EXPECT_EQ(touched, 0);
+}
+
+TEST(Child, TellsWhatWasThrown) {
+  const ChildResult known = RunInChild([]() -> Answer { throw std::runtime_error("its\nwords"); }, kLong);
+  const ChildResult unknown = RunInChild([]() -> Answer { throw 42; }, kLong);
+
+  EXPECT_EQ(known.end, ChildEnd::kThrew);
+  EXPECT_EQ(known.message, "its\nwords");
+  EXPECT_EQ(unknown.end, ChildEnd::kThrewUnknown);
+  EXPECT_EQ(unknown.message, "");
+}
+
+TEST(Child, TellsWithWhatStatusItExited) {
+  for (const int status : {0, 1, 17, 255}) {
+    const ChildResult result = RunInChild([&]() -> Answer { ::_exit(status); }, kLong);
+
+    EXPECT_EQ(result.end, ChildEnd::kExited);
+    EXPECT_EQ(result.code, status);
+  }
+}
+
+TEST(Child, TellsWhichSignalEndedIt) {
+  for (const int signal : {SIGBUS, SIGSEGV, SIGABRT, SIGKILL}) {
+    const ChildResult result = RunInChild([&] { return DieOf(signal); }, kLong);
+
+    EXPECT_EQ(result.end, ChildEnd::kCrashed);
+    EXPECT_EQ(result.code, signal);
+  }
+}
+
+TEST(Child, IsEndedAtTheLimitAndNotMuchLater) {
+  const auto start = Clock::now();
+
+  const ChildResult result = RunInChild(Hang, kShort);
+
+  EXPECT_EQ(result.end, ChildEnd::kTimedOut);
+  EXPECT_GE(Clock::now() - start, kShort);
+  EXPECT_LT(Clock::now() - start, 5s);
+  EXPECT_FALSE(HasChildren());
+}
+
+TEST(Child, IsEndedAtTheLimitEvenWhenItTalksAllTheTime) {
+  const auto talk = []() -> Answer {
+    for (;;) {
+      Say(STDOUT_FILENO, "words ");
+    }
+  };
+
+  const ChildResult result = RunInChild(talk, kShort);
+
+  EXPECT_EQ(result.end, ChildEnd::kTimedOut);
+  EXPECT_EQ(result.output.size(), 65536U);
+}
+
+TEST(Child, ItsWordsAreKeptAsFarAsSixtyFourKibibytes) {
+  const auto say = [](std::size_t count) {
+    return RunInChild(
+        [=] {
+          Say(STDOUT_FILENO, std::string(count / 2, 'x'));
+          Say(STDERR_FILENO, std::string(count - count / 2, 'x'));
+          return Answer{"said"};
+        },
+        kLong);
+  };
+  for (const std::size_t count : {std::size_t{0}, std::size_t{5}, std::size_t{65536}, std::size_t{500'000}}) {
+    const ChildResult result = say(count);
+
+    EXPECT_EQ(result.end, ChildEnd::kFinished);
+    EXPECT_EQ(result.answer, Answer{"said"});
+    EXPECT_EQ(result.output.size(), std::min(count, std::size_t{65536}));
+  }
+}
+
+TEST(Child, ItsLastWordsBeforeACrashAreKept) {
+  const std::string words(60'000, 'x');
+  const auto crash = [&] {
+    Say(STDERR_FILENO, words);
+    return DieOf(SIGKILL);
+  };
+
+  // As much as a pipe holds, and often: it is read while the child ends.
+  for (int i = 0; i < 20; ++i) {
+    EXPECT_EQ(RunInChild(crash, kLong).output.size(), words.size());
+  }
+}
+
+TEST(Child, ReadsNothingAndDumpsNoCore) {
+  const auto look = [] {
+    char byte = 0;
+    rlimit core{};
+    ::getrlimit(RLIMIT_CORE, &core);
+    return Answer{std::to_string(::read(STDIN_FILENO, &byte, 1)), std::to_string(core.rlim_max)};
+  };
+
+  EXPECT_EQ(RunInChild(look, kLong).answer, (Answer{"0", "0"}));
+}
+
+TEST(Child, WhatItStartedEndsWithIt) {
+  const auto start = [] {
+    const pid_t grandchild = ::fork();
+    if (grandchild == 0) {
+      Hang();
+    }
+    return Answer{std::to_string(grandchild)};
+  };
+
+  const auto began = Clock::now();
+  const ChildResult result = RunInChild(start, kLong);
+
+  ASSERT_EQ(result.end, ChildEnd::kFinished);
+  EXPECT_LT(Clock::now() - began, 10s) << "the grandchild holds the pipes";
+  EXPECT_TRUE(Dies(std::stoi(result.answer.at(0))));
+}
+
+TEST(Child, SomethingItStartedThatLeavesItsGroupAndTalksForEverHoldsNobodyUp) {
+  const auto start = [] {
+    const pid_t grandchild = ::fork();
+    if (grandchild == 0) {
+      ::setsid();
+      while (Say(STDOUT_FILENO, "words ")) {
+      }
+      ::_exit(0);
+    }
+    std::this_thread::sleep_for(50ms);
+    return Answer{std::to_string(grandchild)};
+  };
+
+  const ChildResult result = RunInChild(start, 20s);
+
+  ASSERT_EQ(result.end, ChildEnd::kFinished);
+  EXPECT_EQ(result.output.size(), 65536U);
+  const pid_t grandchild = std::stoi(result.answer.at(0));
+  EXPECT_TRUE(Dies(grandchild)) << "nobody reads the pipe any more";
+  ::kill(grandchild, SIGKILL);
+}
+
+TEST(Child, LeavesNothingBehind) {
+  const std::size_t files = tests::OpenFiles();
+
+  static_cast<void>(RunInChild([] { return Answer{}; }, kLong));
+  static_cast<void>(RunInChild([]() -> Answer { throw 42; }, kLong));
+  static_cast<void>(RunInChild([] { return DieOf(SIGBUS); }, kLong));
+  static_cast<void>(RunInChild(Hang, 10ms));
+
+  EXPECT_EQ(tests::OpenFiles(), files);
+  EXPECT_FALSE(HasChildren());
+}
+
+TEST(Child, DoesNotOutliveTheProcessThatStartedIt) {
+  const tests::TempFolder folder;
+  const auto note = folder / "process";
+  // The process in between is killed while its own child hangs.
+  const pid_t between = ::fork();
+  if (between == 0) {
+    static_cast<void>(RunInChild(
+        [&] {
+          std::ofstream(note) << ::getpid() << std::flush;
+          return Hang();
+        },
+        kLong));
+    ::_exit(0);
+  }
+  pid_t process = 0;
+  for (const auto deadline = Clock::now() + 10s; process == 0 && Clock::now() < deadline;) {
+    std::ifstream(note) >> process;
+  }
+  ASSERT_NE(process, 0);
+  ASSERT_TRUE(IsAlive(process));
+
+  ::kill(between, SIGKILL);
+  ::waitpid(between, nullptr, 0);
+
+  EXPECT_TRUE(Dies(process));
+}
+
+TEST(Child, WorksWhereTheKernelCannotWatchAProcess) {
+  refuses_pidfd = true;
+
+  const ChildResult finished = RunInChild([] { return Answer{"done"}; }, kLong);
+  const ChildResult crashed = RunInChild([] { return DieOf(SIGBUS); }, kLong);
+  const ChildResult hung = RunInChild(Hang, kShort);
+  const auto closing = [] {
+    ::close(STDOUT_FILENO);
+    ::close(STDERR_FILENO);
+    std::this_thread::sleep_for(50ms);
+    return Answer{"late"};
+  };
+  const ChildResult late = RunInChild(closing, kLong);
+
+  refuses_pidfd = false;
+  EXPECT_EQ(finished.answer, Answer{"done"});
+  EXPECT_EQ(crashed.code, SIGBUS);
+  EXPECT_EQ(hung.end, ChildEnd::kTimedOut);
+  EXPECT_EQ(late.answer, Answer{"late"});
+}
+
+TEST(Child, WorksWhereStandardStreamsAreClosed) {
+  for (const auto& closed : {std::vector{0}, std::vector{0, 1}, std::vector{0, 2}, std::vector{0, 1, 2}}) {
+    const ChildResult outer = RunInChild(
+        [&] {
+          for (const int descriptor : closed) {
+            ::close(descriptor);
+          }
+          return RunInChild([] { return Answer{"inner"}; }, kLong).answer;
+        },
+        kLong);
+
+    EXPECT_EQ(outer.answer, Answer{"inner"}) << closed.size() << " closed";
+  }
+}
+
+TEST(Child, IsNotStartedWithoutDescriptorsToHearIt) {
+  const ChildResult outer = RunInChild(
+      [] {
+        const rlimit none{0, 0};
+        ::setrlimit(RLIMIT_NOFILE, &none);
+        const ChildResult inner = RunInChild([] { return Answer{}; }, kLong);
+        return Answer{inner.end == ChildEnd::kNotStarted ? "not started" : "started", std::to_string(inner.code)};
+      },
+      kLong);
+
+  EXPECT_EQ(outer.answer, (Answer{"not started", std::to_string(EMFILE)}));
+}
+
+TEST(Child, SignalsHaveTheirNames) {
+  EXPECT_EQ(SignalName(SIGBUS), "SIGBUS");
+  EXPECT_EQ(SignalName(SIGSEGV), "SIGSEGV");
+  EXPECT_EQ(SignalName(999), "signal 999");
+}
+
+}  // namespace
+}  // namespace doctor

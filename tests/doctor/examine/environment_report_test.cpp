@@ -1,0 +1,69 @@
+#include "doctor/examine/environment_report.h"
+
+#include <gtest/gtest.h>
+
+#include "doctor/judge/near_misses.h"
+#include "tests/support/scoped_environment.h"
+
+namespace doctor {
+namespace {
+
+using tests::ScopedEnvironment;
+
+std::string Story(const EnvironmentReport& report) {
+  std::string story;
+  for (const VariableReport& variable : report.variables) {
+    story += variable.name + " " + variable.value.value_or("(removed)") + " now " + variable.now.value_or("(not set)") +
+             "\n";
+  }
+  return story;
+}
+
+TEST(EnvironmentReport, TellsWhatALaunchSetsAndRemovesAndWhatIsThereNow) {
+  ScopedEnvironment environment;
+  environment.Set("DOTNET_MULTILEVEL_LOOKUP", "1").Remove("COMPlus_GCName").Set("DOTNET_GCName", "");
+  environment.Set("DOTNET_STARTUP_HOOKS", "\xff").Remove("DOTNET_EnableDiagnostics");
+
+  const EnvironmentReport report = ExamineEnvironment({});
+
+  EXPECT_EQ(Story(report),
+            "DOTNET_MULTILEVEL_LOOKUP 0 now 1\n"
+            "COMPlus_GCName (removed) now (not set)\n"
+            "DOTNET_GCName (removed) now \n"
+            "DOTNET_STARTUP_HOOKS (removed) now \xff\n"
+            "DOTNET_EnableDiagnostics 0 now (not set)\n");
+  EXPECT_EQ(tests::Variable("DOTNET_MULTILEVEL_LOOKUP"), "1") << "only looked at";
+}
+
+TEST(EnvironmentReport, TheLogFolderIsTheSettingsOrTheTemporaryOne) {
+  ScopedEnvironment environment;
+  environment.Set("TMP", "/t").Set("TEMP", "/temp");
+  SettingsReport settings;
+
+  EXPECT_EQ(ExamineEnvironment(settings).log_folder, "/t");
+  environment.Remove("TMP");
+  EXPECT_EQ(ExamineEnvironment(settings).log_folder, "/temp");
+  environment.Remove("TEMP");
+  EXPECT_EQ(ExamineEnvironment(settings).log_folder, "/tmp");
+  settings.log_folder = u"/log";
+  EXPECT_EQ(ExamineEnvironment(settings).log_folder, "/log");
+}
+
+TEST(EnvironmentNearMisses, AnEmptyTmpIsNamedWhereItDecides) {
+  ScopedEnvironment environment;
+  SettingsReport with_folder;
+  with_folder.log_folder = u"/log";
+
+  environment.Set("TMP", "");
+  const Warnings warnings = EnvironmentNearMisses({});
+  ASSERT_EQ(warnings.size(), 1U);
+  EXPECT_EQ(warnings[0].code, "tmp-empty");
+  EXPECT_TRUE(EnvironmentNearMisses(with_folder).empty());
+  environment.Set("TMP", "/t");
+  EXPECT_TRUE(EnvironmentNearMisses({}).empty());
+  environment.Remove("TMP");
+  EXPECT_TRUE(EnvironmentNearMisses({}).empty());
+}
+
+}  // namespace
+}  // namespace doctor

@@ -1,0 +1,216 @@
+#include "doctor/examine/runtime_report.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <system_error>
+
+#include "doctor/examine/text.h"
+#include "tests/doctor/server.h"
+#include "tests/support/runtime_tree.h"
+
+namespace doctor {
+namespace {
+
+using tests::RuntimeTree;
+
+std::string StandingName(Standing standing) {
+  switch (standing) {
+    case Standing::kChosen:
+      return "chosen";
+    case Standing::kGood:
+      return "good";
+    case Standing::kNotLoaded:
+      return "not loaded";
+    case Standing::kRefused:
+      return "refused";
+    case Standing::kFatal:
+      return "fatal";
+  }
+  return {};
+}
+
+// "6.0.2 chosen; 6.0.1 refused cut-short"
+std::string Story(const RuntimeReport& report) {
+  std::string story;
+  for (const VersionReport& version : report.versions) {
+    story += (story.empty() ? "" : "; ") + version.name + " " + StandingName(version.standing) +
+             (version.reason.empty() ? "" : " " + version.reason);
+  }
+  return story;
+}
+
+// What loading finds, by version; good for those that are not named.
+LibraryProber Finds(std::map<std::string, LibraryProbe> probes) {
+  return [probes = std::move(probes)](const tov::WideString& path) {
+    const std::string version = std::filesystem::path(Bytes(path)).parent_path().filename();
+    const auto found = probes.find(version);
+    return found != probes.end() ? found->second : LibraryProbe{{ChildEnd::kFinished}};
+  };
+}
+
+LibraryProbe Ends(ChildEnd end, int code = 0, std::string message = {}) {
+  return {{end, code, {}, std::move(message)}};
+}
+
+RuntimeReport Examine(const RuntimeTree& runtime, const LibraryProber& prober) {
+  return ExamineRuntime(Wide(runtime.Root().string()), prober);
+}
+
+TEST(RuntimeReport, CandidatesComeAsALaunchTriesThemAndTheOthersByName) {
+  RuntimeTree runtime;
+  runtime.AddHost("6.0.9").AddHost("6.0.36").AddHost("7.0.1").AddFolder("backup").AddFolder("6.0.1");
+
+  const RuntimeReport report = Examine(runtime, Finds({}));
+
+  EXPECT_EQ(Story(report),
+            "6.0.36 chosen; 6.0.9 good; 6.0.1 refused no-library; 7.0.1 refused wrong-prefix; "
+            "backup refused wrong-prefix");
+  EXPECT_EQ(report.Decisive(), &report.versions[0]);
+  EXPECT_TRUE(report.versions[1].is_candidate);
+  EXPECT_FALSE(report.versions[2].is_candidate);
+  EXPECT_EQ(Bytes(report.versions[0].library), runtime.HostFile("6.0.36").string());
+}
+
+TEST(RuntimeReport, EveryRefusalHasItsReason) {
+  struct Row {
+    const char* reason;
+    const char* detail;
+    void (*lay)(RuntimeTree& runtime);
+  };
+  const Row rows[] = {
+      {"no-library", "libhostfxr.so: ", [](RuntimeTree& tree) { tree.AddFolder("6.0.1"); }},
+      {"library-is-link", "libhostfxr.so is a symbolic link",
+       [](RuntimeTree& tree) { tree.AddLink("6.0.1/libhostfxr.so", tests::HostLibrary()); }},
+      {"library-is-no-file", "libhostfxr.so is no regular file",
+       [](RuntimeTree& tree) { tree.AddFolder("6.0.1/libhostfxr.so"); }},
+      {"not-elf", "not an ELF file", [](RuntimeTree& tree) { tree.AddHostOfBytes("6.0.1", std::string(999, 'x')); }},
+      {"other-machine", "built for another machine or word size",
+       [](RuntimeTree& tree) { tree.AddHostOfBytes("6.0.1", tests::ArmLibrary()); }},
+      {"cut-short", "cut short: needs at least 4096 bytes, has 120",
+       [](RuntimeTree& tree) { tree.AddHostOfBytes("6.0.1", tests::CutLibrary()); }},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.reason);
+    RuntimeTree runtime;
+    row.lay(runtime);
+
+    const RuntimeReport report = Examine(runtime, Finds({}));
+
+    EXPECT_EQ(report.versions.at(0).name, "6.0.1");
+    EXPECT_EQ(report.versions.at(0).standing, Standing::kRefused);
+    EXPECT_EQ(report.versions.at(0).reason, row.reason);
+    EXPECT_TRUE(report.versions.at(0).detail.starts_with(row.detail)) << report.versions.at(0).detail;
+    EXPECT_EQ(report.Decisive(), nullptr);
+  }
+}
+
+TEST(RuntimeReport, EveryEndOfLoadingIsAFinding) {
+  struct Row {
+    const char* story;
+    const char* detail;
+    LibraryProbe probe;
+  };
+  const Row rows[] = {
+      {"6.0.2 refused load-failed; 6.0.1 chosen",
+       "the loader's words",
+       {{ChildEnd::kFinished}, "the loader's words", ""}},
+      {"6.0.2 refused function-missing; 6.0.1 chosen",
+       "lacks the function hostfxr_close",
+       {{ChildEnd::kFinished}, "undefined symbol", "hostfxr_close"}},
+      {"6.0.2 fatal threw; 6.0.1 good", "threw an exception while loading: its words",
+       Ends(ChildEnd::kThrew, 0, "its words")},
+      {"6.0.2 fatal threw; 6.0.1 good", "threw an exception while loading", Ends(ChildEnd::kThrewUnknown)},
+      {"6.0.2 fatal exited; 6.0.1 good", "ended the process while loading, with status 17",
+       Ends(ChildEnd::kExited, 17)},
+      {"6.0.2 fatal crashed; 6.0.1 good", "crashed while loading: SIGBUS", Ends(ChildEnd::kCrashed, SIGBUS)},
+      {"6.0.2 fatal timed-out; 6.0.1 good", "did not come back from loading within the time limit",
+       Ends(ChildEnd::kTimedOut)},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.detail);
+    RuntimeTree runtime;
+    runtime.AddHost("6.0.2").AddHost("6.0.1");
+
+    const RuntimeReport report = Examine(runtime, Finds({{"6.0.2", row.probe}}));
+
+    EXPECT_EQ(Story(report), row.story);
+    EXPECT_EQ(report.versions.at(0).detail, row.detail);
+    EXPECT_EQ(report.versions.at(0).child.end, row.probe.child.end);
+  }
+}
+
+TEST(RuntimeReport, WhatIsFatalAfterTheChosenOneDoesNotDecide) {
+  RuntimeTree runtime;
+  runtime.AddHost("6.0.2").AddHost("6.0.1");
+
+  const RuntimeReport report = Examine(runtime, Finds({{"6.0.1", Ends(ChildEnd::kCrashed, SIGSEGV)}}));
+
+  EXPECT_EQ(Story(report), "6.0.2 chosen; 6.0.1 fatal crashed");
+  EXPECT_EQ(report.decisive, 0U);
+}
+
+TEST(RuntimeReport, WithoutAChildToLoadInThereIsNoReport) {
+  RuntimeTree runtime;
+  runtime.AddHost("6.0.1");
+
+  EXPECT_THROW(Examine(runtime, Finds({{"6.0.1", Ends(ChildEnd::kNotStarted, EAGAIN)}})), std::system_error);
+}
+
+TEST(RuntimeReport, WithoutAProberNothingIsLoadedAndTheFirstSoundOneDecides) {
+  RuntimeTree runtime;
+  runtime.AddHostOfBytes("6.0.3", "text").AddHost("6.0.2").AddHost("6.0.1");
+
+  const RuntimeReport report = Examine(runtime, {});
+
+  EXPECT_EQ(Story(report), "6.0.3 refused not-elf; 6.0.2 not loaded; 6.0.1 not loaded");
+  EXPECT_EQ(report.decisive, 1U);
+}
+
+TEST(RuntimeReport, NothingIsLoadedFromARelativeRoot) {
+  RuntimeTree runtime;
+  runtime.AddHost("6.0.1");
+  const auto relative = std::filesystem::relative(runtime.Root());
+
+  const RuntimeReport report = ExamineRuntime(Wide(relative.string()), Finds({}));
+
+  EXPECT_EQ(Story(report), "6.0.1 refused relative-path");
+}
+
+TEST(RuntimeReport, AFolderThatIsMetTwiceIsToldOnce) {
+  RuntimeTree runtime;
+  runtime.AddHost("6.0.1").AddFile("6.0.1/below/file").AddFile("6.0.1/file");
+
+  const RuntimeReport report = Examine(runtime, Finds({}));
+
+  EXPECT_EQ(Story(report), "6.0.1 chosen; below refused wrong-prefix");
+}
+
+TEST(RuntimeReport, NamesThatAreNotUtf8AreToldTogether) {
+  RuntimeTree runtime;
+  runtime.AddHost("6.0.1").AddFolder("caf\xe9").AddHost("6.0.\xff");
+
+  const RuntimeReport report = Examine(runtime, Finds({}));
+
+  EXPECT_EQ(Story(report), "6.0.1 chosen;  refused not-utf8");
+}
+
+TEST(RuntimeReport, TheFolderItselfMayBeWhatIsWrong) {
+  RuntimeTree linked;
+  RuntimeTree empty;
+  std::filesystem::remove(linked.FxrFolder());
+  std::filesystem::create_symlink(empty.FxrFolder(), linked.FxrFolder());
+  RuntimeTree file;
+  std::filesystem::remove(file.FxrFolder());
+  tests::WriteFile(file.FxrFolder(), "text");
+  RuntimeTree none;
+  std::filesystem::remove(none.FxrFolder());
+
+  EXPECT_EQ(Examine(linked, {}).discovery.state, netloader::FxrFolderState::kIsLink);
+  EXPECT_EQ(Examine(file, {}).discovery.state, netloader::FxrFolderState::kNotAFolder);
+  EXPECT_EQ(Examine(none, {}).discovery.state, netloader::FxrFolderState::kNoStatus);
+  EXPECT_EQ(Examine(empty, {}).discovery.state, netloader::FxrFolderState::kWalked);
+}
+
+}  // namespace
+}  // namespace doctor

@@ -1,0 +1,128 @@
+#include "doctor/judge/diagnosis.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+
+#include "tests/doctor/server.h"
+#include "tests/support/scoped_environment.h"
+#include "tests/support/settings_file.h"
+#include "tests/support/temp_folder.h"
+
+namespace doctor {
+namespace {
+
+using namespace std::chrono_literals;
+using tests::Oddity;
+using tests::Server;
+
+Question Installed() {
+  Question question;
+  question.settings_path = tests::kSettingsPath;
+  return question;
+}
+
+std::string Codes(const Diagnosis& diagnosis) {
+  std::string codes;
+  for (const Warning& warning : diagnosis.warnings) {
+    codes += (codes.empty() ? "" : " ") + warning.code;
+  }
+  return codes;
+}
+
+TEST(Diagnosis, AHealthyServerRuns) {
+  Server server;
+  server.Healthy();
+
+  const Diagnosis diagnosis = Diagnose(Installed());
+
+  EXPECT_EQ(diagnosis.verdict.outcome, Outcome::kRuns);
+  EXPECT_TRUE(diagnosis.verdict.is_probed);
+  EXPECT_TRUE(diagnosis.application.context && diagnosis.application.context->IsUsable());
+  EXPECT_EQ(Codes(diagnosis), "");
+}
+
+TEST(Diagnosis, WarningsFollowTheRoad) {
+  Server server;
+  server.Healthy().Settings("X=1\nX=2\nDotnetRootFolder=/opt/morvath/dotnet\n").Host("7.0.1");
+  server.Remove("/opt/morvath/dotnet/shared");
+  tests::ScopedEnvironment environment;
+  environment.Set("TMP", "");
+
+  EXPECT_EQ(Codes(Diagnose(Installed())), "key-given-twice other-runtime tmp-empty missing-framework");
+}
+
+TEST(Diagnosis, AnotherRootTakesThePlaceOfTheSettingsOne) {
+  Server server;
+  server.Healthy().Settings("DotnetRootFolder=/nothing/there\n");
+  Question question = Installed();
+
+  EXPECT_EQ(Diagnose(question).verdict.outcome, Outcome::kStatus255);
+  question.root = tests::kRoot;
+  EXPECT_EQ(Diagnose(question).verdict.outcome, Outcome::kRuns);
+}
+
+TEST(Diagnosis, OtherSettingsTakeThePlaceOfTheInstalledOnes) {
+  Server server;
+  server.Healthy();
+  const tests::TempFolder folder;
+  tests::WriteFile(folder / "settings.ini", "DotnetRootFolder=/nothing/there\n");
+  Question question = Installed();
+  question.settings_path = folder / "settings.ini";
+
+  EXPECT_EQ(Diagnose(question).verdict.outcome, Outcome::kStatus255);
+}
+
+TEST(Diagnosis, NoContextIsCreatedWhereALaunchDoesNotComeThatFar) {
+  Server server;
+  server.Healthy().OddHost("6.0.99", Oddity::kExits);
+
+  const Diagnosis diagnosis = Diagnose(Installed());
+
+  EXPECT_EQ(diagnosis.verdict.outcome, Outcome::kExits);
+  EXPECT_EQ(diagnosis.verdict.code, 17);
+  EXPECT_FALSE(diagnosis.application.context);
+}
+
+TEST(Diagnosis, WithoutProbingNothingIsLoaded) {
+  Server server;
+  server.Healthy().OddHost("6.0.99", Oddity::kExits);
+  const tests::StandInHost host;
+  const tests::ScopedEnvironment environment(host.Environment());
+  Question question = Installed();
+  question.probe = false;
+
+  const Diagnosis diagnosis = Diagnose(question);
+
+  EXPECT_EQ(diagnosis.verdict.outcome, Outcome::kRuns);
+  EXPECT_FALSE(diagnosis.verdict.is_probed);
+  EXPECT_FALSE(diagnosis.application.context);
+  EXPECT_TRUE(host.Calls().empty());
+}
+
+TEST(Diagnosis, ALibraryThatHangsIsAFindingAtTheLimit) {
+  Server server;
+  server.Healthy().OddHost("6.0.99", Oddity::kHangs);
+  Question question = Installed();
+  question.limit = 200ms;
+
+  const Diagnosis diagnosis = Diagnose(question);
+
+  EXPECT_EQ(diagnosis.verdict.outcome, Outcome::kHangs);
+  EXPECT_EQ(diagnosis.runtime->versions.at(0).reason, "timed-out");
+}
+
+TEST(Diagnosis, ThereIsOneOfNothingAtAll) {
+  const Server server;
+
+  const Diagnosis diagnosis = Diagnose(Installed());
+
+  EXPECT_EQ(diagnosis.verdict.outcome, Outcome::kAborts);
+  EXPECT_FALSE(diagnosis.runtime);
+  EXPECT_EQ(diagnosis.application.assembly_file.state, FileState::kMissing);
+  EXPECT_EQ(diagnosis.environment.variables.size(), 5U);
+}
+
+}  // namespace
+}  // namespace doctor

@@ -1,0 +1,247 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "doctor/examine/runtime_report.h"
+#include "doctor/examine/text.h"
+#include "doctor/judge/near_misses.h"
+#include "tests/doctor/server.h"
+#include "tests/support/runtime_tree.h"
+#include "tests/support/without_reading_everything.h"
+
+namespace doctor {
+namespace {
+
+namespace fs = std::filesystem;
+using tests::RuntimeTree;
+
+// Nothing is loaded: none of them needs it.
+Warnings Misses(const fs::path& root) {
+  return RuntimeNearMisses(ExamineRuntime(Wide(root.string()), {}));
+}
+
+// "code place", in order, places relative to host/fxr; the warnings' words in the order of the codes.
+std::string Names(const Warnings& warnings, const RuntimeTree& runtime) {
+  std::string names;
+  for (const Warning& warning : warnings) {
+    std::string place = fs::path(warning.place).lexically_relative(runtime.FxrFolder());
+    if (place.ends_with("/libhostfxr.so")) {
+      place = fs::path(place).parent_path();
+    }
+    names += (names.empty() ? "" : ", ") + warning.code + " " + place;
+    EXPECT_NE(warning.text, "");
+    EXPECT_NE(warning.cure, "");
+  }
+  return names;
+}
+
+TEST(RuntimeNearMisses, AreNamedWithTheirPlace) {
+  struct Row {
+    const char* name;
+    const char* misses;
+    void (*lay)(RuntimeTree& runtime);
+  };
+  const Row rows[] = {
+      {"a version folder is a link", "folder-is-link 6.0.2",
+       [](RuntimeTree& tree) { tree.AddHost("6.0.1").AddLink("6.0.2", tree.FxrFolder() / "6.0.1"); }},
+      {"the library is a link", "library-is-link 6.0.2",
+       [](RuntimeTree& tree) { tree.AddHost("6.0.1").AddLink("6.0.2/libhostfxr.so", tree.HostFile("6.0.1")); }},
+      {"octal", "octal-number 6.0.010", [](RuntimeTree& tree) { tree.AddHost("6.0.010"); }},
+      {"octal without an octal digit", "octal-number 6.0.08", [](RuntimeTree& tree) { tree.AddHost("6.0.08"); }},
+      {"octal zero", "octal-number 6.0.00", [](RuntimeTree& tree) { tree.AddHost("6.0.00"); }},
+      {"hexadecimal", "hexadecimal-number 6.0.0x10", [](RuntimeTree& tree) { tree.AddHost("6.0.0x10"); }},
+      {"hexadecimal in capitals", "hexadecimal-number 6.0.0X1", [](RuntimeTree& tree) { tree.AddHost("6.0.0X1"); }},
+      {"no number", "no-number 6.0.new", [](RuntimeTree& tree) { tree.AddHost("6.0.new"); }},
+      {"no tail at all", "no-number 6.0.", [](RuntimeTree& tree) { tree.AddHost("6.0."); }},
+      {"against the order of the numbers", "octal-number 6.0.010, odd-order .",
+       [](RuntimeTree& tree) { tree.AddHost("6.0.010").AddHost("6.0.9"); }},
+      {"other machine", "other-machine 6.0.2",
+       [](RuntimeTree& tree) { tree.AddHostOfBytes("6.0.2", tests::ArmLibrary()); }},
+      {"cut short", "cut-short 6.0.2", [](RuntimeTree& tree) { tree.AddHostOfBytes("6.0.2", tests::CutLibrary()); }},
+      {"a newer runtime", "other-runtime 7.0.20", [](RuntimeTree& tree) { tree.AddHost("7.0.20"); }},
+      {"an older runtime", "other-runtime 3.1.32", [](RuntimeTree& tree) { tree.AddHost("3.1.32"); }},
+      {"a runtime of nearly that name", "other-runtime 6.1.0", [](RuntimeTree& tree) { tree.AddHost("6.1.0"); }},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    RuntimeTree runtime;
+    row.lay(runtime);
+
+    EXPECT_EQ(Names(Misses(runtime.Root()), runtime), row.misses);
+  }
+}
+
+TEST(RuntimeNearMisses, WhatIsMeantIsNone) {
+  struct Row {
+    const char* name;
+    void (*lay)(RuntimeTree& runtime);
+  };
+  const Row rows[] = {
+      {"one version", [](RuntimeTree& tree) { tree.AddHost("6.0.36"); }},
+      {"several versions", [](RuntimeTree& tree) { tree.AddHost("6.0.9").AddHost("6.0.10").AddHost("6.0.100"); }},
+      {"zero", [](RuntimeTree& tree) { tree.AddHost("6.0.0").AddHost("6.0.1"); }},
+      {"a preview", [](RuntimeTree& tree) { tree.AddHost("6.0.0-preview.1").AddHost("6.0.1"); }},
+      {"text in a library's place, which is told already",
+       [](RuntimeTree& tree) { tree.AddHostOfBytes("6.0.1", "text"); }},
+      {"another folder", [](RuntimeTree& tree) { tree.AddHost("backup").AddHost("6.0.1"); }},
+      {"another version without a library", [](RuntimeTree& tree) { tree.AddFolder("7.0.1"); }},
+      {"a link to a file", [](RuntimeTree& tree) { tree.AddHost("6.0.1").AddLink("x", tree.HostFile("6.0.1")); }},
+      {"a link to nothing", [](RuntimeTree& tree) { tree.AddLink("x", "/nothing/there"); }},
+      {"nothing", [](RuntimeTree&) {}},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    RuntimeTree runtime;
+    row.lay(runtime);
+
+    EXPECT_EQ(Names(Misses(runtime.Root()), runtime), "");
+  }
+}
+
+TEST(RuntimeNearMisses, AnotherRuntimeNeedsNoCureBesideOneThatFits) {
+  RuntimeTree runtime;
+  runtime.AddHost("7.0.1");
+
+  EXPECT_TRUE(Misses(runtime.Root()).at(0).cure.starts_with("install "));
+  runtime.AddHost("6.0.1");
+  EXPECT_TRUE(Misses(runtime.Root()).at(0).cure.starts_with("nothing"));
+}
+
+TEST(RuntimeNearMisses, EqualNumbersAreNamedTogether) {
+  RuntimeTree runtime;
+  runtime.AddHost("6.0.8").AddHost("6.0.010").AddHost("6.0.7");
+
+  const Warnings warnings = Misses(runtime.Root());
+
+  const auto found = std::ranges::find(warnings, "equal-numbers", &Warning::code);
+  ASSERT_NE(found, warnings.end());
+  EXPECT_NE(found->text.find("6.0.010"), std::string::npos);
+  EXPECT_NE(found->text.find("6.0.8"), std::string::npos);
+  EXPECT_EQ(found->text.find("6.0.7"), std::string::npos);
+}
+
+TEST(RuntimeNearMisses, ANumberIsToldAsItIsRead) {
+  struct Row {
+    const char* version;
+    const char* text;
+  };
+  const Row rows[] = {{"6.0.010", "'010' is read as octal: 8"},
+                      {"6.0.0x10", "'0x10' is read as hexadecimal: 16"},
+                      {"6.0.x", "'x' is read as no number at all, and counts as 0"}};
+  for (const Row& row : rows) {
+    RuntimeTree runtime;
+    runtime.AddHost(row.version);
+
+    EXPECT_EQ(Misses(runtime.Root()).at(0).text, row.text);
+  }
+}
+
+TEST(RuntimeNearMisses, TheFxrFolderMayBeALink) {
+  RuntimeTree real;
+  real.AddHost("6.0.1");
+  RuntimeTree linked;
+  fs::remove(linked.FxrFolder());
+  fs::create_symlink(real.FxrFolder(), linked.FxrFolder());
+
+  EXPECT_EQ(Names(Misses(linked.Root()), linked), "folder-is-link .");
+  EXPECT_EQ(Names(Misses(real.Root()), real), "");
+}
+
+TEST(RuntimeNearMisses, AFolderThatTheUserCannotEnterIsNamed) {
+  struct Row {
+    const char* name;
+    const char* closed;
+    mode_t mode;
+  };
+  const Row rows[] = {{"a version", "6.0.2", 0}, {"a version, readable only", "6.0.2", 0444}, {"host/fxr", ".", 0},
+                      {"host", "..", 0},         {"host, readable only", "..", 0644},         {"the root", "../..", 0}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    RuntimeTree runtime;
+    runtime.AddHost("6.0.1").AddHost("6.0.2");
+    const tests::WithoutReadingEverything user;
+    const fs::path closed = (runtime.FxrFolder() / row.closed).lexically_normal();
+    ::chmod(closed.c_str(), row.mode);
+
+    const Warnings warnings = Misses(runtime.Root());
+
+    ::chmod(closed.c_str(), 0755);
+    ASSERT_EQ(warnings.size(), 1U);
+    EXPECT_EQ(warnings[0].code, "folder-not-entered");
+    EXPECT_EQ(fs::path(warnings[0].place + "/").lexically_normal(), fs::path(closed.string() + "/").lexically_normal());
+    EXPECT_TRUE(Misses(runtime.Root()).empty());
+  }
+}
+
+TEST(RuntimeNearMisses, ARelativeRootIsNamed) {
+  RuntimeTree runtime;
+  runtime.AddHost("6.0.1");
+  const fs::path relative = fs::relative(runtime.Root());
+
+  const Warnings warnings = Misses(relative);
+
+  ASSERT_EQ(warnings.size(), 1U);
+  EXPECT_EQ(warnings[0].code, "relative-root");
+  EXPECT_EQ(warnings[0].place, relative.string());
+}
+
+TEST(RuntimeNearMisses, ARootThatIsAHostFolderIsNamedWithTheRootThatWasMeant) {
+  RuntimeTree runtime;
+  runtime.AddHost("6.0.1");
+  for (const char* end : {"host/fxr", "host/fxr/", "host", "host//"}) {
+    SCOPED_TRACE(end);
+    const Warnings warnings = Misses(runtime.Root() / end);
+
+    ASSERT_EQ(warnings.size(), 1U);
+    EXPECT_EQ(warnings[0].code, "root-is-fxr");
+    EXPECT_EQ(warnings[0].cure, "name the installation's folder: " + runtime.Root().string());
+  }
+}
+
+TEST(RuntimeNearMisses, ARootThatIsOnlyCalledHostIsNone) {
+  const tests::TempFolder folder;
+  fs::create_directories(folder / "host/host/fxr/6.0.1");
+
+  EXPECT_TRUE(Misses(folder / "host").empty());
+}
+
+TEST(RuntimeNearMisses, ARootThatIsTheDotnetCommandIsNamedWithTheFolderItIsIn) {
+  RuntimeTree runtime;
+  tests::WriteFile(runtime.Root() / "dotnet", "");
+  fs::create_directories(runtime.Root() / "bin");
+  fs::create_symlink(runtime.Root() / "dotnet", runtime.Root() / "bin/dotnet");
+  for (const char* file : {"dotnet", "bin/dotnet"}) {
+    SCOPED_TRACE(file);
+    const Warnings warnings = Misses(runtime.Root() / file);
+
+    ASSERT_EQ(warnings.size(), 1U);
+    EXPECT_EQ(warnings[0].code, "root-is-file");
+    EXPECT_EQ(warnings[0].cure, "name the folder that holds it: " + fs::canonical(runtime.Root()).string());
+  }
+}
+
+TEST(RuntimeNearMisses, PlacesAndNamesArePrintable) {
+  RuntimeTree runtime;
+  runtime.AddHost("6.0.\033[31m").AddHost("6.0.\n").AddHost("7.0.\r");
+
+  for (const Warning& warning : Misses(runtime.Root())) {
+    for (const std::string& text : {warning.place, warning.text, warning.cure}) {
+      EXPECT_TRUE(std::ranges::none_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x20; })) << text;
+    }
+  }
+}
+
+TEST(RuntimeNearMisses, ANameThatIsNoTextHasNoNumber) {
+  RuntimeTree alone;
+  alone.AddHost("6.0.\xed\xa0\x80");
+  RuntimeTree bytes;
+  bytes.AddHost("6.0.\xff");
+
+  EXPECT_EQ(Names(Misses(alone.Root()), alone), "");
+  EXPECT_EQ(Names(Misses(bytes.Root()), bytes), "");
+}
+
+}  // namespace
+}  // namespace doctor

@@ -1,0 +1,139 @@
+#include "doctor/report/page.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "doctor/examine/text.h"
+
+namespace doctor {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+Lines LinesOf(const std::string& text) {
+  Lines lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) {
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+std::string Repeated(std::string_view text, std::size_t times) {
+  std::string all;
+  for (std::size_t i = 0; i < times; ++i) {
+    all += text;
+  }
+  return all;
+}
+
+TEST(Page, TextIsBrokenBetweenWordsAndInsideOfThemOnlyWhereOneIsTooLong) {
+  EXPECT_EQ(Wrapped("", 5), (Lines{""}));
+  EXPECT_EQ(Wrapped("12345", 5), (Lines{"12345"}));
+  EXPECT_EQ(Wrapped("12345 7", 5), (Lines{"12345", "7"}));
+  EXPECT_EQ(Wrapped("12 45 78", 5), (Lines{"12 45", "78"}));
+  EXPECT_EQ(Wrapped("123456789ab", 5), (Lines{"12345", "6789a", "b"}));
+  EXPECT_EQ(Wrapped("12   67", 5), (Lines{"12  ", "67"}));
+  EXPECT_EQ(Wrapped(" 23456", 5), (Lines{" 2345", "6"}));
+  EXPECT_EQ(Wrapped("\u00e4\u00e4\u00e4\u00e4", 3), (Lines{"\u00e4\u00e4\u00e4", "\u00e4"}));
+}
+
+TEST(Page, NoLineIsLongerThanThePage) {
+  const std::string word = Repeated("x", 1000);
+  const std::string umlauts = Repeated("\u00e4", 1000);
+  const std::string blanks = Repeated(" ", 1000);
+  const std::string sentence = Repeated("words of many lengths ", 50);
+  for (const std::string& text : {word, umlauts, blanks, sentence, " " + word, word + " a", std::string()}) {
+    SCOPED_TRACE(text.substr(0, 20));
+    Page page(false);
+
+    page.Heading(text.substr(0, 50), text);
+    page.Paragraph(text, 4);
+    page.Table({{{text}, {text}, {text}}, {{"a"}, {text}, {"c"}}}, 2);
+
+    for (const std::string& line : LinesOf(page.Text())) {
+      EXPECT_LE(Columns(line), kPageWidth) << line;
+    }
+  }
+}
+
+TEST(Page, ALineMayTakeTheWholePage) {
+  Page page(false);
+
+  page.Paragraph(Repeated("x", 96) + " yy", 4);
+  page.Paragraph(Repeated("x", 97), 4);
+
+  EXPECT_EQ(LinesOf(page.Text()), (Lines{"    " + Repeated("x", 96), "    yy", "    " + Repeated("x", 96), "    x"}));
+}
+
+TEST(Page, ColumnsAreAlignedAndNothingFollowsTheLastWord) {
+  Page page(false);
+
+  page.Table({{{"a"}, {"bb"}, {"c"}}, {{"\u00e4\u00e4\u00e4"}, {"b"}, {""}}, {{""}, {""}, {"c"}}}, 2);
+
+  EXPECT_EQ(LinesOf(page.Text()), (Lines{"  a    bb  c", "  \u00e4\u00e4\u00e4  b", "           c"}));
+}
+
+TEST(Page, ACellTooLongForItsColumnGoesOnBelow) {
+  Page page(false);
+
+  page.Table({{{Repeated("a", 33)}, {Repeated("b", 70)}}}, 0);
+
+  EXPECT_EQ(LinesOf(page.Text()),
+            (Lines{Repeated("a", 32) + "  " + Repeated("b", 66), std::string("a").append(33, ' ').append("bbbb")}));
+}
+
+TEST(Page, ATableWithoutRowsIsNothing) {
+  Page page(false);
+
+  page.Table({}, 2);
+
+  EXPECT_EQ(page.Text(), "");
+}
+
+TEST(Page, AHeadingStandsAfterAnEmptyLineWithItsSubjectBelow) {
+  Page page(false);
+
+  page.Heading("1. Settings", "/file");
+  page.Heading("2. Runtime", "");
+
+  EXPECT_EQ(page.Text(), "\n1. Settings\n  /file\n\n2. Runtime\n");
+}
+
+TEST(Page, ColoursAreThereOnlyWhenAskedForAndEndWhereTheirTextEnds) {
+  struct Row {
+    Paint paint;
+    const char* color;
+  };
+  const Row rows[] = {{Paint::kStrong, "\033[1m"},
+                      {Paint::kGood, "\033[32m"},
+                      {Paint::kBad, "\033[31m"},
+                      {Paint::kOdd, "\033[33m"},
+                      {Paint::kFaint, "\033[2m"}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.color + 1);
+    Page colored(true);
+    Page plain(false);
+
+    colored.Paragraph("text", 2, row.paint);
+    plain.Paragraph("text", 2, row.paint);
+
+    EXPECT_EQ(colored.Text(), std::string("  ") + row.color + "text\033[0m\n");
+    EXPECT_EQ(plain.Text(), "  text\n");
+  }
+  Page page(true);
+  page.Paragraph("text", 0, Paint::kPlain);
+  EXPECT_EQ(page.Text(), "text\n");
+}
+
+TEST(Page, ColoursDoNotCountAsColumns) {
+  Page page(true);
+
+  page.Table({{{"a", Paint::kGood}, {"b", Paint::kBad}}, {{"aa"}, {"b"}}}, 0);
+
+  EXPECT_EQ(LinesOf(page.Text()), (Lines{"\033[32ma\033[0m   \033[31mb\033[0m", "aa  b"}));
+}
+
+}  // namespace
+}  // namespace doctor

@@ -1,0 +1,141 @@
+#include "doctor/report/text_report.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "doctor/examine/text.h"
+#include "doctor/report/page.h"
+
+namespace doctor {
+namespace {
+
+std::size_t Count(std::string_view text, std::string_view what) {
+  std::size_t count = 0;
+  for (auto at = text.find(what); at != std::string_view::npos; at = text.find(what, at + 1)) {
+    ++count;
+  }
+  return count;
+}
+
+TEST(TextReport, TheVerdictComesFirstThenWhatToDoThenTheWarnings) {
+  Diagnosis diagnosis;
+  diagnosis.verdict = {Outcome::kStatus255, "no root", {}, 255, "Write one."};
+  diagnosis.warnings = {{"code", "line 1", "is odd", "make it even"}};
+
+  const std::string text = TextReport(diagnosis, false);
+
+  EXPECT_TRUE(
+      text.starts_with("A launch would end with status 255: no root\n"
+                       "  Write one.\n"
+                       "  The warnings below may name the cause.\n"
+                       "\n"
+                       "Warnings\n"))
+      << text;
+  EXPECT_LT(text.find("line 1: is odd"), text.find("-> make it even"));
+  EXPECT_LT(text.find("-> make it even"), text.find("1. Settings"));
+}
+
+TEST(TextReport, LongListsAreShortenedButLinesThatMatterStay) {
+  Diagnosis diagnosis;
+  diagnosis.verdict = {Outcome::kRuns};
+  diagnosis.settings.is_open = true;
+  for (std::size_t line = 1; line <= 100; ++line) {
+    diagnosis.settings.entries.push_back({line, "Other", "x", LineUse::kUnused});
+  }
+  diagnosis.settings.entries.push_back({101, "DotnetRootFolder", "/r", LineUse::kUsed});
+  RuntimeReport& runtime = diagnosis.runtime.emplace();
+  runtime.versions.resize(41);
+  diagnosis.warnings.resize(42, {"code", "place", "text", "cure"});
+
+  const std::string text = TextReport(diagnosis, false);
+
+  EXPECT_EQ(Count(text, "not used  'Other'"), 40U) << text;
+  EXPECT_NE(text.find("and 60 lines more that are not used"), std::string::npos) << text;
+  EXPECT_NE(text.find("'DotnetRootFolder' = '/r'"), std::string::npos);
+  EXPECT_NE(text.find("and 1 folders more"), std::string::npos) << text;
+  EXPECT_EQ(Count(text, "place: text"), 40U);
+  EXPECT_NE(text.find("and 2 more"), std::string::npos);
+}
+
+TEST(TextReport, AnOverlongValueIsShortenedAndCounted) {
+  constexpr std::size_t kOthers = 0;
+  Diagnosis diagnosis;
+  diagnosis.verdict = {Outcome::kRuns};
+  diagnosis.settings.is_open = true;
+  diagnosis.settings.entries = {{1, "k", std::string(200, 'x'), LineUse::kUnused},
+                                {2, "k", std::string(203, 'y'), LineUse::kUnused}};
+
+  const std::string text = TextReport(diagnosis, false);
+
+  EXPECT_EQ(Count(text, "x"), 200U + kOthers) << text;
+  EXPECT_NE(text.find("and 3 bytes more"), std::string::npos) << text;
+}
+
+TEST(TextReport, FitsThePageAndHoldsNoControlsWhateverTheBytes) {
+  const std::string bytes = "\033[2J\r\xff" + std::string(300, 'x') + "\n" + std::string(300, ' ');
+  Diagnosis diagnosis;
+  diagnosis.verdict = {Outcome::kAborts, "reason", bytes, 0, "cure"};
+  diagnosis.settings = {bytes, true, bytes, bytes, {{1, bytes, bytes, LineUse::kMalformed}}, {}, {}};
+  RuntimeReport& runtime = diagnosis.runtime.emplace();
+  VersionReport& version = runtime.versions.emplace_back();
+  version.name = version.detail = bytes;
+  diagnosis.environment = {{{"A", "0", bytes}}, bytes};
+  diagnosis.application.assembly_file = {bytes, FileState::kUnreadable, "reason"};
+  diagnosis.application.frameworks = {{bytes, bytes, false}};
+  diagnosis.application.context.emplace().host_text = bytes;
+  diagnosis.application.context->child.end = ChildEnd::kFinished;
+
+  std::istringstream text(TextReport(diagnosis, false));
+
+  for (std::string line; std::getline(text, line);) {
+    EXPECT_LE(Columns(line), kPageWidth) << line;
+    EXPECT_EQ(line, [&] {
+      std::string printable = Printable(line);
+      for (auto at = printable.find("\\\\"); at != std::string::npos; at = printable.find("\\\\", at + 1)) {
+        printable.erase(at, 1);
+      }
+      return printable;
+    }());
+  }
+}
+
+TEST(TextReport, OnlyTheFatalVersionThatDecidesIsCalledFatal) {
+  Diagnosis diagnosis;
+  diagnosis.verdict = {Outcome::kRuns};
+  RuntimeReport& runtime = diagnosis.runtime.emplace();
+  runtime.versions.resize(2);
+  runtime.versions[0].standing = runtime.versions[1].standing = Standing::kFatal;
+  runtime.decisive = 0;
+
+  const std::string text = TextReport(diagnosis, false);
+
+  EXPECT_EQ(Count(text, "fatal"), 2U);
+  EXPECT_EQ(Count(text, "fatal, not tried"), 1U) << text;
+}
+
+TEST(TextReport, TheHostsWordsAreShownLineByLine) {
+  Diagnosis diagnosis;
+  diagnosis.verdict = {Outcome::kStatus255, "x"};
+  ContextProbe& context = diagnosis.application.context.emplace();
+  context.child.end = ChildEnd::kFinished;
+  context.child.output = "output";
+  context.result = static_cast<std::int32_t>(0x80008096);
+
+  context.host_text = "one\n\ntwo\n";
+  const std::string words = TextReport(diagnosis, false);
+  context.host_text = "";
+  const std::string output = TextReport(diagnosis, false);
+  context.result = 0;
+  context.has_handle = true;
+  const std::string usable = TextReport(diagnosis, false);
+
+  EXPECT_NE(words.find("refused: 0x80008096 FrameworkMissingFailure"), std::string::npos) << words;
+  EXPECT_NE(words.find("  The host says:\n    one\n\n    two\n"), std::string::npos) << words;
+  EXPECT_NE(output.find("  The host says:\n    output\n"), std::string::npos) << output;
+  EXPECT_EQ(usable.find("The host says"), std::string::npos) << usable;
+  EXPECT_NE(usable.find("created and closed: 0x00000000 Success"), std::string::npos) << usable;
+}
+
+}  // namespace
+}  // namespace doctor
