@@ -1,18 +1,13 @@
 #include "foundation/result_code_exception.h"
 
-#include <string_view>
 #include <type_traits>
 #include <variant>
 
 #include "foundation/result_code.h"
+#include "foundation/utf.h"
 
 namespace tov {
 namespace {
-
-// The texts of result codes are ASCII.
-WideString Widened(std::string_view text) {
-  return {text.begin(), text.end()};
-}
 
 std::optional<unsigned int> SystemError(const detail::PropertyRecord* property) {
   if (property == nullptr) {
@@ -50,10 +45,10 @@ std::optional<int> ResultCodeException::ResultCode() const noexcept {
 }
 
 WideString ResultCodeException::Text() const {
-  WideString text = Widened(ResultCodeMessage(ResultCode().value_or(result_code::kNoResultCode)));
+  WideString text = text::ToUtf16(ResultCodeMessage(ResultCode().value_or(result_code::kNoResultCode)));
   if (const auto error = SystemError(FindProperty(kSystemResultProperty))) {
     text += u" (";
-    text += Widened(ResultCodeMessage(posix::ResultCodeFromSystemError(*error)));
+    text += text::ToUtf16(ResultCodeMessage(posix::ResultCodeFromSystemError(*error)));
     text += u")";
   }
   return text;

@@ -4,28 +4,20 @@
 #include <utility>
 
 #include "foundation/cast.h"
-#include "foundation/convert_to_container.h"
 #include "foundation/path.h"
 #include "foundation/stream_output.h"
+#include "foundation/utf.h"
 #include "netloader/utils/current_time.h"
 #include "netloader/utils/path_utils.h"
 
 namespace netloader::logger {
 namespace {
 
-using tov::NarrowString;
 using tov::WideString;
 using tov::filesystem::detail::PathImplBase;
 
 const WideString kLogFileExtension = u".log";
 constexpr unsigned int kAttempts = 10;
-
-// Lenient, so that any wide path can be handed on.
-NarrowString Utf8(const WideString& text) {
-  NarrowString bytes;
-  tov::text::Utf16ToUtf8::Do(text, bytes, 0);
-  return bytes;
-}
 
 WideString LevelText(LogLevel level) {
   switch (level) {
@@ -50,11 +42,12 @@ FileLogger::~FileLogger() = default;
 
 void FileLogger::OpenStream() {
   if (!utils::CheckIsValidPath(logsDir)) {
-    throw std::invalid_argument("Cannot use not absolute logs path: " + Utf8(logsDir));
+    throw std::invalid_argument("Cannot use not absolute logs path: " + tov::text::ToUtf8(logsDir));
   }
   for (unsigned int attempt = 0; attempt < kAttempts; ++attempt) {
     const WideString path = PathOfAttempt(attempt);
-    stream.open(Utf8(path), std::ios::out | std::ios::trunc);
+    // Leniently, so that every wide path can be handed on.
+    stream.open(tov::text::ToUtf8(path), std::ios::out | std::ios::trunc);
     if (stream.is_open()) {
       const std::string message = tov::text::Cast<std::string>(u"Log has been created with name: " + path);
       return FileLogger::Trace(LogLevel::INFRA, message.c_str());

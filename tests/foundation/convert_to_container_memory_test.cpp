@@ -2,6 +2,7 @@
 
 #include "foundation/cast.h"
 #include "foundation/convert_to_container.h"
+#include "foundation/utf.h"
 #include "tests/foundation/failing_memory.h"
 
 namespace tov::text {
@@ -43,6 +44,25 @@ TEST(ConvertToContainerMemory, TheOutputIsSizedOnce) {
   Utf16ToUtf8::Do(wide, narrow, 0);
 
   EXPECT_EQ(AllocationsMade(), before + 1);
+}
+
+TEST(UtfMemory, ATextThatThereIsNoMemoryForIsEmpty) {
+  const WideString wide(1000, u'w');
+  const NarrowString narrow(1000, 'n');
+  NarrowString to_narrow = "as it was";
+  WideString to_wide = u"as it was";
+
+  {
+    const FailingMemory memory(0);
+    to_narrow = ToUtf8(wide);
+  }
+  {
+    const FailingMemory memory(0);
+    to_wide = ToUtf16(narrow);
+  }
+
+  EXPECT_EQ(to_narrow, "");
+  EXPECT_EQ(to_wide, u"");
 }
 
 TEST(CastMemory, TheResultIsSizedOnce) {

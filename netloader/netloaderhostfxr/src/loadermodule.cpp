@@ -6,6 +6,7 @@
 #include "foundation/path.h"
 #include "foundation/result_code.h"
 #include "foundation/result_code_exception.h"
+#include "foundation/utf.h"
 #include "netloader/logger/log.h"
 #include "netloader/netloaderhostfxr/src/host_context.h"
 #include "netloader/netloaderhostfxr/src/library_module.h"
@@ -53,12 +54,6 @@ void LogUnwalkedFolder(const Discovery& discovery) {
   } else {
     Log(ERROR, L"LoaderModule: Loading dotnet failed. Invalid path to dotnet fxr folder: '", discovery.fxrFolder, L"'");
   }
-}
-
-WideString Widened(const char* ascii) {
-  WideString wide;
-  tov::text::Utf8ToUtf16::Do(ascii, wide, 0);
-  return wide;
 }
 
 }  // namespace
@@ -142,7 +137,7 @@ bool LoaderModule::BindFunctions(const WideString& path) {
     const ResolvedFunction resolved = ResolveFunction(hostFxrHandle.get(), name);
     function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(resolved.address);
     if (!resolved.error.empty()) {
-      LogFunctionLoadError(path, Widened(name));
+      LogFunctionLoadError(path, tov::text::ToUtf16(name));
       hostFxrHandle.reset();
     }
     return resolved.error.empty();

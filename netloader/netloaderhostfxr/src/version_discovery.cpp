@@ -10,6 +10,7 @@
 #include "foundation/long_path.h"
 #include "foundation/path.h"
 #include "foundation/result_code.h"
+#include "foundation/utf.h"
 #include "netloader/utils/path_utils.h"
 
 namespace netloader {
@@ -71,8 +72,7 @@ class VersionWalk {
     if (folder == last_processed_bytes_) {
       return;
     }
-    WideString path;
-    tov::text::Utf8ToUtf16::Do(folder, path, 0);  // A name that is not UTF-8 makes it empty, and so no folder.
+    WideString path = tov::text::ToUtf16(folder);  // A name that is not UTF-8 makes it empty, and so no folder.
     if (path == last_processed_ || path == discovery_.fxrFolder) {
       return;
     }

@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "foundation/convert_to_container.h"
+#include "foundation/utf.h"
 #include "netloader/logger/log.h"
 #include "netloader/netloaderquorcommon/src/dotnet_settings_provider.h"
 #include "netloader/netloaderquorcommon/src/executable_folder.h"
@@ -81,9 +81,7 @@ bool TryInitNetloaderLoggingSettingsImpl(logger::LoggerSettings& settings) {
 }
 
 WideString DefaultLogFolder() {
-  WideString folder;
-  tov::text::Utf8ToUtf16::Do(DefaultLogFolderText(), folder, 0);
-  return folder;
+  return tov::text::ToUtf16(DefaultLogFolderText());
 }
 
 }  // namespace netloader::quor
