@@ -55,7 +55,7 @@ void WriteLog(const doctor::Options& options, const doctor::Diagnosis& diagnosis
 
 int Run(const doctor::Options& options) {
   doctor::Question question;
-  question.settings_path = options.settings.value_or(doctor::Bytes(netloader::quor::SettingsFilePath()));
+  question.settings_path = options.settings.value_or(doctor::ToUtf8(netloader::quor::SettingsFilePath()));
   question.root = options.root;
   question.probe = options.probe;
   const doctor::Diagnosis diagnosis = doctor::Diagnose(question);

@@ -109,12 +109,12 @@ std::vector<FrameworkReport> Frameworks(const json& config, const fs::path& root
 ApplicationReport ExamineApplication(const tov::WideString& root, const ContextProber& prober) {
   ApplicationReport report;
   report.assembly = netloader::AssemblyPath(launcher::kAssemblyFileName);
-  const std::string path = Bytes(report.assembly);
+  const std::string path = ToUtf8(report.assembly);
   const std::string stem = fs::path(path).replace_extension().string();
   report.assembly_file = LookAtFile(path);
   report.runtime_config = LookAtFile(stem + ".runtimeconfig.json");
   report.dependencies = LookAtFile(stem + ".deps.json");
-  report.frameworks = Frameworks(ReadObject(report.runtime_config), Bytes(root));
+  report.frameworks = Frameworks(ReadObject(report.runtime_config), ToUtf8(root));
   ReadObject(report.dependencies);
   if (prober) {
     report.context = prober();

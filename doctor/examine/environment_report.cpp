@@ -24,9 +24,9 @@ EnvironmentReport ExamineEnvironment(const SettingsReport& settings) {
         {name, value != nullptr ? std::optional<std::string>(value) : std::nullopt, ValueOf(name)});
   }
   for (const auto& [name, value] : launcher::RuntimeEnvironment()) {
-    report.variables.push_back({Bytes(name), Bytes(value), ValueOf(Bytes(name))});
+    report.variables.push_back({ToUtf8(name), ToUtf8(value), ValueOf(ToUtf8(name))});
   }
-  report.log_folder = Bytes(settings.log_folder.empty() ? netloader::quor::DefaultLogFolder() : settings.log_folder);
+  report.log_folder = ToUtf8(settings.log_folder.empty() ? netloader::quor::DefaultLogFolder() : settings.log_folder);
   return report;
 }
 

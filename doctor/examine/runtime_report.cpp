@@ -32,14 +32,14 @@ Reason ReasonOf(const VersionFinding& finding) {
       return finding.name.empty() ? Reason{"not-utf8", "names that are not UTF-8 are passed over"}
                                   : Reason{"not-a-folder", "is no folder any more"};
     case VersionVerdict::kWrongPrefix:
-      return {"wrong-prefix", "its name does not begin with " + Quoted(Bytes(netloader::quor::kDotnetVersionPrefix))};
+      return {"wrong-prefix", "its name does not begin with " + Quoted(ToUtf8(netloader::quor::kDotnetVersionPrefix))};
     case VersionVerdict::kNoLibrary:
       return {"no-library",
-              Bytes(netloader::kHostFxrFileName) + ": " + std::string(tov::ResultCodeMessage(finding.result))};
+              ToUtf8(netloader::kHostFxrFileName) + ": " + std::string(tov::ResultCodeMessage(finding.result))};
     case VersionVerdict::kLibraryIsLink:
-      return {"library-is-link", Bytes(netloader::kHostFxrFileName) + " is a symbolic link"};
+      return {"library-is-link", ToUtf8(netloader::kHostFxrFileName) + " is a symbolic link"};
     case VersionVerdict::kLibraryIsNoFile:
-      return {"library-is-no-file", Bytes(netloader::kHostFxrFileName) + " is no regular file"};
+      return {"library-is-no-file", ToUtf8(netloader::kHostFxrFileName) + " is no regular file"};
   }
   return {};
 }
@@ -114,7 +114,7 @@ void Try(VersionReport& version, const LibraryProber& prober) {
     version.detail = "its path is relative, and only absolute ones are loaded";
     return;
   }
-  if (auto elf = netloader::CheckElf(Bytes(version.library).c_str()); elf.verdict != ElfVerdict::kLoadable) {
+  if (auto elf = netloader::CheckElf(ToUtf8(version.library).c_str()); elf.verdict != ElfVerdict::kLoadable) {
     version.reason = ReasonCode(elf.verdict);
     version.detail = std::move(elf.detail);
   } else if (prober) {
@@ -152,7 +152,7 @@ class Examiner {
 
   VersionReport Report(const tov::WideString& name) const {
     VersionReport version;
-    version.name = Bytes(name);
+    version.name = ToUtf8(name);
     version.library = netloader::HostLibraryPath(report_.discovery.fxrFolder, name, netloader::kHostFxrFileName);
     return version;
   }

@@ -4,7 +4,6 @@
 #include <array>
 
 #include "foundation/char_converters.h"
-#include "foundation/convert_to_container.h"
 
 namespace doctor {
 namespace {
@@ -35,18 +34,6 @@ bool IsSeen(char32_t value) {
 }
 
 }  // namespace
-
-std::string Bytes(const tov::WideString& text) {
-  std::string bytes;
-  tov::text::Utf16ToUtf8::Do(text, bytes, 0);
-  return bytes;
-}
-
-tov::WideString Wide(std::string_view bytes) {
-  tov::WideString text;
-  tov::text::Utf8ToUtf16::Do(bytes, text, 0);
-  return text;
-}
 
 std::string Printable(std::string_view bytes) {
   std::string text;

@@ -4,15 +4,12 @@
 #include <string>
 #include <string_view>
 
-#include "foundation/strings.h"
+#include "foundation/utf.h"
 
 namespace doctor {
 
-/// The wide string as UTF-8, lone surrogates as three bytes each.
-std::string Bytes(const tov::WideString& text);
-
-/// The UTF-8 as a wide string; empty when it is malformed.
-tov::WideString Wide(std::string_view bytes);
+using tov::text::ToUtf16;
+using tov::text::ToUtf8;
 
 /// The bytes as text that can be shown anywhere: what is no valid UTF-8, no character to look at, or a backslash
 /// becomes an escape such as "\r" or "\xff".

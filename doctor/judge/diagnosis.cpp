@@ -66,7 +66,7 @@ Warnings NearMisses(const Diagnosis& diagnosis) {
 Diagnosis Diagnose(const Question& question) {
   Diagnosis diagnosis;
   diagnosis.settings = ExamineSettings(question.settings_path);
-  const tov::WideString root = question.root ? Wide(*question.root) : diagnosis.settings.root;
+  const tov::WideString root = question.root ? ToUtf16(*question.root) : diagnosis.settings.root;
   if (!root.empty()) {
     diagnosis.runtime = ExamineRuntime(root, LibraryProberFor(question));
   }

@@ -47,7 +47,7 @@ unsigned long long PlainNumber(std::string_view tail) {
 
 class Looker {
  public:
-  explicit Looker(const RuntimeReport& report) : report_(report), root_(Bytes(report.root)) {}
+  explicit Looker(const RuntimeReport& report) : report_(report), root_(ToUtf8(report.root)) {}
 
   Warnings Look() {
     LookAtRoot();
@@ -62,7 +62,7 @@ class Looker {
   }
 
  private:
-  std::string FxrFolder() const { return Bytes(report_.discovery.fxrFolder); }
+  std::string FxrFolder() const { return ToUtf8(report_.discovery.fxrFolder); }
 
   void LookAtRoot() {
     if (!netloader::utils::CheckIsValidPath(report_.root)) {
@@ -169,7 +169,7 @@ class Looker {
   }
 
   void LookAtLibrary(const VersionReport& version) {
-    const std::string path = Bytes(version.library);
+    const std::string path = ToUtf8(version.library);
     if (version.reason == "library-is-link") {
       Warn("library-is-link", path, "the library is a symbolic link, and links are not followed",
            "replace the link by the file it leads to");
@@ -180,7 +180,7 @@ class Looker {
       Warn("cut-short", path, "the library is " + version.detail, "install that runtime again");
     } else if (version.reason == "wrong-prefix" && IsVersionName(version.name) && IsNewHost(path)) {
       Warn("other-runtime", path,
-           "version " + Printable(version.name) + " is installed, but only " + Bytes(Prefix()) + "x is looked for",
+           "version " + Printable(version.name) + " is installed, but only " + ToUtf8(Prefix()) + "x is looked for",
            report_.decisive ? "nothing, unless a launch is meant to take it: that it never does"
                             : "install a .NET 6.0 runtime; no other does");
     }
@@ -198,7 +198,7 @@ class Looker {
   // Nothing for a name with a lone surrogate, which a launch reads only when there is another to compare it with.
   static std::optional<long> Number(const VersionReport& version) {
     try {
-      return netloader::VersionNumber(Wide(version.name), Prefix());
+      return netloader::VersionNumber(ToUtf16(version.name), Prefix());
     } catch (const std::exception&) {
       return std::nullopt;
     }
@@ -213,7 +213,7 @@ class Looker {
       }
       LookAtNumber(version, *number);
       if (const auto [other, added] = by_number.emplace(*number, &version); !added) {
-        Warn("equal-numbers", Bytes(version.library),
+        Warn("equal-numbers", ToUtf8(version.library),
              Printable(version.name) + " and " + Printable(other->second->name) + " count as the same number, " +
                  std::to_string(*number) + ", so their order is not defined",
              "remove one of them");
@@ -225,13 +225,13 @@ class Looker {
     const std::string_view tail = Tail(version);
     const std::string counts = Quoted(tail) + " is read as ";
     if (tail.starts_with("0x") || tail.starts_with("0X")) {
-      Warn("hexadecimal-number", Bytes(version.library), counts + "hexadecimal: " + std::to_string(number),
+      Warn("hexadecimal-number", ToUtf8(version.library), counts + "hexadecimal: " + std::to_string(number),
            "name the folder by its plain version number");
     } else if (tail.size() > 1 && tail[0] == '0' && std::isdigit(static_cast<unsigned char>(tail[1])) != 0) {
-      Warn("octal-number", Bytes(version.library), counts + "octal: " + std::to_string(number),
+      Warn("octal-number", ToUtf8(version.library), counts + "octal: " + std::to_string(number),
            "name the folder by its plain version number, without a zero in front");
     } else if (number == 0 && !tail.starts_with('0')) {
-      Warn("no-number", Bytes(version.library), counts + "no number at all, and counts as 0",
+      Warn("no-number", ToUtf8(version.library), counts + "no number at all, and counts as 0",
            "name the folder by its plain version number");
     }
   }

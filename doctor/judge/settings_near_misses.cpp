@@ -20,8 +20,8 @@ struct KnownKey {
 };
 
 std::vector<KnownKey> KnownKeys() {
-  return {{Bytes(netloader::quor::kDotnetRootFolderKey), "runtime root"},
-          {Bytes(netloader::quor::kLoaderLoggingDirKey), "log folder"}};
+  return {{ToUtf8(netloader::quor::kDotnetRootFolderKey), "runtime root"},
+          {ToUtf8(netloader::quor::kLoaderLoggingDirKey), "log folder"}};
 }
 
 std::string_view Trimmed(std::string_view text) {

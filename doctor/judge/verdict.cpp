@@ -49,7 +49,7 @@ std::optional<Verdict> JudgeSettings(const SettingsReport& settings, bool hasRoo
   if (!settings.is_open) {
     return Aborts(settings.failure, "the settings file cannot be read: " + settings.reason,
                   "Make " + Printable(settings.path) + " readable for the user that launches; it must hold " +
-                      Bytes(netloader::quor::kDotnetRootFolderKey) + "= and the .NET root.");
+                      ToUtf8(netloader::quor::kDotnetRootFolderKey) + "= and the .NET root.");
   }
   if (!settings.failure.empty()) {
     return Aborts(settings.failure,
@@ -57,7 +57,7 @@ std::optional<Verdict> JudgeSettings(const SettingsReport& settings, bool hasRoo
                   "Write that line anew, in UTF-8.");
   }
   if (!hasRoot) {
-    return Refuses("the settings name no runtime root", "Write " + Bytes(netloader::quor::kDotnetRootFolderKey) +
+    return Refuses("the settings name no runtime root", "Write " + ToUtf8(netloader::quor::kDotnetRootFolderKey) +
                                                             "=/usr/share/dotnet (or where .NET is) into " +
                                                             Printable(settings.path) + ".");
   }
@@ -65,7 +65,7 @@ std::optional<Verdict> JudgeSettings(const SettingsReport& settings, bool hasRoo
 }
 
 std::string FolderReason(const netloader::Discovery& discovery) {
-  const std::string folder = Printable(Bytes(discovery.fxrFolder));
+  const std::string folder = Printable(ToUtf8(discovery.fxrFolder));
   switch (discovery.state) {
     case FxrFolderState::kWalked:
       break;
@@ -102,7 +102,7 @@ std::optional<Verdict> JudgeRuntime(const RuntimeReport& runtime) {
     return Refuses(NothingFits(runtime), kInstallRuntime);
   }
   if (decisive->standing == Standing::kFatal) {
-    return EndsLike(decisive->child, "while loading " + Printable(Bytes(decisive->library)),
+    return EndsLike(decisive->child, "while loading " + Printable(ToUtf8(decisive->library)),
                     "Install that version of the runtime again, or remove its folder.");
   }
   return std::nullopt;

@@ -111,7 +111,7 @@ json ToJson(const SettingsEntry& entry) {
 }
 
 json ToJson(const VersionReport& version) {
-  return {{"version", version.name},           {"library", Bytes(version.library)},
+  return {{"version", version.name},           {"library", ToUtf8(version.library)},
           {"candidate", version.is_candidate}, {"standing", Name(version.standing)},
           {"reason", OrNull(version.reason)},  {"detail", OrNull(version.detail)}};
 }
@@ -147,15 +147,15 @@ json ToJson(const SettingsReport& settings) {
           {"readable", settings.is_open},
           {"reason", OrNull(settings.reason)},
           {"failure", OrNull(settings.failure)},
-          {"runtime_root", OrNull(Bytes(settings.root))},
-          {"log_folder", OrNull(Bytes(settings.log_folder))},
+          {"runtime_root", OrNull(ToUtf8(settings.root))},
+          {"log_folder", OrNull(ToUtf8(settings.log_folder))},
           {"entries", ToArray(settings.entries)}};
 }
 
 json ToJson(const RuntimeReport& runtime) {
   const VersionReport* decisive = runtime.Decisive();
-  return {{"root", Bytes(runtime.root)},
-          {"folder", Bytes(runtime.discovery.fxrFolder)},
+  return {{"root", ToUtf8(runtime.root)},
+          {"folder", ToUtf8(runtime.discovery.fxrFolder)},
           {"folder_state", Name(runtime.discovery.state)},
           {"failure", OrNull(runtime.failure)},
           {"decisive_version", decisive != nullptr ? json(decisive->name) : json()},

@@ -61,7 +61,7 @@ std::string WriteLoaderLog(const std::string& file, const Walk& walk, std::chron
   if (path.extension() != kExtension) {
     path += kExtension;
   }
-  const logger::LoggerSettings place{Wide(path.parent_path().string()), Wide(path.stem().string())};
+  const logger::LoggerSettings place{ToUtf16(path.parent_path().string()), ToUtf16(path.stem().string())};
   const ChildResult result = RunInChild([&] { return WalkTheRoad(place, walk); }, limit);
   if (result.end == ChildEnd::kNotStarted) {
     throw std::system_error(result.code, std::generic_category(), "a process to write the log");

@@ -24,7 +24,7 @@ using tests::StandInHost;
 constexpr auto kLong = 60s;
 
 tov::WideString Wide(const std::filesystem::path& path) {
-  return doctor::Wide(path.string());
+  return ToUtf16(path.string());
 }
 
 ContextProbe Context(const StandInHost& host, std::chrono::milliseconds limit = kLong) {

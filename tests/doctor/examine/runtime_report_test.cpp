@@ -43,7 +43,7 @@ std::string Story(const RuntimeReport& report) {
 // What loading finds, by version; good for those that are not named.
 LibraryProber Finds(std::map<std::string, LibraryProbe> probes) {
   return [probes = std::move(probes)](const tov::WideString& path) {
-    const std::string version = std::filesystem::path(Bytes(path)).parent_path().filename();
+    const std::string version = std::filesystem::path(ToUtf8(path)).parent_path().filename();
     const auto found = probes.find(version);
     return found != probes.end() ? found->second : LibraryProbe{{ChildEnd::kFinished}};
   };
@@ -54,7 +54,7 @@ LibraryProbe Ends(ChildEnd end, int code = 0, std::string message = {}) {
 }
 
 RuntimeReport Examine(const RuntimeTree& runtime, const LibraryProber& prober) {
-  return ExamineRuntime(Wide(runtime.Root().string()), prober);
+  return ExamineRuntime(ToUtf16(runtime.Root().string()), prober);
 }
 
 TEST(RuntimeReport, CandidatesComeAsALaunchTriesThemAndTheOthersByName) {
@@ -69,7 +69,7 @@ TEST(RuntimeReport, CandidatesComeAsALaunchTriesThemAndTheOthersByName) {
   EXPECT_EQ(report.Decisive(), &report.versions[0]);
   EXPECT_TRUE(report.versions[1].is_candidate);
   EXPECT_FALSE(report.versions[2].is_candidate);
-  EXPECT_EQ(Bytes(report.versions[0].library), runtime.HostFile("6.0.36").string());
+  EXPECT_EQ(ToUtf8(report.versions[0].library), runtime.HostFile("6.0.36").string());
 }
 
 TEST(RuntimeReport, EveryRefusalHasItsReason) {
@@ -172,7 +172,7 @@ TEST(RuntimeReport, NothingIsLoadedFromARelativeRoot) {
   runtime.AddHost("6.0.1");
   const auto relative = std::filesystem::relative(runtime.Root());
 
-  const RuntimeReport report = ExamineRuntime(Wide(relative.string()), Finds({}));
+  const RuntimeReport report = ExamineRuntime(ToUtf16(relative.string()), Finds({}));
 
   EXPECT_EQ(Story(report), "6.0.1 refused relative-path");
 }

@@ -36,16 +36,6 @@ TEST(Text, WhatCannotBeSeenBecomesAnEscape) {
   }
 }
 
-TEST(Text, WideAndBytesAreEachOthersInverse) {
-  EXPECT_EQ(Wide("a\u20ac\U0001F600"), u"a\u20ac\U0001F600");
-  EXPECT_EQ(Bytes(u"a\u20ac\U0001F600"), "a\u20ac\U0001F600");
-}
-
-TEST(Text, MalformedBytesHaveNoWideFormButALoneSurrogateHasBytes) {
-  EXPECT_EQ(Wide("a\xff"), u"");
-  EXPECT_EQ(Bytes(tov::WideString(1, char16_t{0xD800})), "\xed\xa0\x80");
-}
-
 TEST(Text, ColumnsAreCodePoints) {
   EXPECT_EQ(Columns(""), 0U);
   EXPECT_EQ(Columns("abc"), 3U);

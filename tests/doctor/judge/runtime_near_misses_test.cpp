@@ -19,7 +19,7 @@ using tests::RuntimeTree;
 
 // Nothing is loaded: none of them needs it.
 Warnings Misses(const fs::path& root) {
-  return RuntimeNearMisses(ExamineRuntime(Wide(root.string()), {}));
+  return RuntimeNearMisses(ExamineRuntime(ToUtf16(root.string()), {}));
 }
 
 // "code place", in order, places relative to host/fxr; the warnings' words in the order of the codes.
