@@ -1,0 +1,17 @@
+#include "foundation/file_descriptor.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace tov::posix {
+
+FileDescriptor::~FileDescriptor() {
+  if (IsOpen()) {
+    const int error = errno;
+    ::close(descriptor_);
+    errno = error;
+  }
+}
+
+}  // namespace tov::posix
