@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
 """Measures whole launches of a release build and prints them as a table.
 
-    launches.py [--quick] [--dotnet FOLDER] BUILD    all that can be measured here
-    launches.py --check BUILD                        the goals that are counts of instructions; 1 when one is missed
+    launches.py [--quick] [--dotnet FOLDER] BUILD             all that can be measured here
+    launches.py --check [--memory [--dotnet FOLDER]] BUILD    what has a ceiling: instructions, with --memory the peak
+                                                              memory too; ends with 1 when one is exceeded
 
 BUILD is the build folder, FOLDER what scripts/prepare-sample made ready, with an `apphost` for the sample in it where
 there is one. Runs itself in a private mount namespace, where the product's fixed folders are its own.
@@ -37,6 +38,7 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--inside", action="store_true", help=argparse.SUPPRESS)
     parser.add_argument("--check", action="store_true")
+    parser.add_argument("--memory", action="store_true")
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--dotnet", type=Path)
     parser.add_argument("build", type=Path)
@@ -44,10 +46,10 @@ def main():
     if not options.inside:
         enter_private_root(options.check)
     install(options.build)
-    if options.check:
-        check(options.build)
-    else:
-        report(options)
+    rows = list(rows_of(options))
+    measuring.print_table(rows, with_ceilings=options.check)
+    if options.check and not all(row.held for row in rows):
+        sys.exit("A figure is above its ceiling.")
 
 
 def skip(reason):
@@ -58,9 +60,9 @@ def skip(reason):
 def enter_private_root(checking):
     private_root = Path(__file__).resolve().parent.parent / "scripts/private-root"
     if checking and shutil.which("valgrind") is None:
-        skip("there is no valgrind")
+        skip("valgrind is not installed")
     if checking and os.spawnv(os.P_WAIT, private_root, [private_root, "true"]) != 0:
-        skip("there is no private mount namespace, see above")
+        skip("no private mount namespace can be made, see above")
     os.execv(private_root, [private_root, sys.executable, __file__, "--inside", *sys.argv[1:]])
 
 
@@ -93,113 +95,110 @@ def in_any_order(things):
     return random.Random(1).sample(things, len(things))
 
 
-def minimal_host(build, root, library, linked="", **variables):
-    return command(build / f"benchmarks/minimal_host{linked}", library, root, ASSEMBLY, *SAMPLE_ARGUMENTS, **variables)
+def minimal_host(build, root, library, **variables):
+    return command(build / "benchmarks/minimal_host", library, root, ASSEMBLY, *SAMPLE_ARGUMENTS, **variables)
 
 
 # The rows.
 
 
-def check(build):
-    rows = list(instruction_rows(build))
-    measuring.print_table(rows)
-    sys.exit(0 if all(row.met for row in rows) else 1)
-
-
-def report(options):
-    rows = list(instruction_rows(options.build, everything=True))
-    rows += quiet_memory_rows(options)
-    if options.dotnet:
-        rows += real_rows(options)
-    measuring.print_table(rows)
-    if has_cpp_library_inside():
-        print("The launcher has the C++ library inside, the minimal host uses the shared one where no row says else.")
-
-
-def has_cpp_library_inside():
-    return b"libstdc++.so" not in LAUNCHER.read_bytes()
+def rows_of(options):
+    yield from instruction_rows(options)
+    if options.memory or not options.check:
+        yield from quiet_memory_rows(options)
+        if options.dotnet:
+            real = RealRuntime(options)
+            yield from real.memory_rows()
+            if not options.check:
+                yield from real.time_rows()
 
 
 def quiet_hosts(build):
     library = QUIET_ROOT / "host/fxr/6.0.36/libhostfxr.so"
-    return (minimal_host(build, QUIET_ROOT, library), minimal_host(build, QUIET_ROOT, library, "_static"),
-            command(LAUNCHER, *SAMPLE_ARGUMENTS))
+    return minimal_host(build, QUIET_ROOT, library), command(LAUNCHER, *SAMPLE_ARGUMENTS)
 
 
-def instruction_rows(build, everything=False):
-    add_versions(build, (1, 20, 36))
+def instruction_rows(options):
+    add_versions(options.build, (1, 20, 36))
     write_settings(QUIET_ROOT)
-    minimal, minimal_static, launcher = quiet_hosts(build)
+    minimal, launcher = quiet_hosts(options.build)
     few = measuring.instructions(launcher)
     yield ratio(f"Instructions, {FEW} versions, to the minimal host's", measuring.instructions(minimal), few, 1.10)
-    if everything and has_cpp_library_inside():
-        static = measuring.instructions(minimal_static)
-        yield ratio("... to those of a minimal host with the C++ library inside", static, few)
 
-    def further_lines(what, lines):
+    def further_lines(what, lines, ceiling=None):
         write_settings(QUIET_ROOT, lines)
         total = measuring.instructions(launcher)
         write_settings(QUIET_ROOT)
-        return Row(what, few, total, (total - few) / LINES, 2000)
+        return Row(what, few, total, (total - few) / LINES, ceiling)
 
-    yield further_lines(f"Instructions per further settings line, {LINES:,} in order", setting_lines())
-    if everything:
+    yield further_lines(f"Instructions per further settings line, {LINES:,} in order", setting_lines(), 2000)
+    if not options.check:
         yield further_lines("... in any order", in_any_order(setting_lines()))
 
-    add_versions(build, in_any_order(range(100, 100 + MANY - FEW)))
+    further = range(100, 100 + MANY - FEW)
+    add_versions(options.build, in_any_order(further))
     many = measuring.instructions(launcher)
     yield Row(f"Instructions per further version folder, {MANY} in all", few, many, (many - few) / (MANY - FEW), 8000)
-    for number in range(100, 100 + MANY - FEW):
+    for number in further:
         shutil.rmtree(QUIET_ROOT / f"host/fxr/6.0.{number}")
 
 
 def quiet_memory_rows(options):
-    names = ("minimal", "minimal_static", "launcher")
-    commands = dict(zip(names, quiet_hosts(options.build)))
-    peak = measuring.peak_memories(commands, 11 if options.quick else 101)
-    yield ratio("Peak memory in KiB, a host that does nothing, to the minimal host's", peak["minimal"], peak["launcher"],
-                1.02)
-    if has_cpp_library_inside():
-        yield ratio("... to that of a minimal host with the C++ library inside", peak["minimal_static"],
-                    peak["launcher"])
+    minimal, launcher = quiet_hosts(options.build)
+    peak = measuring.peak_memories({"minimal": minimal, "launcher": launcher}, 11 if options.quick else 101)
+    yield ratio("Peak memory in KiB, a host that does nothing, to the minimal host's", peak["minimal"],
+                peak["launcher"], 1.02)
 
 
-def real_rows(options):
-    found = dict(line.split("=", 1) for line in (options.dotnet / "prepared").read_text().splitlines())
-    root = Path(found["root"])
-    library = root / "host/fxr" / found["host"] / "libhostfxr.so"
-    shutil.copytree(found["sample"], ASSEMBLY.parent, dirs_exist_ok=True)
-    write_settings(root)
-    launcher = command(LAUNCHER, *SAMPLE_ARGUMENTS)
-    minimal = minimal_host(options.build, root, library)
-    same_minimal = minimal_host(options.build, root, library, **SAME_VARIABLES)
+class RealRuntime:
+    """The sample, installed, and a .NET of this machine to run it."""
 
-    peak = measuring.peak_memories({"minimal": minimal, "same": same_minimal, "launcher": launcher},
-                                   5 if options.quick else 31)
-    yield ratio("Peak memory in KiB, the sample on .NET, to the minimal host's", peak["minimal"], peak["launcher"],
-                1.02)
-    yield ratio("... given the launcher's variables", peak["same"], peak["launcher"])
+    def __init__(self, options):
+        self.options = options
+        self.found = dict(line.split("=", 1) for line in (options.dotnet / "prepared").read_text().splitlines())
+        self.root = Path(self.found["root"])
+        shutil.copytree(self.found["sample"], ASSEMBLY.parent, dirs_exist_ok=True)
+        write_settings(self.root)
 
-    commands = {"launcher": launcher, "minimal": same_minimal}
-    dotnet = (Path(found["dotnet"]) / "dotnet", ASSEMBLY, *SAMPLE_ARGUMENTS)
-    if dotnet[0].exists():
-        commands |= {"dotnet": command(*dotnet), "same dotnet": command(*dotnet, **SAME_VARIABLES)}
-    if (options.dotnet / "apphost").exists():
-        shutil.copy(options.dotnet / "apphost", APPHOST)
-        apphost = (APPHOST, *SAMPLE_ARGUMENTS)
-        commands |= {"apphost": command(*apphost, DOTNET_ROOT=str(root)),
-                     "same apphost": command(*apphost, DOTNET_ROOT=str(root), **SAME_VARIABLES)}
-    spent = measuring.wall_times(commands, 10 if options.quick else 60)
+        library = self.root / "host/fxr" / self.found["host"] / "libhostfxr.so"
+        self.launcher = command(LAUNCHER, *SAMPLE_ARGUMENTS)
+        self.minimal = minimal_host(options.build, self.root, library)
+        self.same_minimal = minimal_host(options.build, self.root, library, **SAME_VARIABLES)
 
-    def times(name, label, goal):
-        if name not in spent:
-            return [Row(f"{label}: left out, there is no such program here")]
-        return [ratio(label, spent[name], spent["launcher"], goal),
-                ratio("... given the launcher's variables", spent[f"same {name}"], spent["launcher"])]
+    def memory_rows(self):
+        peak = measuring.peak_memories({"minimal": self.minimal, "same": self.same_minimal, "launcher": self.launcher},
+                                       5 if self.options.quick else 31)
+        yield ratio("Peak memory in KiB, the sample on .NET, to the minimal host's", peak["minimal"], peak["launcher"],
+                    1.02)
+        if not self.options.check:
+            yield ratio("... given the launcher's variables", peak["same"], peak["launcher"])
 
-    yield from times("apphost", "Wall time in ms, the sample on .NET, to the official apphost's", 0.95)
-    yield from times("dotnet", "Wall time in ms, the sample on .NET, to the `dotnet` command's", 1.00)
-    yield ratio("... to a minimal host's, given the launcher's variables", spent["minimal"], spent["launcher"])
+    def time_rows(self):
+        official = {"apphost": self.apphost(), "dotnet": self.dotnet()}
+        commands = {"launcher": self.launcher, "minimal": self.same_minimal}
+        for name, arguments in official.items():
+            if Path(arguments[0]).exists():
+                root = {"DOTNET_ROOT": str(self.root)}
+                commands |= {name: command(*arguments, **root),
+                             f"same {name}": command(*arguments, **root, **SAME_VARIABLES)}
+        spent = measuring.wall_times(commands, 10 if self.options.quick else 60)
+
+        for name, label in (("apphost", "the official apphost's"), ("dotnet", "the `dotnet` command's")):
+            if name in spent:
+                yield ratio(f"Wall time in ms, the sample on .NET, to {label}", spent[name], spent["launcher"])
+                yield ratio("... given the launcher's variables", spent[f"same {name}"], spent["launcher"])
+            else:
+                yield Row(f"Wall time in ms, the sample on .NET, to {label}: not measured, the program is missing")
+        yield ratio("... to a minimal host's, given the launcher's variables", spent["minimal"], spent["launcher"])
+
+    def apphost(self):
+        built = self.options.dotnet / "apphost"
+        if built.exists():
+            shutil.copy(built, APPHOST)
+        return APPHOST, *SAMPLE_ARGUMENTS
+
+    def dotnet(self):
+        return Path(self.found["dotnet"]) / "dotnet", ASSEMBLY, *SAMPLE_ARGUMENTS
 
 
 if __name__ == "__main__":

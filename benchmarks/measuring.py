@@ -8,7 +8,7 @@ import subprocess
 import time
 from dataclasses import dataclass
 
-# The same for every program that is compared. What a row adds for one of them, its name tells.
+# The same for every program that is compared. Where a row gives one of them more variables, its name says so.
 ENVIRONMENT = {"PATH": os.environ["PATH"], "HOME": os.environ.get("HOME", "/root"), "LC_ALL": "C.UTF-8"}
 
 
@@ -92,15 +92,15 @@ class Row:
     other: object = None  # What the launcher is compared with, when it is.
     ours: object = None
     figure: object = None
-    goal: object = None   # The most that the figure may be; None where it is only for comparison.
+    ceiling: object = None  # The most that the figure may be; None where it is only for comparison.
 
     @property
-    def met(self):
-        return self.goal is None or self.figure <= self.goal
+    def held(self):
+        return self.ceiling is None or self.figure <= self.ceiling
 
 
-def ratio(what, other, ours, goal=None):
-    return Row(what, other, ours, ours / other, goal)
+def ratio(what, other, ours, ceiling=None):
+    return Row(what, other, ours, ours / other, ceiling)
 
 
 def _text(value):
@@ -111,16 +111,20 @@ def _text(value):
     return f"{value:,.0f}" if value >= 100 else f"{value:.2f}" if value >= 10 else f"{value:.3f}"
 
 
-def print_table(rows):
+def _ceiling_cells(row):
+    if row.ceiling is None:
+        return ["", ""]
+    return [_text(row.ceiling), "yes" if row.held else "NO"]
+
+
+def print_table(rows, with_ceilings):
     """As Markdown, so that it can be quoted."""
-    lines = [("What", "Compared with", "The launcher", "Figure", "Goal", "Met")]
-    lines.append(("---", "---:", "---:", "---:", "---:", "---"))
+    titles = ["What", "Compared with", "The launcher", "Figure"] + ["Ceiling", "Held"] * with_ceilings
+    lines = [titles, ["---"] + ["---:"] * (len(titles) - 1)]
     for row in rows:
-        goal = f"≤ {row.goal:,}" if row.goal is not None else ""
-        verdict = ("yes" if row.met else "NO") if goal else ""
-        lines.append((row.what, _text(row.other), _text(row.ours), _text(row.figure), goal, verdict))
-    widths = [max(len(line[column]) for line in lines) for column in range(6)]
-    for line in lines:
-        cells = [cell.rjust(width) for cell, width in zip(line, widths)]
-        cells[0], cells[5] = line[0].ljust(widths[0]), line[5].ljust(widths[5])
-        print("| " + " | ".join(cells) + " |")
+        cells = [row.what, _text(row.other), _text(row.ours), _text(row.figure)]
+        lines.append(cells + _ceiling_cells(row) * with_ceilings)
+    widths = [max(len(line[column]) for line in lines) for column in range(len(titles))]
+    for what, *cells in lines:
+        padded = [what.ljust(widths[0])] + [cell.rjust(width) for cell, width in zip(cells, widths[1:])]
+        print("| " + " | ".join(padded) + " |")

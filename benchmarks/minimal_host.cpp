@@ -1,5 +1,5 @@
-// The least that a C++ host can do: open one known library and make the three calls. The launcher's cost is told as a
-// multiple of this one's.
+// The least that a C++ host can do: open one known library and make the three calls. The launcher's cost is given
+// as a multiple of this one's.
 //
 //   minimal_host LIBRARY DOTNET_ROOT ASSEMBLY [ARGUMENT...]
 #include <dlfcn.h>
