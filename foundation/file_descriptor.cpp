@@ -6,12 +6,10 @@
 
 namespace tov::posix {
 
-FileDescriptor::~FileDescriptor() {
-  if (IsOpen()) {
-    const int error = errno;
-    ::close(descriptor_);
-    errno = error;
-  }
+void FileDescriptor::CloseOwned() const noexcept {
+  const int error = errno;
+  ::close(descriptor_);
+  errno = error;
 }
 
 }  // namespace tov::posix

@@ -22,7 +22,11 @@ class FileDescriptor {
   FileDescriptor(const FileDescriptor&) = delete;
   FileDescriptor& operator=(const FileDescriptor&) = delete;
   /// Leaves `errno` alone, so that the reason of an earlier failure can still be read.
-  ~FileDescriptor();
+  ~FileDescriptor() {
+    if (IsOpen()) {
+      CloseOwned();
+    }
+  }
 
   bool IsOpen() const noexcept { return descriptor_ >= 0; }
   int Get() const noexcept { return descriptor_; }
@@ -34,6 +38,8 @@ class FileDescriptor {
 
  private:
   static constexpr int kNone = -1;
+
+  void CloseOwned() const noexcept;
 
   int descriptor_ = kNone;
 };
