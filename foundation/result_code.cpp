@@ -185,4 +185,8 @@ int posix::ResultCodeFromSystemError(unsigned int systemError) noexcept {
                                                                : kFirstPlatformCode);
 }
 
+int posix::ResultCodeFromErrno() noexcept {
+  return ResultCodeFromSystemError(static_cast<unsigned int>(errno));
+}
+
 }  // namespace tov

@@ -40,5 +40,8 @@ namespace posix {
 /// 65535, "Unspecified platform error". 0 is no failure and gives 0.
 int ResultCodeFromSystemError(unsigned int systemError) noexcept;
 
+/// The result code of what the last failed system call left in `errno`.
+[[nodiscard]] int ResultCodeFromErrno() noexcept;
+
 }  // namespace posix
 }  // namespace tov

@@ -265,6 +265,13 @@ TEST(ResultCode, AnErrorNumberAbove65535IsUnspecified) {
   }
 }
 
+TEST(ResultCode, TheLastErrorNumberOfTheSystemHasItsCode) {
+  for (const int error : {ENOENT, EINTR, 0}) {
+    errno = error;
+    EXPECT_EQ(posix::ResultCodeFromErrno(), posix::ResultCodeFromSystemError(static_cast<unsigned int>(error)));
+  }
+}
+
 TEST(ResultCode, OnlyNegativeCodesAreFailures) {
   EXPECT_TRUE(result_code::IsFailure(INT_MIN));
   EXPECT_TRUE(result_code::IsFailure(-1));

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <string_view>
 #include <utility>
 
@@ -33,7 +32,7 @@ std::variant<tov::WideString, int> FolderOfExecutable(const char* link) {
   if (length >= 0) {
     return FolderOfLinkText({text.data(), static_cast<std::size_t>(length)});
   }
-  const int result = tov::posix::ResultCodeFromSystemError(static_cast<unsigned int>(errno));
+  const int result = tov::posix::ResultCodeFromErrno();
   if (tov::result_code::IsFailure(result)) {
     return result;
   }
