@@ -1,21 +1,14 @@
 #include "foundation/file_find.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <cerrno>
 
+#include "foundation/file_descriptor.h"
 #include "foundation/long_path.h"
 #include "foundation/result_code.h"
 
 namespace tov::posix::filesystem {
-namespace {
-
-int ErrorCode(int systemError) {
-  return ResultCodeFromSystemError(static_cast<unsigned int>(systemError));
-}
-
-}  // namespace
 
 int FileFind::Open(const NarrowString& path) {
   folder_path_ = path.empty() ? NarrowString(".") : path;
@@ -40,23 +33,22 @@ int FileFind::OpenFolder() {
   if (result_code::IsFailure(result)) {
     return result;
   }
-  const int descriptor = ::openat(accessor.Descriptor(), accessor.Name(), O_RDONLY | O_CLOEXEC);
-  if (descriptor < 0) {
-    return ErrorCode(errno);
+  FileDescriptor opened(::openat(accessor.Descriptor(), accessor.Name(), O_RDONLY | O_CLOEXEC));
+  if (!opened.IsOpen()) {
+    return ResultCodeFromErrno();
   }
-  folder_.reset(::fdopendir(descriptor));
+  folder_.reset(::fdopendir(opened.Get()));
   if (folder_ == nullptr) {
-    const int error = errno;
-    ::close(descriptor);
-    return ErrorCode(error);
+    return ResultCodeFromErrno();
   }
+  static_cast<void>(opened.Release());  // The stream closes it from now on.
   return result_code::kNoError;
 }
 
 int FileFind::Next() noexcept {
   errno = 0;
   entry_ = ::readdir(folder_.get());
-  return HasEntry() ? result_code::kNoError : ErrorCode(errno);
+  return HasEntry() ? result_code::kNoError : ResultCodeFromErrno();
 }
 
 }  // namespace tov::posix::filesystem

@@ -1,12 +1,12 @@
 #include "foundation/long_path.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 #include <new>
 #include <string_view>
+#include <utility>
 
 #include "foundation/result_code.h"
 
@@ -16,26 +16,10 @@ namespace {
 constexpr std::size_t kLongestName = 4095;
 constexpr std::size_t kBufferSize = kLongestName + 1;
 
-int LastError() {
-  return ResultCodeFromSystemError(static_cast<unsigned int>(errno));
-}
-
 }  // namespace
 
-FileAccessor::~FileAccessor() {
-  Replace(kCurrentFolder);
-}
-
-void FileAccessor::Replace(int descriptor) noexcept {
-  static_assert(kCurrentFolder == AT_FDCWD);
-  if (descriptor_ != kCurrentFolder && descriptor_ != -1) {
-    ::close(descriptor_);
-  }
-  descriptor_ = descriptor;
-}
-
 int FileAccessor::Initialize(const char* path) noexcept {
-  Replace(kCurrentFolder);
+  folder_ = FileDescriptor(AT_FDCWD);
   if (::strnlen(path, kBufferSize) <= kLongestName) {
     name_ = path;
     return result_code::kNoError;
@@ -61,11 +45,10 @@ int FileAccessor::WalkTo(const char* path) noexcept {
     }
     std::memcpy(buffer_.get(), path, cut);
     buffer_[cut] = '\0';
-    const int opened = ::openat(descriptor_, buffer_.get(), O_RDONLY | O_CLOEXEC);
-    if (opened >= 0) {
-      Replace(opened);
+    if (FileDescriptor opened(::openat(folder_.Get(), buffer_.get(), O_RDONLY | O_CLOEXEC)); opened.IsOpen()) {
+      folder_ = std::move(opened);
       result = result_code::kNoError;
-    } else if (result = LastError(); result_code::IsFailure(result)) {
+    } else if (result = ResultCodeFromErrno(); result_code::IsFailure(result)) {
       return result;
     }
     path += cut + 1;
@@ -82,7 +65,7 @@ int Stat(const char* path, struct stat& status) noexcept {
     return result;
   }
   return ::fstatat(accessor.Descriptor(), accessor.Name(), &status, AT_SYMLINK_NOFOLLOW) == 0 ? result_code::kNoError
-                                                                                              : LastError();
+                                                                                              : ResultCodeFromErrno();
 }
 
 }  // namespace tov::posix::filesystem::detail::long_path

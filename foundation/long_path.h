@@ -1,9 +1,12 @@
 // File status for paths of any length.
 #pragma once
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <memory>
+
+#include "foundation/file_descriptor.h"
 
 namespace tov::posix::filesystem::detail::long_path {
 
@@ -14,26 +17,22 @@ class FileAccessor {
   FileAccessor() = default;
   FileAccessor(const FileAccessor&) = delete;
   FileAccessor& operator=(const FileAccessor&) = delete;
-  /// Closes the descriptor if one was opened.
-  ~FileAccessor();
+  ~FileAccessor() = default;
 
   /// Prepares descriptor and name. `path` must outlive the accessor. Returns 0, "Out of memory", the code of ENOENT for
   /// a stretch without any "/", or that of the failed open.
   int Initialize(const char* path) noexcept;
 
   /// The folder that `Name()` is relative to; AT_FDCWD for a short path.
-  int Descriptor() const noexcept { return descriptor_; }
+  int Descriptor() const noexcept { return folder_.Get(); }
   const char* Name() const noexcept { return name_; }
 
  private:
-  static constexpr int kCurrentFolder = -100;  // AT_FDCWD
-
   int WalkTo(const char* path) noexcept;
-  void Replace(int descriptor) noexcept;
 
   const char* name_ = nullptr;
   std::unique_ptr<char[]> buffer_;
-  int descriptor_ = kCurrentFolder;
+  FileDescriptor folder_{AT_FDCWD};
 };
 
 /// The status of a file, a final symbolic link not followed. Returns 0 or the failure's result code.
