@@ -12,7 +12,6 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <exception>
 #include <string_view>
 #include <utility>
@@ -245,11 +244,6 @@ ChildResult RunInChild(const std::function<Answer()>& work, std::chrono::millise
     Decode(child.answer_text, WEXITSTATUS(status), result);
   }
   return result;
-}
-
-std::string SignalName(int signal) {
-  const char* name = ::sigabbrev_np(signal);
-  return name != nullptr ? std::string("SIG") + name : "signal " + std::to_string(signal);
 }
 
 }  // namespace doctor

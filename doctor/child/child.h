@@ -33,7 +33,4 @@ struct ChildResult {
 /// for the limit, whichever comes first.
 ChildResult RunInChild(const std::function<Answer()>& work, std::chrono::milliseconds limit);
 
-/// "SIGBUS".
-std::string SignalName(int signal);
-
 }  // namespace doctor

@@ -5,6 +5,7 @@
 #include <set>
 #include <utility>
 
+#include "doctor/child/signal_name.h"
 #include "doctor/examine/text.h"
 #include "foundation/result_code.h"
 #include "netloader/netloaderhostfxr/src/loadermodule.h"

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "doctor/child/signal_name.h"
 #include "doctor/examine/text.h"
 #include "doctor/judge/status_names.h"
 #include "foundation/result_code.h"

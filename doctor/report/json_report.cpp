@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "doctor/child/signal_name.h"
 #include "doctor/examine/text.h"
 #include "doctor/judge/status_names.h"
 #include "doctor/version.h"

@@ -338,11 +338,5 @@ TEST(Child, IsNotStartedWithoutDescriptorsToHearIt) {
   EXPECT_EQ(outer.answer, (Answer{"not started", std::to_string(EMFILE)}));
 }
 
-TEST(Child, SignalsHaveTheirNames) {
-  EXPECT_EQ(SignalName(SIGBUS), "SIGBUS");
-  EXPECT_EQ(SignalName(SIGSEGV), "SIGSEGV");
-  EXPECT_EQ(SignalName(999), "signal 999");
-}
-
 }  // namespace
 }  // namespace doctor
