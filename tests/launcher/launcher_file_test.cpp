@@ -107,7 +107,8 @@ TEST(LauncherFile, NeedsTheCAndCxxLibrariesOnly) {
   if (const char* why = WHY_OTHER_SYMBOLS; *why != '\0') {
     GTEST_SKIP() << "other libraries are needed by " << why;
   }
-  const Names allowed{"libc.so.6", "libstdc++.so.6", "libgcc_s.so.1", "libm.so.6", "ld-linux-x86-64.so.2"};
+  const Names allowed{"libc.so.6",     "libdl.so.2", "libstdc++.so.6",
+                      "libgcc_s.so.1", "libm.so.6",  "ld-linux-x86-64.so.2"};
 
   const Names needed = Caught(Tell(READELF, {"-dW"}), R"(\(NEEDED\).*\[(.*)\])");
 

@@ -1,0 +1,100 @@
+// Functions of the C library as old systems have them, for whatever is linked into an executable.
+//
+// The linker takes the newest version of every function that the building system offers, and the executable then starts
+// on no older system. The functions below shadow those that old C libraries have under an older version or another
+// name: each is hidden in the executable and passes its call on. No header is included, since the headers declare the
+// newest.
+
+#define HIDDEN [[gnu::visibility("hidden")]]
+
+extern "C" {
+
+// Dynamic loading, which moved from libdl to libc in 2.34.
+
+__asm__(".symver OldDlopen, dlopen@GLIBC_2.2.5");
+__asm__(".symver OldDlsym, dlsym@GLIBC_2.2.5");
+__asm__(".symver OldDlerror, dlerror@GLIBC_2.2.5");
+__asm__(".symver OldDlclose, dlclose@GLIBC_2.2.5");
+void* OldDlopen(const char* file, int mode);
+void* OldDlsym(void* library, const char* name);
+char* OldDlerror();
+int OldDlclose(void* library);
+
+HIDDEN void* dlopen(const char* file, int mode) {
+  return OldDlopen(file, mode);
+}
+
+HIDDEN void* dlsym(void* library, const char* name) {
+  return OldDlsym(library, name);
+}
+
+HIDDEN char* dlerror() {
+  return OldDlerror();
+}
+
+HIDDEN int dlclose(void* library) {
+  return OldDlclose(library);
+}
+
+// File status. Before 2.33 these were functions of the headers, and those of the library took the layout's version.
+
+constexpr int kStatVersion = 1;  // The only layout of x86-64.
+
+__asm__(".symver OldStat, __xstat@GLIBC_2.2.5");
+__asm__(".symver OldLstat, __lxstat@GLIBC_2.2.5");
+__asm__(".symver OldFstat, __fxstat@GLIBC_2.2.5");
+__asm__(".symver OldFstatat, __fxstatat@GLIBC_2.4");
+int OldStat(int version, const char* path, void* status);
+int OldLstat(int version, const char* path, void* status);
+int OldFstat(int version, int descriptor, void* status);
+int OldFstatat(int version, int folder, const char* path, void* status, int flags);
+
+HIDDEN int stat(const char* path, void* status) {
+  return OldStat(kStatVersion, path, status);
+}
+
+HIDDEN int lstat(const char* path, void* status) {
+  return OldLstat(kStatVersion, path, status);
+}
+
+HIDDEN int fstat(int descriptor, void* status) {
+  return OldFstat(kStatVersion, descriptor, status);
+}
+
+HIDDEN int fstatat(int folder, const char* path, void* status, int flags) {
+  return OldFstatat(kStatVersion, folder, path, status, flags);
+}
+
+// From 2.32 on the C library says here whether there is one thread only. Never saying so is always right: references
+// are then counted atomically.
+HIDDEN extern const char __libc_single_threaded;
+const char __libc_single_threaded = 0;
+
+// The start. From 2.34 on the C library runs the executable's initialization when it is given no function that does.
+// Older ones know only such a function, and the newer ones still call it.
+
+using Main = int (*)(int, char**, char**);
+using Initializer = void (*)(int, char**, char**);
+using Finalizer = void (*)();
+
+__asm__(".symver OldStart, __libc_start_main@GLIBC_2.2.5");
+int OldStart(Main main, int argc, char** argv, Initializer init, Finalizer fini, Finalizer loader_fini, void* stack);
+
+HIDDEN void _init();
+HIDDEN extern const Initializer __init_array_start[];
+HIDDEN extern const Initializer __init_array_end[];
+
+static void Initialize(int argc, char** argv, char** environment) {
+  _init();
+  for (const Initializer* initializer = __init_array_start; initializer != __init_array_end; ++initializer) {
+    (*initializer)(argc, argv, environment);
+  }
+}
+
+// What runs at the end is the dynamic loader's work in all of them.
+HIDDEN int __libc_start_main(Main main, int argc, char** argv, Initializer /*init*/, Finalizer fini,
+                             Finalizer loader_fini, void* stack) {
+  return OldStart(main, argc, argv, Initialize, fini, loader_fini, stack);
+}
+
+}  // extern "C"
