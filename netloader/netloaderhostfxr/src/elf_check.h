@@ -20,8 +20,10 @@ struct ElfFinding {
   std::string detail;  ///< The reason in words, for people; empty when loadable.
 };
 
-/// Tells whether the file's ELF header and program headers let the dynamic loader map it without touching pages that
-/// are not there, which would end the process. What the dynamic loader would load is never refused. Opens the file
+/// Determines whether the file's ELF header and program headers let the dynamic loader map it without touching pages
+/// that are not there, which would end the process. What a linker makes passes, at whatever address it was linked. Two
+/// damages are refused although the dynamic loader may be lucky with them: segments out of order, so that one lies
+/// outside of the range from the first to the last, and a file cut within the last page of a segment. Opens the file
 /// once, reads at most twice, maps nothing. It does not see damage behind the headers.
 ElfFinding CheckElf(const char* path);
 

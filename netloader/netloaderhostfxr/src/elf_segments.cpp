@@ -11,73 +11,103 @@ using ProgramHeaders = std::vector<Elf64_Phdr>;
 
 constexpr std::uint64_t kPageSize = 4096;
 
-// The end of a range, or the largest number when it has none.
-std::uint64_t End(std::uint64_t start, std::uint64_t size) {
-  const std::uint64_t end = start + size;
-  return end < start ? UINT64_MAX : end;
-}
-
+// Addresses are added up as the dynamic loader does it, modulo 2^64: a library may be linked at any address, and its
+// segments may stand on both sides of the last one.
 std::uint64_t PageStart(std::uint64_t address) {
   return address & ~(kPageSize - 1);
 }
 std::uint64_t PageEnd(std::uint64_t address) {
-  return address > UINT64_MAX - kPageSize ? UINT64_MAX : PageStart(address + kPageSize - 1);
+  return PageStart(address + kPageSize - 1);
 }
 
 ElfFinding Loadable() {
   return {ElfVerdict::kLoadable, {}};
 }
-
-// Where a segment's zeros end, added up as the dynamic loader does: a sum that wraps around ends before the library,
-// and there are no zeros to write then.
-std::int64_t MemoryEnd(const Elf64_Phdr& load) {
-  return static_cast<std::int64_t>(load.p_vaddr + load.p_memsz);
+ElfFinding Malformed(const char* detail) {
+  return {ElfVerdict::kMalformed, detail};
 }
 
-// The dynamic loader maps every segment into one range of addresses, reserved from the first segment's start to the
-// last one's end. A segment outside would replace something else that is mapped.
-bool IsOutside(const Elf64_Phdr& load, const Elf64_Phdr& first, const Elf64_Phdr& last) {
-  if (MemoryEnd(last) < 0 || PageStart(load.p_vaddr) < PageStart(first.p_vaddr)) {
-    return true;
+// The one range that the dynamic loader reserves, from the page in which the first segment starts to the end of the
+// last one. All positions count from its start: only differences of addresses mean anything, the rest is chosen when
+// the library is loaded.
+class Reservation {
+ public:
+  explicit Reservation(const ProgramHeaders& loads)
+      : base_(PageStart(loads.front().p_vaddr)),
+        size_(PageEnd(Position(loads.back().p_vaddr + loads.back().p_memsz))) {}
+
+  // Pages outside would replace something else that is mapped, code of the process for example. Below the first
+  // segment positions are huge, since they wrap around.
+  bool Holds(const Elf64_Phdr& load) const {
+    return FirstPage(load) <= size_ && PagesEnd(load) <= size_ && (!HasZeros(load) || ZerosEnd(load) <= size_);
   }
-  const std::uint64_t limit = PageEnd(static_cast<std::uint64_t>(MemoryEnd(last)));
-  return PageEnd(End(load.p_vaddr, load.p_filesz)) > limit || MemoryEnd(load) > static_cast<std::int64_t>(limit);
+
+  // Whether zeros follow the segment's bytes. The dynamic loader writes none if they end, at the address that the
+  // library has in the end, before they start: a negative position does.
+  bool HasZeros(const Elf64_Phdr& load) const {
+    return load.p_vaddr + load.p_memsz > load.p_vaddr + load.p_filesz && static_cast<std::int64_t>(ZerosEnd(load)) > 0;
+  }
+
+  // Whether an address stands in pages that come from the file: behind them are zeros, or nothing.
+  bool StandsInPagesOf(const Elf64_Phdr& load, std::uint64_t address) const {
+    return Position(address) >= FirstPage(load) && Position(address) < PagesEnd(load);
+  }
+
+ private:
+  std::uint64_t Position(std::uint64_t address) const { return address - base_; }
+  std::uint64_t FirstPage(const Elf64_Phdr& load) const { return PageStart(Position(load.p_vaddr)); }
+  std::uint64_t ZerosEnd(const Elf64_Phdr& load) const { return Position(load.p_vaddr + load.p_memsz); }
+  std::uint64_t PagesEnd(const Elf64_Phdr& load) const { return PageEnd(Position(load.p_vaddr + load.p_filesz)); }
+
+  std::uint64_t base_;
+  std::uint64_t size_;
+};
+
+// The dynamic loader compares the addresses themselves: a segment that reaches to the last address or wraps around it
+// ends before it starts and is not mapped. The first one is, with the reservation.
+bool IsLeftUnmapped(const Elf64_Phdr& load) {
+  return PageEnd(load.p_vaddr + load.p_filesz) < PageStart(load.p_vaddr);
 }
 
 // Touching a page of which the file has no byte is a bus error. A segment without bytes of its own needs none, unless
 // it begins inside of a page: its zeros are then written into a page of the file.
-ElfFinding CheckBytes(const Elf64_Phdr& load, std::uint64_t size) {
+ElfFinding CheckBytes(const Elf64_Phdr& load, const Reservation& reservation, std::uint64_t size) {
   if (load.p_filesz != 0) {
     return CheckRange(load.p_offset, load.p_filesz, size);
   }
-  const bool hasZerosInPage = PageStart(load.p_vaddr) != load.p_vaddr && load.p_vaddr + load.p_memsz > load.p_vaddr;
+  const bool hasZerosInPage = PageStart(load.p_vaddr) != load.p_vaddr && reservation.HasZeros(load);
   return hasZerosInPage ? CheckRange(PageStart(load.p_offset), 1, size) : Loadable();
 }
 
-ElfFinding CheckSegments(const ProgramHeaders& loads, std::uint64_t size) {
+ElfFinding CheckSegments(const ProgramHeaders& loads, const Reservation& reservation, std::uint64_t size) {
   for (const Elf64_Phdr& load : loads) {
-    if (ElfFinding finding = CheckBytes(load, size); finding.verdict != ElfVerdict::kLoadable) {
+    if (ElfFinding finding = CheckBytes(load, reservation, size); finding.verdict != ElfVerdict::kLoadable) {
       return finding;
     }
-    if (IsOutside(load, loads.front(), loads.back())) {
-      return {ElfVerdict::kMalformed, "a segment outside the library's own addresses"};
+    if (!reservation.Holds(load) || (IsLeftUnmapped(load) && &load != &loads.front())) {
+      return Malformed("a segment outside the library's own addresses");
     }
   }
   return Loadable();
 }
 
-// The dynamic section is read from memory, so it must stand in pages that come from the file.
-ElfFinding CheckDynamicSection(const Elf64_Phdr& dynamic, const ProgramHeaders& loads) {
-  const bool mapped = std::ranges::any_of(loads, [&](const Elf64_Phdr& load) {
-    return dynamic.p_vaddr >= PageStart(load.p_vaddr) && dynamic.p_vaddr < PageEnd(End(load.p_vaddr, load.p_filesz));
+// The dynamic loader reads the dynamic section from memory as soon as the segments are mapped.
+ElfFinding CheckDynamicSection(const Elf64_Phdr& dynamic, const ProgramHeaders& loads, const Reservation& reservation) {
+  // Pages that two segments share are the later one's.
+  const auto home = std::find_if(loads.rbegin(), loads.rend(), [&](const Elf64_Phdr& load) {
+    return reservation.StandsInPagesOf(load, dynamic.p_vaddr);
   });
-  return mapped ? Loadable() : ElfFinding{ElfVerdict::kMalformed, "a dynamic section outside the loadable segments"};
+  if (home == loads.rend()) {  // The first read would hit an address without memory, or nothing but zeros.
+    return Malformed("a dynamic section outside the loadable segments");
+  }
+  return Loadable();
 }
 
 }  // namespace
 
 ElfFinding CheckRange(std::uint64_t start, std::uint64_t length, std::uint64_t size) {
-  const std::uint64_t end = End(start, length);
+  const std::uint64_t sum = start + length;
+  const std::uint64_t end = sum < start ? UINT64_MAX : sum;  // A sum without a number is beyond any file.
   if (end <= size) {
     return Loadable();
   }
@@ -88,13 +118,17 @@ ElfFinding CheckRange(std::uint64_t start, std::uint64_t length, std::uint64_t s
 ElfFinding CheckProgramHeaders(const ProgramHeaders& headers, std::uint64_t size) {
   ProgramHeaders loads;
   std::ranges::copy_if(headers, std::back_inserter(loads), [](const auto& each) { return each.p_type == PT_LOAD; });
-  if (ElfFinding finding = CheckSegments(loads, size); finding.verdict != ElfVerdict::kLoadable) {
+  if (loads.empty()) {
+    return Loadable();  // Nothing would be mapped; the dynamic loader reports it.
+  }
+  const Reservation reservation(loads);
+  if (ElfFinding finding = CheckSegments(loads, reservation, size); finding.verdict != ElfVerdict::kLoadable) {
     return finding;
   }
   // Of several the dynamic loader takes the last.
   const auto dynamic =
       std::find_if(headers.rbegin(), headers.rend(), [](const auto& each) { return each.p_type == PT_DYNAMIC; });
-  return dynamic != headers.rend() ? CheckDynamicSection(*dynamic, loads) : Loadable();
+  return dynamic != headers.rend() ? CheckDynamicSection(*dynamic, loads, reservation) : Loadable();
 }
 
 }  // namespace netloader

@@ -145,6 +145,72 @@ TEST(ElfCheckSegments, ASegmentBelowTheFirstOneIsOutside) {
   EXPECT_EQ(finding.detail, kSegmentOutside);
 }
 
+TEST(ElfCheckSegments, SegmentsOutOfOrderAreRefusedThoughTheDynamicLoaderIsLuckyWithThem) {
+  const Spoilt whole;
+  const auto first = whole.FirstLoad();
+  const auto second = whole.Find(PT_LOAD).at(1);
+  Spoilt library = Spoilt().Set(first, whole.Segment(second)).Set(second, whole.Segment(first));
+
+  EXPECT_EQ(library.Check().detail, kSegmentOutside);
+  EXPECT_EQ(library.AskLoader(), LoaderVerdict::kLoads);
+}
+
+TEST(ElfCheckSegments, ACutInTheLastPageIsRefusedThoughTheDynamicLoaderIsLuckyWithIt) {
+  const Spoilt whole;
+  const Elf64_Phdr last = whole.Segment(whole.LastLoad());
+  const std::uint64_t end = last.p_offset + last.p_filesz;
+  Spoilt cut(whole.Image().CutTo(end - 1));
+
+  EXPECT_EQ(cut.Check().detail, CutShort(end, end - 1));
+  EXPECT_EQ(cut.AskLoader(), LoaderVerdict::kLoads);
+}
+
+// The same library with every segment's address raised, as if it had been linked there; nothing in it is relocated.
+Spoilt LinkedAt(std::uint64_t address) {
+  Spoilt library;
+  const std::size_t count = library.Image().ProgramHeaders().size();
+  for (std::size_t i = 0; i < count; ++i) {
+    library.Set(i, &Elf64_Phdr::p_vaddr, library.Segment(i).p_vaddr + address);
+  }
+  return library;
+}
+
+TEST(ElfCheckSegments, OnlyTheDistanceFromTheFirstSegmentCounts) {
+  for (const std::uint64_t address : {std::uint64_t{0}, std::uint64_t{1} << 47, UINT64_MAX / 2 + 1 - kPage,
+                                      UINT64_MAX / 2 + 1, UINT64_MAX - 0x7fffffff, UINT64_MAX - kPage + 1}) {
+    SCOPED_TRACE(address);
+    Spoilt whole = LinkedAt(address);
+    const auto second = whole.Find(PT_LOAD).at(1);
+    const Elf64_Phdr last = whole.Segment(whole.LastLoad());
+    Spoilt outside = LinkedAt(address).Set(second, &Elf64_Phdr::p_vaddr, last.p_vaddr + last.p_memsz + kPage);
+
+    EXPECT_EQ(whole.Check().detail, "");
+    EXPECT_EQ(outside.Check().detail, kSegmentOutside);
+  }
+}
+
+TEST(ElfCheckSegments, ASegmentThatReachesTheLastAddressOrWrapsAroundItIsRefusedUnlessItIsTheFirst) {
+  struct Row {
+    const char* name;
+    std::size_t segment;
+    bool reaches;
+    const char* detail;
+  };
+  for (const auto& [name, segment, reaches, detail] : std::to_array<Row>({
+           {"the first one reaches it", 0, true, ""},
+           {"the second one reaches it", 1, true, kSegmentOutside},
+           {"the second one wraps around it", 1, false, kSegmentOutside},
+           {"the last one reaches it", 3, true, kSegmentOutside},
+       })) {
+    SCOPED_TRACE(name);
+    const Elf64_Phdr load = Spoilt().Segment(Spoilt().Find(PT_LOAD).at(segment));
+    const std::uint64_t end = (load.p_vaddr + load.p_filesz + kPage - 1) / kPage * kPage;
+    Spoilt library = LinkedAt((reaches ? 0 : kPage) - end);
+
+    EXPECT_EQ(library.Check().detail, detail);
+  }
+}
+
 TEST(ElfCheckSegments, ASegmentInTheFirstOnesPageIsInside) {
   Spoilt library;
   library.Set(library.FirstLoad(), &Elf64_Phdr::p_vaddr, kPage - 1);
