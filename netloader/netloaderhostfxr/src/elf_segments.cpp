@@ -100,6 +100,13 @@ ElfFinding CheckDynamicSection(const Elf64_Phdr& dynamic, const ProgramHeaders& 
   if (home == loads.rend()) {  // The first read would hit an address without memory, or nothing but zeros.
     return Malformed("a dynamic section outside the loadable segments");
   }
+  if ((home->p_flags & (PF_R | PF_W | PF_X)) == 0) {  // The first read is a violation.
+    return Malformed("a dynamic section in a segment without any permission");
+  }
+  // Entries read from between two of them mix up tags and addresses, and the dynamic loader follows wrong pointers.
+  if (dynamic.p_vaddr % alignof(Elf64_Dyn) != 0) {
+    return Malformed("a dynamic section whose address is not a multiple of 8");
+  }
   return Loadable();
 }
 

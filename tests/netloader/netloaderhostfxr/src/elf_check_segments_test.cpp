@@ -25,6 +25,8 @@ using tests::LoaderVerdict;
 constexpr std::uint64_t kPage = 4096;
 constexpr const char* kSegmentOutside = "a segment outside the library's own addresses";
 constexpr const char* kDynamicOutside = "a dynamic section outside the loadable segments";
+constexpr const char* kDynamicClosed = "a dynamic section in a segment without any permission";
+constexpr const char* kDynamicUneven = "a dynamic section whose address is not a multiple of 8";
 
 // A library to be spoilt, one field of one program header after the other.
 class Spoilt {
@@ -230,7 +232,7 @@ TEST(ElfCheckSegments, TheDynamicSectionMustStandInPagesThatComeFromTheFile) {
   };
   for (const auto& [name, address, good] : std::to_array<Row>({
            {"at the very beginning", 0, true},
-           {"in the last page", end - 1, true},
+           {"in the last page", end - 8, true},
            {"in the page after it", end, false},
            {"nowhere", UINT64_MAX, false},
        })) {
@@ -241,6 +243,50 @@ TEST(ElfCheckSegments, TheDynamicSectionMustStandInPagesThatComeFromTheFile) {
     EXPECT_EQ(finding.verdict, good ? ElfVerdict::kLoadable : ElfVerdict::kMalformed);
     EXPECT_EQ(finding.detail, good ? "" : kDynamicOutside);
   }
+}
+
+TEST(ElfCheckSegments, TheDynamicSectionsAddressMustBeAMultipleOf8) {
+  const Spoilt whole;
+  const std::uint64_t address = whole.Segment(whole.Dynamic()).p_vaddr;
+  for (std::uint64_t offset = 0; offset < 8; ++offset) {
+    SCOPED_TRACE(offset);
+    Spoilt library = Spoilt().Set(whole.Dynamic(), &Elf64_Phdr::p_vaddr, address + offset);
+
+    EXPECT_EQ(library.Check().detail, offset == 0 ? "" : kDynamicUneven);
+    EXPECT_EQ(library.AskLoader() == LoaderVerdict::kLoads, offset == 0);
+  }
+}
+
+TEST(ElfCheckSegments, TheDynamicSectionMustStandInASegmentWithAnyPermission) {
+  const Spoilt whole;
+  for (const std::uint32_t permissions : std::to_array<std::uint32_t>({0, PF_R, PF_W, PF_X, PF_R | PF_W})) {
+    SCOPED_TRACE(permissions);
+    Elf64_Phdr last = whole.Segment(whole.LastLoad());
+    last.p_flags = permissions;
+    Spoilt library = Spoilt().Set(whole.LastLoad(), last);
+
+    EXPECT_EQ(library.Check().detail, permissions == 0 ? kDynamicClosed : "");
+  }
+}
+
+// The last segment twice, with these permissions.
+Spoilt WithLastSegmentTwice(std::uint32_t first, std::uint32_t second) {
+  Spoilt library;
+  Elf64_Phdr segment = library.Segment(library.LastLoad());
+  segment.p_flags = first;
+  library.Set(library.LastLoad(), segment);
+  segment.p_flags = second;
+  return library.Set(library.Find(PT_GNU_STACK).front(), segment);
+}
+
+TEST(ElfCheckSegments, PagesOfTwoSegmentsHaveThePermissionsOfTheLater) {
+  Spoilt opened = WithLastSegmentTwice(0, PF_R | PF_W);
+  Spoilt closed = WithLastSegmentTwice(PF_R | PF_W, 0);
+
+  EXPECT_EQ(opened.Check().detail, "");
+  EXPECT_EQ(opened.AskLoader(), LoaderVerdict::kLoads);
+  EXPECT_EQ(closed.Check().detail, kDynamicClosed);
+  EXPECT_EQ(closed.AskLoader(), LoaderVerdict::kCrashes);
 }
 
 TEST(ElfCheckSegments, OfTwoDynamicSectionsTheLastOneCountsAsItDoesForTheDynamicLoader) {
