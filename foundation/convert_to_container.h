@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <optional>
+#include <stdexcept>
 #include <string_view>
 
 #include "foundation/char_converters.h"
@@ -21,9 +22,9 @@ struct ConvertToContainer {
   using Output = types::basic_string_t<OutputChar>;
 
   /// Writes the converted `range` into `output` from `offset` on; what stands before `offset` is kept, what stood
-  /// after it is replaced. Returns 0, or "Invalid argument" for malformed input or "Out of memory", and then leaves
-  /// `output` as it was. Never throws.
-  static int Do(Input range, Output& output, std::size_t offset) noexcept {
+  /// after it is replaced. Returns 0, or "Invalid argument" for malformed input or "Out of memory" (for an offset that
+  /// no string reaches, too), and then leaves `output` as it was. Never throws.
+  [[nodiscard]] static int Do(Input range, Output& output, std::size_t offset) noexcept {
     try {
       return Replace(range, output, offset) ? result_code::kNoError : result_code::kInvalidArgument;
     } catch (...) {  // A string that is too long for memory, or for its type.
@@ -40,7 +41,7 @@ struct ConvertToContainer {
     if (!length) {
       return false;
     }
-    output.resize(offset + ascii + *length);
+    output.resize(Sum(offset, ascii + *length));
     OutputChar* out = output.data() + offset;
     for (std::size_t at = 0; at < ascii; ++at) {
       out[at] = static_cast<OutputChar>(range[at]);
@@ -50,6 +51,14 @@ struct ConvertToContainer {
   }
 
  private:
+  // A sum that wrapped around would cut the output, and the text would be written outside of it.
+  static std::size_t Sum(std::size_t offset, std::size_t length) {
+    if (length > SIZE_MAX - offset) {
+      throw std::length_error("offset and length exceed every string");
+    }
+    return offset + length;
+  }
+
   static std::size_t AsciiLength(Input range) {
     // The bits that no ASCII unit has, in as many units as a machine word takes.
     constexpr std::uint64_t kOthers = sizeof(typename From::CharType) == 1 ? 0x8080808080808080 : 0xFF80FF80FF80FF80;

@@ -18,6 +18,17 @@ namespace {
 
 constexpr const char* kUtf8Locale = "C.UTF-8";
 
+template <typename To, typename From>
+concept CanCast = requires(From text) {
+  Cast<To>(text);
+};
+
+static_assert(CanCast<std::string, std::u16string_view> && CanCast<WideString, std::string_view>);
+static_assert(CanCast<std::string, std::string_view>);
+static_assert(!CanCast<std::wstring, std::u16string_view> && !CanCast<std::wstring, std::string_view>,
+              "a type without a conversion must be refused by the compiler, not by the linker");
+static_assert(!CanCast<WideString, std::u16string_view>);
+
 class ScopedLocale {
  public:
   explicit ScopedLocale(const char* name) : before_(std::setlocale(LC_ALL, nullptr)) {

@@ -41,9 +41,10 @@ TEST(ConvertToContainerMemory, TheOutputIsSizedOnce) {
   NarrowString narrow;
   const std::size_t before = AllocationsMade();
 
-  Utf16ToUtf8::Do(wide, narrow, 0);
+  const int result = Utf16ToUtf8::Do(wide, narrow, 0);
 
   EXPECT_EQ(AllocationsMade(), before + 1);
+  EXPECT_EQ(result, 0);
 }
 
 TEST(UtfMemory, ATextThatThereIsNoMemoryForIsEmpty) {

@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 #include "tests/foundation/utf_table.h"
 
@@ -184,6 +187,19 @@ TEST(ConvertToContainer, ALengthThatNoStringCanHaveIsOutOfMemory) {
   EXPECT_EQ(Utf16ToUtf8::Do(u"a", narrow, narrow.max_size()), static_cast<int>(0x80000041U));
 
   EXPECT_EQ(narrow, "as it was");
+}
+
+TEST(ConvertToContainer, AnOffsetThatWrapsAroundWithTheTextIsOutOfMemory) {
+  for (const std::size_t offset : {SIZE_MAX, SIZE_MAX - 1}) {
+    NarrowString narrow = "as it was";
+    WideString wide = u"as it was";
+
+    EXPECT_EQ(Utf16ToUtf8::Do(u"ab", narrow, offset), static_cast<int>(0x80000041U));
+    EXPECT_EQ(Utf8ToUtf16::Do("ab", wide, offset), static_cast<int>(0x80000041U));
+
+    EXPECT_EQ(narrow, "as it was");
+    EXPECT_EQ(wide, u"as it was");
+  }
 }
 
 }  // namespace
