@@ -13,43 +13,17 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/file_descriptor.h"
 #include "netloader/netloaderhostfxr/src/elf_segments.h"
 
 namespace netloader {
 namespace {
 
+using tov::posix::FileDescriptor;
 using ProgramHeaders = std::vector<Elf64_Phdr>;
 
 // Room for the header and the program headers of nearly every library, so that one read is enough.
 constexpr std::size_t kFrontSize = 832;
-
-class FileDescriptor {
- public:
-  explicit FileDescriptor(const char* path) : descriptor_(::open(path, O_RDONLY | O_CLOEXEC)) {}
-  FileDescriptor(const FileDescriptor&) = delete;
-  FileDescriptor& operator=(const FileDescriptor&) = delete;
-  ~FileDescriptor() {
-    if (IsOpen()) {
-      ::close(descriptor_);
-    }
-  }
-
-  bool IsOpen() const { return descriptor_ >= 0; }
-
-  std::uint64_t Size() const {
-    struct stat status {};
-    return ::fstat(descriptor_, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
-  }
-
-  // How many bytes were read; empty when the read failed.
-  std::optional<std::size_t> Read(void* buffer, std::size_t size, std::uint64_t offset) const {
-    const ssize_t count = ::pread(descriptor_, buffer, size, static_cast<off_t>(offset));
-    return count < 0 ? std::nullopt : std::optional(static_cast<std::size_t>(count));
-  }
-
- private:
-  int descriptor_;
-};
 
 ElfFinding Unreadable(std::string reason) {
   return {ElfVerdict::kUnreadable, std::move(reason)};
@@ -99,16 +73,17 @@ std::optional<ProgramHeaders> ReadProgramHeaders(const FileDescriptor& file, con
     std::memcpy(headers.data(), front.bytes.data() + header.e_phoff, size);
     return headers;
   }
-  return file.Read(headers.data(), size, header.e_phoff) == size ? std::optional(std::move(headers)) : std::nullopt;
+  const ssize_t length = ::pread(file.Get(), headers.data(), size, static_cast<off_t>(header.e_phoff));
+  return length == static_cast<ssize_t>(size) ? std::optional(std::move(headers)) : std::nullopt;
 }
 
 ElfFinding CheckFile(const FileDescriptor& file, std::uint64_t size) {
   Front front;
-  const auto length = file.Read(front.bytes.data(), front.bytes.size(), 0);
-  if (!length) {
+  const ssize_t length = ::pread(file.Get(), front.bytes.data(), front.bytes.size(), 0);
+  if (length < 0) {
     return Unreadable(std::strerror(errno));
   }
-  front.length = *length;
+  front.length = static_cast<std::size_t>(length);
   if (ElfFinding finding = CheckHeader(front, size); finding.verdict != ElfVerdict::kLoadable) {
     return finding;
   }
@@ -119,8 +94,12 @@ ElfFinding CheckFile(const FileDescriptor& file, std::uint64_t size) {
 }  // namespace
 
 ElfFinding CheckElf(const char* path) {
-  const FileDescriptor file(path);
-  return file.IsOpen() ? CheckFile(file, file.Size()) : Unreadable(std::strerror(errno));
+  const FileDescriptor file(::open(path, O_RDONLY | O_CLOEXEC));
+  struct stat status {};
+  if (!file.IsOpen() || ::fstat(file.Get(), &status) != 0) {
+    return Unreadable(std::strerror(errno));
+  }
+  return CheckFile(file, static_cast<std::uint64_t>(status.st_size));
 }
 
 }  // namespace netloader
