@@ -94,10 +94,14 @@ ElfFinding CheckFile(const FileDescriptor& file, std::uint64_t size) {
 }  // namespace
 
 ElfFinding CheckElf(const char* path) {
-  const FileDescriptor file(::open(path, O_RDONLY | O_CLOEXEC));
+  // Whoever opens a fifo waits for a writer, for ever if none comes.
+  const FileDescriptor file(::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
   if (!file.IsOpen() || ::fstat(file.Get(), &status) != 0) {
     return Unreadable(std::strerror(errno));
+  }
+  if (!S_ISREG(status.st_mode)) {
+    return Unreadable("not a regular file");
   }
   return CheckFile(file, static_cast<std::uint64_t>(status.st_size));
 }

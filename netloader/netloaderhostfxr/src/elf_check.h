@@ -7,7 +7,7 @@ namespace netloader {
 
 enum class ElfVerdict {
   kLoadable,
-  kUnreadable,    ///< It cannot be opened or read.
+  kUnreadable,    ///< It cannot be opened or read, or is not a regular file.
   kNotElf,        ///< Empty, text, another format.
   kOtherMachine,  ///< ELF for another machine, word size or byte order.
   kNotShared,     ///< ELF, but no shared object.
@@ -24,7 +24,7 @@ struct ElfFinding {
 /// that are not there, which would end the process. What a linker makes passes, at whatever address it was linked. Two
 /// damages are refused although the dynamic loader may be lucky with them: segments out of order, so that one lies
 /// outside of the range from the first to the last, and a file cut within the last page of a segment. Opens the file
-/// once, reads at most twice, maps nothing. It does not see damage behind the headers.
+/// once, without ever waiting, reads at most twice, maps nothing. It does not see damage behind the headers.
 ElfFinding CheckElf(const char* path);
 
 }  // namespace netloader

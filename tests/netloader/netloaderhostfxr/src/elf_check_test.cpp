@@ -1,6 +1,8 @@
 #include "netloader/netloaderhostfxr/src/elf_check.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
@@ -47,13 +49,21 @@ TEST(ElfCheck, AMissingFileIsUnreadableForTheSystemsReason) {
   EXPECT_EQ(finding.detail, "No such file or directory");
 }
 
-TEST(ElfCheck, AFolderIsUnreadableForTheSystemsReason) {
+TEST(ElfCheck, OnlyARegularFileIsRead) {
   const tests::TempFolder folder;
+  const std::string fifo = folder / "fifo";
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+  for (const std::string& path : {folder.Path().string(), fifo, std::string("/dev/zero")}) {
+    SCOPED_TRACE(path);
+    const tests::CountedReads count;
+    ::alarm(60);  // Ends the test should it wait for a writer.
+    const ElfFinding finding = CheckElf(path.c_str());
+    ::alarm(0);
 
-  const ElfFinding finding = CheckElf(folder.Path().c_str());
-
-  EXPECT_EQ(finding.verdict, ElfVerdict::kUnreadable);
-  EXPECT_EQ(finding.detail, "Is a directory");
+    EXPECT_EQ(finding.verdict, ElfVerdict::kUnreadable);
+    EXPECT_EQ(finding.detail, "not a regular file");
+    EXPECT_EQ(count.Reads(), 0);
+  }
 }
 
 TEST(ElfCheck, AFileWhoseBeginningCannotBeReadIsUnreadableForTheSystemsReason) {

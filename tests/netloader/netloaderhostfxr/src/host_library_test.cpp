@@ -2,6 +2,8 @@
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
 #include <string>
@@ -55,6 +57,19 @@ TEST(HostLibrary, AFileThatIsNoLibraryIsRefusedWithItsPathAndTheReason) {
 
   EXPECT_EQ(opened.handle, nullptr);
   EXPECT_EQ(opened.error, runtime.HostFile("6.0.1").string() + ": not an ELF file");
+}
+
+TEST(HostLibrary, AFifoInTheLibrarysPlaceIsRefusedAtOnce) {
+  const tests::TempFolder folder;
+  const auto fifo = folder.Path() / "libhostfxr.so";
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+
+  ::alarm(60);  // Ends the test should it wait for a writer.
+  const OpenedLibrary opened = OpenLibrary(fifo.u16string());
+  ::alarm(0);
+
+  EXPECT_EQ(opened.handle, nullptr);
+  EXPECT_EQ(opened.error, fifo.string() + ": not a regular file");
 }
 
 TEST(HostLibrary, ARefusedFileLeavesNothingForALaterQuestionToTheDynamicLoader) {
