@@ -19,7 +19,7 @@ constexpr std::size_t kBufferSize = kLongestName + 1;
 }  // namespace
 
 int FileAccessor::Initialize(const char* path) noexcept {
-  folder_ = FileDescriptor(AT_FDCWD);
+  Clear();
   if (::strnlen(path, kBufferSize) <= kLongestName) {
     name_ = path;
     return result_code::kNoError;
@@ -30,9 +30,16 @@ int FileAccessor::Initialize(const char* path) noexcept {
   }
   const int result = WalkTo(path);
   if (result_code::IsFailure(result)) {
-    buffer_.reset();
+    Clear();
   }
   return result;
+}
+
+// The name may stand in the buffer, so neither outlives the other.
+void FileAccessor::Clear() noexcept {
+  name_ = nullptr;
+  buffer_.reset();
+  folder_ = FileDescriptor(AT_FDCWD);
 }
 
 int FileAccessor::WalkTo(const char* path) noexcept {

@@ -20,15 +20,17 @@ class FileAccessor {
   ~FileAccessor() = default;
 
   /// Prepares descriptor and name. `path` must outlive the accessor. Returns 0, "Out of memory", the code of ENOENT for
-  /// a stretch without any "/", or that of the failed open.
+  /// a stretch without any "/", or that of the failed open; then no folder is open and there is no name.
   int Initialize(const char* path) noexcept;
 
   /// The folder that `Name()` is relative to; AT_FDCWD for a short path.
   int Descriptor() const noexcept { return folder_.Get(); }
+  /// Null before the first path and after a failure.
   const char* Name() const noexcept { return name_; }
 
  private:
   int WalkTo(const char* path) noexcept;
+  void Clear() noexcept;
 
   const char* name_ = nullptr;
   std::unique_ptr<char[]> buffer_;

@@ -116,6 +116,25 @@ TEST(LongPath, AnAccessorCanBeUsedAgain) {
   EXPECT_EQ(OpenFiles(), before);
 }
 
+TEST(LongPath, AnAccessorThatFailsWhenUsedAgainHoldsNothing) {
+  const TempFolder folder;
+  const std::string reached = PathOfLength(folder.Path(), "any", 5000);
+  const std::string missing = PathOfLength(folder / "missing", "any", 5000);
+  const std::string missing_later = PathOfLength(folder.Path(), "missing", 5000) + "/" + std::string(4095, '.');
+  const std::size_t before = OpenFiles();
+
+  for (const std::string& path : {missing, missing_later}) {
+    FileAccessor accessor;
+    ASSERT_EQ(accessor.Initialize(reached.c_str()), 0);
+
+    EXPECT_EQ(accessor.Initialize(path.c_str()), Code(0x80010102));
+
+    EXPECT_EQ(accessor.Name(), nullptr);
+    EXPECT_EQ(accessor.Descriptor(), AT_FDCWD);
+    EXPECT_EQ(OpenFiles(), before);
+  }
+}
+
 // One byte to either side of every length at which one more stretch is needed, and some that are far above.
 TEST(LongPath, StatReachesAFileByAPathOfAnyLength) {
   const TempFolder folder;
