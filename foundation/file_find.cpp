@@ -11,6 +11,9 @@
 namespace tov::posix::filesystem {
 
 int FileFind::Open(const NarrowString& path) {
+  // Whatever fails below, nothing of a folder that was open before is left behind the new path.
+  entry_ = nullptr;
+  folder_.reset();
   folder_path_ = path.empty() ? NarrowString(".") : path;
   if (const int result = OpenFolder(); result_code::IsFailure(result)) {
     return result;

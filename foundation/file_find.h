@@ -14,12 +14,12 @@ namespace tov::posix::filesystem {
 /// destroyed.
 class FileFind {
  public:
-  /// Opens the folder (UTF-8, any length; an empty path is ".") and reads its first entry. Returns 0 or the failure's
-  /// result code: "Not found" for a folder without any entry.
+  /// Leaves the folder that was open, opens this one (UTF-8, any length; an empty path is ".") and reads its first
+  /// entry. Returns 0 or the failure's result code: "Not found" for a folder without any entry. Nothing is open then.
   int Open(const NarrowString& path);
 
-  /// Reads the next entry. Returns 0 or the result code of a failed read; at the end and after a failure there is no
-  /// entry.
+  /// Reads the next entry of the open folder. Returns 0 or the result code of a failed read; at the end and after a
+  /// failure there is no entry.
   int Next() noexcept;
 
   bool HasEntry() const noexcept { return entry_ != nullptr; }

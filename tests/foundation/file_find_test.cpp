@@ -113,6 +113,38 @@ TEST(FileFind, WhatIsNoReadableFolderHasItsCodeAndLeavesNothingOpen) {
   fs::permissions(folder / "locked", fs::perms::owner_all);
 }
 
+TEST(FileFind, OneThatFailsWhenOpenedAgainHasLeftItsFirstFolder) {
+  const TempFolder folder;
+  const std::size_t before = OpenFiles();
+
+  for (const std::string& path : {(folder / "missing").string(), "/" + std::string(5000, 'n')}) {
+    FileFind find;
+    ASSERT_EQ(find.Open(folder.Path()), 0);
+
+    EXPECT_EQ(find.Open(path), Code(0x80010102));
+
+    EXPECT_FALSE(find.HasEntry());
+    EXPECT_EQ(find.FolderPath(), path);
+    EXPECT_EQ(OpenFiles(), before);
+  }
+}
+
+TEST(FileFind, OneThatIsOpenCanBeOpenedAgain) {
+  const TempFolder folder;
+  WriteFile(folder / "first/file", "");
+  fs::create_directory(folder / "second");
+  const std::size_t before = OpenFiles();
+  FileFind find;
+  ASSERT_EQ(find.Open(folder / "first"), 0);
+
+  ASSERT_EQ(find.Open(folder / "second"), 0);
+
+  EXPECT_EQ(Rest(find), (std::multiset<std::string>{".", ".."}));
+  ASSERT_EQ(find.Open(find.FolderPath() + "../first"), 0);
+  EXPECT_EQ(Rest(find).count("file"), 1U);
+  EXPECT_EQ(OpenFiles(), before + 1);
+}
+
 // A folder that was removed while it was open has not even the dots.
 TEST(FileFind, AFolderWithoutAnyEntryIsNotFound) {
   const TempFolder folder;
