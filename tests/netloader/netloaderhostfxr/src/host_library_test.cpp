@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -70,6 +71,39 @@ TEST(HostLibrary, AFifoInTheLibrarysPlaceIsRefusedAtOnce) {
 
   EXPECT_EQ(opened.handle, nullptr);
   EXPECT_EQ(opened.error, fifo.string() + ": not a regular file");
+}
+
+TEST(HostLibrary, AFileWhosePathMeansAnotherFileToTheDynamicLoaderIsRefused) {
+  const tests::TempFolder folder;
+  const auto file = folder / "$ORIGIN/libhostfxr.so";
+  tests::WriteFile(file, tests::ReadFile(tests::HostLibrary()));
+
+  const OpenedLibrary opened = OpenLibrary(file.u16string());
+
+  EXPECT_EQ(opened.handle, nullptr);
+  EXPECT_EQ(opened.error, file.string() + ": its path contains $ORIGIN, which the dynamic loader replaces");
+}
+
+TEST(HostLibrary, ACutLibraryWhereTheReplacedPathLeadsIsNotMapped) {
+  const tests::TempFolder folder;
+  const std::string library = tests::ReadFile(tests::HostLibrary());
+  const auto file = folder / "$ORIGIN/libhostfxr.so";
+  const auto own = std::filesystem::read_symlink("/proc/self/exe").parent_path().string();
+  tests::WriteFile(file, library);
+  tests::WriteFile(folder.Path().string() + "/" + own + "/libhostfxr.so", library.substr(0, 5000));
+
+  EXPECT_EQ(OpenLibrary(file.u16string()).handle, nullptr);
+}
+
+TEST(HostLibrary, AFolderWhoseNameOnlyResemblesATokenIsAsGoodAsAnyOther) {
+  const tests::TempFolder folder;
+  const auto file = folder / "$LIBRARY/a$b/libhostfxr.so";
+  tests::WriteFile(file, tests::ReadFile(tests::HostLibrary()));
+  LibraryHandle handle;
+
+  handle.overwrite(OpenLibrary(file.u16string()).handle);
+
+  EXPECT_NE(handle.get(), nullptr);
 }
 
 TEST(HostLibrary, ARefusedFileLeavesNothingForALaterQuestionToTheDynamicLoader) {
