@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <iomanip>
+#include <locale>
 #include <memory>
 #include <sstream>
 #include <utility>
@@ -114,7 +115,8 @@ ContextPointer::~ContextPointer() {
 
 NarrowString ComposeWhat(const source_location& location, const ExceptionContext& context) {
   std::ostringstream stream;
-  stream.exceptions(std::ios::badbit);  // A lack of memory is to be thrown, not to cut the text.
+  stream.imbue(std::locale::classic());  // The global locale may put separators between the digits.
+  stream.exceptions(std::ios::badbit);   // A lack of memory is to be thrown, not to cut the text.
   stream << (location.file != nullptr ? location.file : "") << "(" << location.line << "): " << context.message << ".";
   WriteProperties(stream, context.properties);
   WriteCallStack(stream, context);

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdint>
+#include <locale>
 #include <string>
 #include <thread>
 #include <utility>
@@ -10,6 +12,25 @@
 
 namespace tov::detail {
 namespace {
+
+// While it lives, the global locale of C++ puts a comma between every three digits.
+class GroupedDigits {
+ public:
+  GroupedDigits() : before_(std::locale::global(std::locale(std::locale::classic(), &punctuation_))) {}
+  GroupedDigits(const GroupedDigits&) = delete;
+  GroupedDigits& operator=(const GroupedDigits&) = delete;
+  ~GroupedDigits() { std::locale::global(before_); }
+
+ private:
+  struct Punctuation : std::numpunct<char> {
+    Punctuation() : numpunct(1) {}  // Not the locale's to free.
+    [[nodiscard]] char do_thousands_sep() const override { return ','; }
+    [[nodiscard]] std::string do_grouping() const override { return "\3"; }
+  };
+
+  Punctuation punctuation_;
+  std::locale before_;
+};
 
 std::string Composed(const ExceptionContext& context) {
   return ComposeWhat({"a.cpp", 42}, context);
@@ -108,6 +129,15 @@ TEST(ExceptionContext, TheLineIsDecimal) {
   const ContextPointer context("m", {});
 
   EXPECT_EQ(ComposeWhat({"f", 4294967295}, *context.get()), "f(4294967295): m. Call stack:\n");
+}
+
+TEST(ExceptionContext, NumbersDoNotFollowTheGlobalLocale) {
+  const GroupedDigits locale;
+  const ContextPointer context("m", {{"n", 0, std::int32_t{-2147417851}}, {"o", 0, OpaqueValue{4294967295}}});
+  context.get()->call_stack = {0x123456789ABC};
+
+  EXPECT_EQ(ComposeWhat({"f", 4294967295}, *context.get()),
+            "f(4294967295): m. Properties:\nn=0x80010105\no=<typeid=4294967295>\nCall stack:\n0# 123456789abc\n");
 }
 
 TEST(ExceptionContext, CopiesShareTheContextAndCountThemselves) {
