@@ -1,6 +1,5 @@
 #include "foundation/exception.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace tov {
@@ -26,13 +25,12 @@ const char* exception::what() const noexcept {
   }
 }
 
-const detail::PropertyRecord* exception::FindProperty(std::string_view name) const noexcept {
+std::span<const detail::PropertyRecord> exception::Properties() const noexcept {
   const detail::ExceptionContext* context = context_.get();
   if (context == nullptr) {
-    return nullptr;
+    return {};
   }
-  const auto found = std::ranges::find(context->properties, name, &detail::PropertyRecord::name);
-  return found != context->properties.end() ? &*found : nullptr;
+  return context->properties;
 }
 
 Exception::Exception(const source_location& location, const char* message, WideString text,

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <exception>
 #include <initializer_list>
+#include <span>
 
 #include "foundation/exception_context.h"
 #include "foundation/strings.h"
@@ -27,8 +28,8 @@ class exception : public std::exception {
   const char* what() const noexcept override;
 
  protected:
-  /// The first property of this name, or null.
-  const detail::PropertyRecord* FindProperty(std::string_view name) const noexcept;
+  /// The properties in the order in which they were given; none without a context. They live as long as any copy.
+  std::span<const detail::PropertyRecord> Properties() const noexcept;
 
  private:
   const char* file_ = nullptr;

@@ -19,7 +19,7 @@ class ResultCodeException : public ExceptionBase<ResultCodeException, Exception>
   ResultCodeException& operator=(const ResultCodeException&) = default;
   ~ResultCodeException() override;
 
-  /// The result code; empty when "tov.result" is absent or of another type.
+  /// The result code: the first "tov.result" of the right type. Empty when there is none.
   std::optional<int> ResultCode() const noexcept;
 
   /// The text of the result code, with that of an "os.result" property (an errno value) in brackets behind it:

@@ -23,7 +23,7 @@ constexpr source_location kHere{"a.cpp", 42};
 class WithProperties : public tov::exception {
  public:
   using tov::exception::exception;
-  using tov::exception::FindProperty;
+  using tov::exception::Properties;
 };
 
 struct OwnType : ExceptionBase<OwnType, Exception> {
@@ -43,7 +43,7 @@ TEST(Exception, WhatNamesTheProperties) {
 TEST(Exception, WithoutAContextItIsUnknown) {
   EXPECT_STREQ(tov::exception().what(), "Unknown exception");
   EXPECT_STREQ(Exception().what(), "Unknown exception");
-  EXPECT_EQ(WithProperties().FindProperty("count"), nullptr);
+  EXPECT_TRUE(WithProperties().Properties().empty());
 }
 
 TEST(Exception, TheMessageIsCopied) {
@@ -83,17 +83,19 @@ TEST(Exception, AssigningTakesPlaceMessageAndProperties) {
   assigned = WithProperties({"new.cpp", 2}, "new", {{"new", 1, std::int32_t{2}}});
 
   EXPECT_STREQ(assigned.what(), "new.cpp(2): new. Properties:\nnew=0x00000002\nCall stack:\n");
-  EXPECT_EQ(assigned.FindProperty("old"), nullptr);
+  ASSERT_EQ(assigned.Properties().size(), 1U);
+  EXPECT_EQ(assigned.Properties()[0].name, "new");
 }
 
-TEST(Exception, OfSeveralPropertiesWithOneNameTheFirstIsFound) {
+TEST(Exception, PropertiesKeepTheirOrderAndThoseWithOneName) {
   const WithProperties failure(kHere, "m",
                                {{"a", 1, std::int32_t{1}}, {"b", 2, OpaqueValue{5}}, {"b", 3, OpaqueValue{6}}});
 
-  ASSERT_NE(failure.FindProperty("b"), nullptr);
-  EXPECT_EQ(failure.FindProperty("b")->type_identity, 2U);
-  EXPECT_EQ(failure.FindProperty("b")->type_code, 5U);
-  EXPECT_EQ(failure.FindProperty("c"), nullptr);
+  ASSERT_EQ(failure.Properties().size(), 3U);
+  EXPECT_EQ(failure.Properties()[0].name, "a");
+  EXPECT_EQ(failure.Properties()[1].name, "b");
+  EXPECT_EQ(failure.Properties()[1].type_code, 5U);
+  EXPECT_EQ(failure.Properties()[2].type_identity, 3U);
 }
 
 TEST(Exception, AThrownCopyIsCaughtAsAStandardException) {

@@ -61,6 +61,18 @@ TEST(ResultCodeException, TheFirstResultCounts) {
   EXPECT_EQ(failure.ResultCode(), 1);
 }
 
+TEST(ResultCodeException, AResultOfAnotherTypeDoesNotHideALaterOne) {
+  const ResultCodeException failure(kHere, "m",
+                                    {{"tov.result", kIdentity, NarrowString("5")},
+                                     {"tov.result", kIdentity + 1, std::int32_t{5}},
+                                     {"tov.result", kIdentity, kAlreadyExists},
+                                     {"os.result", 1, OpaqueValue{5}},
+                                     {"os.result", 1, std::int32_t{EACCES}}});
+
+  EXPECT_EQ(failure.ResultCode(), kAlreadyExists);
+  EXPECT_EQ(failure.Text(), u"Already exists (Access denied)");
+}
+
 TEST(ResultCodeException, ASystemErrorIsAddedInBrackets) {
   for (const PropertyValue& error : {PropertyValue(std::int32_t{EACCES}), PropertyValue(std::uint32_t{EACCES}),
                                      PropertyValue(std::int64_t{EACCES}), PropertyValue(std::uint64_t{EACCES})}) {
@@ -68,6 +80,18 @@ TEST(ResultCodeException, ASystemErrorIsAddedInBrackets) {
                                       {{"tov.result", kIdentity, result_code::kNotFound}, {"os.result", 1, error}});
 
     EXPECT_TRUE(failure.Text() == u"Not found (Access denied)") << error.index();
+  }
+}
+
+TEST(ResultCodeException, ASystemErrorThatNoSystemHasIsUnspecified) {
+  for (const PropertyValue& error :
+       {PropertyValue(std::int32_t{-EACCES}), PropertyValue(std::uint32_t{0x1'0000 + EACCES}),
+        PropertyValue(std::int64_t{0x1'0000'0000 + EACCES}), PropertyValue(std::int64_t{EACCES - 0x1'0000'0000}),
+        PropertyValue(std::uint64_t{0x1'0000'0000 + EACCES})}) {
+    const ResultCodeException failure(kHere, "m",
+                                      {{"tov.result", kIdentity, result_code::kNotFound}, {"os.result", 1, error}});
+
+    EXPECT_EQ(failure.Text(), u"Not found (Unspecified platform error)") << error.index();
   }
 }
 
