@@ -51,7 +51,7 @@ static void ShowVariables(IEnumerable<string> names)
     }
 }
 
-// One line whatever the text holds, so that blanks, line ends and empty texts can be told apart.
+// One line whatever the text holds, so that blanks, line ends and empty texts are all visible.
 static string Quoted(string text) =>
     '"' + text.Replace("\\", "\\\\").Replace("\"", "\\\"").Replace("\n", "\\n").Replace("\r", "\\r") + '"';
 

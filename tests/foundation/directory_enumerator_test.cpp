@@ -51,7 +51,7 @@ Visits WalkThrough(const fs::path& root) {
   return WalkThrough(root.u16string());
 }
 
-// The same walk, told recursively: a folder that can be opened stands for all it holds, anything else for itself.
+// The same walk, written recursively: a folder that can be opened stands for all it holds, anything else for itself.
 void Expect(const std::string& folder, DIR* open, Visits& visits) {
   while (const dirent* entry = ::readdir(open)) {
     const std::string name = entry->d_name;

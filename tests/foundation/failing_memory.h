@@ -1,4 +1,4 @@
-// A program that links this has its own operator new, which can be told to fail.
+// A program that links this has its own operator new, which can be made to fail.
 #pragma once
 
 #include <cstddef>

@@ -5,7 +5,7 @@
 
 namespace tests {
 
-/// The number of open descriptors. Throws when it cannot be told.
+/// The number of open descriptors. Throws when it cannot be determined.
 [[nodiscard]] std::size_t OpenFiles();
 
 }  // namespace tests

@@ -170,7 +170,7 @@ TEST(ResultCode, EveryListedCodeHasItsTextAndItsNeighboursTheirs) {
 }
 
 // Bits 16 to 31 decide which table is asked. The four combinations that can lead to a text are tried with all their
-// numbers, all the others at both ends and where the tables have their entries: no look-up tells two numbers apart
+// numbers, all the others at both ends and where the tables have their entries: no look-up distinguishes two numbers
 // between which neither table has an entry.
 TEST(ResultCode, EveryNumberOfTheTwoFacilitiesWithTextsIsRight) {
   for (const std::uint32_t block : {0x00000000U, 0x00010000U, 0x80000000U, 0x80010000U}) {

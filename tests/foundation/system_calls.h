@@ -1,5 +1,5 @@
-// The calls below the folder walk. A program that links this has its own, which do what the system's do until they are
-// told otherwise.
+// The calls below the folder walk. A program that links this has its own, which do what the system's do until a test
+// changes that.
 #pragma once
 
 #include <cstddef>

@@ -60,7 +60,7 @@ TEST(BrokenRuntime, ALibraryCutAnywhereIsPassedOverUnlessAllThatIsLoadedIsThere)
 
 // Tries one spoilt library. One that breaks the rules must be passed over. One that keeps them is left to the dynamic
 // loader: what that refuses is passed over, what it loads is never refused. Where it crashes on headers that keep every
-// rule but no longer tell what the file holds, nothing can be promised.
+// rule but no longer describe what the file holds, nothing can be promised.
 void Check(World& world, const ElfImage& spoilt, int& passed_over) {
   const std::string version = world.VersionThatRanWith(spoilt);
   if (!spoilt.IsWhole() || !spoilt.StaysInItsAddresses()) {

@@ -58,7 +58,7 @@ TEST(Discovery, TheVersionTailIsDeliberatelyParsedLikeACConstant) {
     const char* older;
   };
   const Row rows[] = {
-      {"6.0.1", "6.0.08"},                    // 08 is no octal number: 0
+      {"6.0.1", "6.0.08"},                    // 08 is not an octal number: 0
       {"6.0.9", "6.0.010"},                   // 010 is 8
       {"6.0.010", "6.0.7"},                   //
       {"6.0.0x10", "6.0.15"},                 // 0x10 is 16

@@ -87,7 +87,7 @@ TEST(LauncherFile, UsesTheStackProtector) {
   EXPECT_TRUE(Holds(Tell(NM, {"-D", "--undefined-only"}), "__stack_chk_fail"));
 }
 
-// The file itself tells of it only where the compiler could not prove a call harmless, and it may prove them all.
+// The file itself shows it only where the compiler could not prove a call harmless, and it may prove them all.
 TEST(LauncherFile, EverySourceOfItIsCompiledWithTheFortifiedFunctions) {
   if (const char* why = WHY_NOT_FORTIFIED; *why != '\0') {
     GTEST_SKIP() << "fortified in optimised builds only; this is " << why;

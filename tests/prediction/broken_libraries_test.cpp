@@ -23,8 +23,8 @@ class World {
  public:
   World() { world_.runtime.AddHost(kGood); }
 
-  // The version that both agree on. A library whose headers keep the rules, but no longer tell what the file holds, may
-  // do anything once it is loaded; only the launch's end is compared then.
+  // The version that both agree on. A library whose headers keep the rules, but no longer describe what the file holds,
+  // may do anything once it is loaded; only the launch's end is compared then.
   std::string DecisiveWith(const ElfImage& library, bool records = true) {
     world_.start.hosts_record = records;
     world_.runtime.AddHostOfBytes(kSpoilt, library.Bytes());

@@ -26,7 +26,7 @@ Command Prepared(const std::filesystem::path& program, const StandInHost& host, 
   return command;
 }
 
-// As JSON shows it: what is no valid UTF-8 is replaced.
+// As JSON shows it: what is not valid UTF-8 is replaced.
 std::string Shown(const std::string& text) {
   return json::parse(json(text).dump(-1, ' ', false, json::error_handler_t::replace));
 }
@@ -35,9 +35,9 @@ std::string TextOr(const json& value, const std::string& otherwise) {
   return value.is_string() ? value.get<std::string>() : otherwise;
 }
 
-// What a host was told, the handle aside, which is an address.
-Texts ToldToHosts(const std::vector<HostCall>& calls) {
-  Texts told;
+// What a host was given, the handle aside, which is an address.
+Texts GivenToHosts(const std::vector<HostCall>& calls) {
+  Texts given;
   for (const HostCall& call : calls) {
     if (call.name == "initialize") {
       std::ostringstream text;
@@ -49,10 +49,10 @@ Texts ToldToHosts(const std::vector<HostCall>& calls) {
       for (const auto& [name, value] : call.environment) {
         text << name << "=" << value << "\n";
       }
-      told.push_back(text.str());
+      given.push_back(text.str());
     }
   }
-  return told;
+  return given;
 }
 
 // The versions in the order in which they were loaded first.
@@ -80,7 +80,7 @@ bool SaysSomethingOfItsOwn(const Outcome& launch) {
                              [&](const std::string& words) { return launch.err.find(words) != std::string::npos; });
 }
 
-// Where the kernel tells no more of the executable's path, a sanitizer says so first.
+// Where the kernel does not give the executable's path, a sanitizer says so first.
 std::string_view WithoutSanitizerLine(std::string_view text) {
   return text.starts_with("==") ? text.substr(text.find('\n') + 1) : text;
 }
@@ -126,10 +126,10 @@ std::string DifferenceInRecords(const json& verdict, const std::string& decisive
   if (std::ranges::any_of(doctor.calls, [](const HostCall& call) { return call.name == "run_app"; })) {
     return "the doctor ran an application";
   }
-  // The doctor goes on where a launch has ended, so it may have told and tried more, but nothing else.
-  if (!BeginsWith(ToldToHosts(doctor.calls), ToldToHosts(launch.calls))) {
-    return "the doctor's host was told " + ::testing::PrintToString(ToldToHosts(doctor.calls)) +
-           ", the launcher's was told " + ::testing::PrintToString(ToldToHosts(launch.calls));
+  // The doctor goes on where a launch has ended, so it may have reported and tried more, but nothing else.
+  if (!BeginsWith(GivenToHosts(doctor.calls), GivenToHosts(launch.calls))) {
+    return "the doctor's host was given " + ::testing::PrintToString(GivenToHosts(doctor.calls)) +
+           ", the launcher's was given " + ::testing::PrintToString(GivenToHosts(launch.calls));
   }
   if (!BeginsWith(Loaded(doctor.calls), Loaded(launch.calls))) {
     return "the doctor tried " + ::testing::PrintToString(Loaded(doctor.calls)) + ", the launcher " +

@@ -32,7 +32,7 @@ struct Comparison {
 };
 
 /// Asks the doctor, then launches; the machine must be the same to both. What stand-in hosts record of the launch stays
-/// in `host`. The doctor's host must have been told exactly what the launcher's was, and must not have run anything.
+/// in `host`. The doctor's host must have been given exactly what the launcher's was, and must not have run anything.
 [[nodiscard]] Comparison Compare(StandInHost& host, const Start& start = {});
 
 }  // namespace tests

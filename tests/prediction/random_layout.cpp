@@ -209,7 +209,7 @@ class TreeMaker {
     files_.push_back(file);
   }
 
-  // Of one that is there; its host tells its version by the name that it was loaded under.
+  // Of one that is there; its host reports as its version the name that it was loaded under.
   void MakeHardLink(const fs::path& file) {
     if (files_.empty()) {
       MakeWhole(Fxr() / "6.0.2" / "libhostfxr.so", kWhole);

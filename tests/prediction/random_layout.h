@@ -27,7 +27,7 @@ class Choice {
   std::mt19937_64 engine_;
 };
 
-/// Lays a product out on the ground: the same for the same choices. What the host is told is noted there, too.
+/// Lays a product out on the ground: the same for the same choices. What the host is set to do is noted there, too.
 void LayOut(Choice& choice, Ground& ground, StandInHost& host, Start& start);
 
 }  // namespace tests

@@ -1,4 +1,4 @@
-// Opens the library that its argument names as a launcher would, and tells by its exit status whether that went well.
+// Opens the library that its argument names as a launcher would, and reports by its exit status whether that went well.
 #include "tests/support/ask_loader.h"
 
 #include <dlfcn.h>

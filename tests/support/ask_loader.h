@@ -1,4 +1,4 @@
-// How the program that asks the dynamic loader tells what it was told.
+// How the program that asks the dynamic loader reports the answer.
 #pragma once
 
 namespace tests {

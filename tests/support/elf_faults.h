@@ -44,7 +44,7 @@ inline constexpr auto kElfHeaderFields = std::to_array<ElfField>({
     {"e_shstrndx", offsetof(Elf64_Ehdr, e_shstrndx), 2},
 });
 
-/// Of a program header: those that tell where and what a segment is, then the others.
+/// Of a program header: those that say where and what a segment is, then the others.
 inline constexpr auto kSegmentFields = std::to_array<ElfField>({
     {"p_offset", offsetof(Elf64_Phdr, p_offset), 8},
     {"p_filesz", offsetof(Elf64_Phdr, p_filesz), 8},

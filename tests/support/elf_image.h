@@ -56,7 +56,7 @@ class ElfImage {
   std::string bytes_;
 };
 
-/// What the dynamic loader does with a file, tried in a process of its own that is no part of the product.
+/// What the dynamic loader does with a file, tried in a process of its own that is not part of the product.
 enum class LoaderVerdict { kLoads, kRefuses, kCrashes };
 [[nodiscard]] LoaderVerdict AskLoader(const std::filesystem::path& file);
 

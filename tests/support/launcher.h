@@ -14,7 +14,7 @@ namespace tests {
 /// The built executable.
 [[nodiscard]] std::filesystem::path LauncherFile();
 
-/// The launcher, told nothing.
+/// The launcher, without arguments and variables.
 [[nodiscard]] Command Launcher();
 
 /// The launcher, whose stand-in hosts obey `host`.

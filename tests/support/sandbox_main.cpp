@@ -12,7 +12,7 @@
 
 namespace {
 
-// Tells the second run of this executable that it is inside already. Not passed on to what the tests start.
+// Set for the second run of this executable, which is inside already. Not passed on to what the tests start.
 constexpr const char* kInside = "TESTS_INSIDE_PRIVATE_ROOT";
 
 // The name of every test is asked for on machines that cannot run them, too.

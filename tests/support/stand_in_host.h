@@ -1,4 +1,4 @@
-// The stand-in host resolver, seen from the test: what it is told, and what it recorded.
+// The stand-in host resolver, seen from the test: what it is asked to do, and what it recorded.
 #pragma once
 
 #include <filesystem>
@@ -35,11 +35,11 @@ struct HostCall {
   [[nodiscard]] std::string Variable(const std::string& name) const;
 };
 
-/// The functions of a host that can be told how to behave.
+/// The functions of a host whose behaviour can be chosen.
 enum class HostFunction { kInitialize, kRun, kClose };
 
-/// Tells the stand-in hosts of the processes it is given to, and reads back what they recorded. Whatever is not told
-/// succeeds.
+/// Chooses what the stand-in hosts of a process do, through its environment, and reads back what they recorded. What
+/// nothing is chosen for succeeds.
 class StandInHost {
  public:
   /// `function` returns `status`.

@@ -38,7 +38,7 @@ TEST(LoggerMemory, ALoggerThatCannotBeMadeLeavesTheSlotAsItWasAndNothingBehind) 
       failed = memory.HasFailed();
     }
 
-    // A first line that is lost for want of memory is no reason to have no logger.
+    // A first line that is lost for want of memory is not a reason to be without a logger.
     if (GetLogger() == empty) {
       EXPECT_EQ(AllocationsAlive(), before) << "allocation " << successes;
       EXPECT_EQ(OpenFiles(), files) << "allocation " << successes;

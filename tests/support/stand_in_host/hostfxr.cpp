@@ -1,5 +1,5 @@
-// A host resolver that runs nothing: it records every call, or tells of it on standard output when no record is asked
-// for. What it is told by its environment variables stands beside their names in tests/support/stand_in_host.h.
+// A host resolver that runs nothing: it records every call, or prints it to standard output when no record is asked
+// for. What its environment variables ask of it stands beside their names in tests/support/stand_in_host.h.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <unistd.h>
@@ -118,7 +118,7 @@ class Event {
   std::string line_;
 };
 
-// Only the calls are told of; that the library comes and goes is of no interest to someone who watches.
+// Only the calls are printed: whoever watches is not interested in the library being loaded and unloaded.
 const char* Record() {
   return Told("STAND_IN_RECORD");
 }
@@ -147,7 +147,7 @@ void RecordHandle(const char* call, void* handle) {
 }
 #endif
 
-// Does what was told for one function, which is named by the head of its variables.
+// Does what was asked of one function, which is named by the beginning of its variables' names.
 int Obey(const std::string& function) {
   if (const char* what = Told((function + "_THROWS").c_str())) {
     if (std::strcmp(what, "int") == 0) {

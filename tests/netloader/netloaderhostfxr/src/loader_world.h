@@ -31,7 +31,7 @@ class LoaderWorld {
     }
   }
 
-  /// Makes the hosts of this process obey what `host` was told.
+  /// Makes the hosts of this process obey what `host` was asked for.
   void Apply() {
     for (const auto& [name, value] : host.Environment()) {
       environment_.Set(name, value);

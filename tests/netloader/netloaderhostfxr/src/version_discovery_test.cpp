@@ -168,7 +168,7 @@ TEST(Discovery, AVersionMayBeThereTwiceOnPurposeWhenTheWalkComesBackToItFromASub
   EXPECT_EQ(std::ranges::count(accepted, u"6.0.5"), static_cast<std::ptrdiff_t>(accepted.size()));
 }
 
-// The folders in which a depth-first walk stands, entry by entry, told by a reading of our own. A folder with an entry
+// The folders in which a depth-first walk stands, entry by entry, found by a reading of our own. A folder with an entry
 // that is a folder is not stood in for that entry.
 void WalkedFolders(const fs::path& folder, std::vector<fs::path>& walked) {
   DIR* const open = ::opendir(folder.c_str());

@@ -195,7 +195,7 @@ TEST(LoaderSettings, AnExecutableLinkThatFailsWithoutAReasonGivesAnEmptyFolder) 
   EXPECT_EQ(parameters.productRoot, u"");
 }
 
-// Expects the exception for a folder that cannot be told, and that nothing but the root was written or logged.
+// Expects the exception for a folder that cannot be determined, and that nothing but the root was written or logged.
 void ExpectFolderFailure(int result) {
   const tests::SettingsFile file("DotnetRootFolder=/d\n");
   DotnetSettingsProvider::GetInstance();
