@@ -16,48 +16,29 @@
 #include <string_view>
 #include <utility>
 
+#include "foundation/file_descriptor.h"
+
 namespace doctor {
 namespace {
 
+using tov::posix::FileDescriptor;
 using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kLongestOutput = std::size_t{64} * 1024;
 constexpr int kPatience = 10;  // Milliseconds.
 constexpr char kEndOfAnswer = '\n';
 
-class Descriptor {
- public:
-  Descriptor() = default;
-  explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
-  Descriptor(Descriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-  Descriptor& operator=(Descriptor&& other) noexcept {
-    std::swap(descriptor_, other.descriptor_);
-    return *this;
-  }
-  ~Descriptor() { Close(); }
-
-  int get() const { return descriptor_; }
-  bool IsOpen() const { return descriptor_ >= 0; }
-  void Close() {
-    if (IsOpen()) {
-      ::close(std::exchange(descriptor_, -1));
-    }
-  }
-
- private:
-  int descriptor_ = -1;
-};
-
 struct Pipe {
-  Descriptor read = Descriptor();
-  Descriptor write = Descriptor();
+  FileDescriptor read = FileDescriptor();
+  FileDescriptor write = FileDescriptor();
 };
 
 // The same file under a number that is not a standard stream's: where one of those is closed, a pipe would take its
 // place and be replaced in the child.
-Descriptor AboveStandardStreams(Descriptor descriptor) {
-  return descriptor.get() > STDERR_FILENO ? std::move(descriptor)
-                                          : Descriptor(::fcntl(descriptor.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+FileDescriptor AboveStandardStreams(FileDescriptor descriptor) {
+  return descriptor.Get() > STDERR_FILENO
+             ? std::move(descriptor)
+             : FileDescriptor(::fcntl(descriptor.Get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
 }
 
 // Closed ends when there is none to be had.
@@ -66,8 +47,8 @@ Pipe MakePipe() {
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
     return {};
   }
-  Descriptor read(ends[0]);
-  Descriptor write(ends[1]);
+  FileDescriptor read(ends[0]);
+  FileDescriptor write(ends[1]);
   return {AboveStandardStreams(std::move(read)), AboveStandardStreams(std::move(write))};
 }
 
@@ -109,18 +90,18 @@ void WriteAll(int descriptor, std::string_view bytes) {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   const rlimit noCore{0, 0};
   ::setrlimit(RLIMIT_CORE, &noCore);
-  const Descriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
-  ::dup2(nothing.get(), STDIN_FILENO);
-  ::dup2(output.write.get(), STDOUT_FILENO);
-  ::dup2(output.write.get(), STDERR_FILENO);
-  WriteAll(answer.write.get(), DoWork(work));
+  const FileDescriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+  ::dup2(nothing.Get(), STDIN_FILENO);
+  ::dup2(output.write.Get(), STDOUT_FILENO);
+  ::dup2(output.write.Get(), STDERR_FILENO);
+  WriteAll(answer.write.Get(), DoWork(work));
   ::_exit(0);
 }
 
 // Reads what there is; false at the end.
-bool ReadSome(const Descriptor& from, std::string& into) {
+bool ReadSome(const FileDescriptor& from, std::string& into) {
   std::array<char, 4096> buffer{};
-  const ssize_t count = ::read(from.get(), buffer.data(), buffer.size());
+  const ssize_t count = ::read(from.Get(), buffer.data(), buffer.size());
   if (count > 0) {
     into.append(buffer.data(), static_cast<std::size_t>(count));
   }
@@ -128,9 +109,9 @@ bool ReadSome(const Descriptor& from, std::string& into) {
 }
 
 // What is left in a pipe; not for ever, as a process that left the child's group may go on writing.
-void Drain(const Descriptor& from, std::string& into) {
+void Drain(const FileDescriptor& from, std::string& into) {
   const std::size_t longest = into.size() + kLongestOutput;
-  pollfd ready{from.get(), POLLIN, 0};
+  pollfd ready{from.Get(), POLLIN, 0};
   while (into.size() < longest && from.IsOpen() && ::poll(&ready, 1, 0) > 0 && ReadSome(from, into)) {
   }
 }
@@ -148,8 +129,8 @@ int MillisecondsTo(Clock::time_point deadline) {
 // The parent's side of a child that runs.
 struct Conversation {
   pid_t process;
-  Descriptor answer;
-  Descriptor output;
+  FileDescriptor answer;
+  FileDescriptor output;
   std::string answer_text = {};
   std::string output_text = {};
 };
@@ -157,15 +138,15 @@ struct Conversation {
 // Collects both texts until the child has ended. False when the deadline comes first.
 bool Listen(Conversation& with, Clock::time_point deadline) {
   // Kernels before 5.3 have none; the child is then asked every few milliseconds.
-  const Descriptor child(static_cast<int>(::syscall(SYS_pidfd_open, with.process, 0)));
+  const FileDescriptor child(static_cast<int>(::syscall(SYS_pidfd_open, with.process, 0)));
   while (!HasEnded(with.process)) {
     const int left = MillisecondsTo(deadline);
     if (left == 0) {
       return false;
     }
     // A closed end is -1, which poll passes over.
-    std::array<pollfd, 3> ready{pollfd{child.get(), POLLIN, 0}, pollfd{with.answer.get(), POLLIN, 0},
-                                pollfd{with.output.get(), POLLIN, 0}};
+    std::array<pollfd, 3> ready{pollfd{child.Get(), POLLIN, 0}, pollfd{with.answer.Get(), POLLIN, 0},
+                                pollfd{with.output.Get(), POLLIN, 0}};
     if (::poll(ready.data(), ready.size(), child.IsOpen() ? left : std::min(left, kPatience)) <= 0) {
       continue;
     }
