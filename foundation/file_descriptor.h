@@ -44,4 +44,8 @@ class FileDescriptor {
   int descriptor_ = kNone;
 };
 
+/// Opens a file or folder for reading. `path` is relative to `folder`, AT_FDCWD for the current one. Never waits: a
+/// plain opening of a fifo would, until somebody writes to it. Not open, with the reason in `errno`, when it fails.
+[[nodiscard]] FileDescriptor OpenForReading(int folder, const char* path) noexcept;
+
 }  // namespace tov::posix

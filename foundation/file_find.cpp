@@ -1,7 +1,5 @@
 #include "foundation/file_find.h"
 
-#include <fcntl.h>
-
 #include <cerrno>
 
 #include "foundation/file_descriptor.h"
@@ -36,7 +34,7 @@ int FileFind::OpenFolder() {
   if (result_code::IsFailure(result)) {
     return result;
   }
-  FileDescriptor opened(::openat(accessor.Descriptor(), accessor.Name(), O_RDONLY | O_CLOEXEC));
+  FileDescriptor opened = OpenForReading(accessor.Descriptor(), accessor.Name());
   if (!opened.IsOpen()) {
     return ResultCodeFromErrno();
   }

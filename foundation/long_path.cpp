@@ -52,7 +52,7 @@ int FileAccessor::WalkTo(const char* path) noexcept {
     }
     std::memcpy(buffer_.get(), path, cut);
     buffer_[cut] = '\0';
-    if (FileDescriptor opened(::openat(folder_.Get(), buffer_.get(), O_RDONLY | O_CLOEXEC)); opened.IsOpen()) {
+    if (FileDescriptor opened = OpenForReading(folder_.Get(), buffer_.get()); opened.IsOpen()) {
       folder_ = std::move(opened);
       result = result_code::kNoError;
     } else if (result = ResultCodeFromErrno(); result_code::IsFailure(result)) {

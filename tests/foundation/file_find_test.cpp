@@ -113,6 +113,19 @@ TEST(FileFind, WhatIsNoReadableFolderHasItsCodeAndLeavesNothingOpen) {
   fs::permissions(folder / "locked", fs::perms::owner_all);
 }
 
+// Opened plainly, a fifo waits for somebody who writes to it.
+TEST(FileFind, AFifoIsNotAFolderAndKeepsNobodyWaiting) {
+  const TempFolder folder;
+  ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0600), 0);
+  const std::size_t before = OpenFiles();
+  FileFind find;
+
+  EXPECT_EQ(find.Open(folder / "fifo"), Code(0x80010103));
+
+  EXPECT_FALSE(find.HasEntry());
+  EXPECT_EQ(OpenFiles(), before);
+}
+
 TEST(FileFind, OneThatFailsWhenOpenedAgainHasLeftItsFirstFolder) {
   const TempFolder folder;
   const std::size_t before = OpenFiles();

@@ -224,6 +224,16 @@ TEST(LongPath, AStretchWithoutASeparatorIsAMissingPath) {
   EXPECT_EQ(Stat((good.substr(0, 3998) + "/" + std::string(5000, 'n')).c_str(), status), Code(0x80010102));
 }
 
+// Opened plainly, a fifo waits for somebody who writes to it.
+TEST(LongPath, AFifoOnTheWayIsNotAFolderAndKeepsNobodyWaiting) {
+  const TempFolder folder;
+  ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0600), 0);
+  const std::string path = PathOfLength(folder.Path(), "fifo", 4095) + "/" + std::string(200, 'n');
+  struct stat status {};
+
+  EXPECT_EQ(Stat(path.c_str(), status), Code(0x80010103));
+}
+
 TEST(LongPath, FailuresHaveTheirCodesAndLeaveNothingOpen) {
   const TempFolder folder;
   WriteFile(folder / "file", "");
