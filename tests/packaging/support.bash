@@ -59,7 +59,7 @@ package_file() {
 in_private_machine() {
   [[ ${INSIDE:-} ]] && return
   local status=0
-  INSIDE=1 "$top/tests/packaging/private-machine" "$(readlink -f "$0")" "$1" || status=$?
+  INSIDE=1 "$top/tests/support/private-machine" "$(readlink -f "$0")" "$1" || status=$?
   exit "$status"
 }
 
