@@ -11,7 +11,7 @@ exception::exception(const source_location& location, const char* message,
 exception::~exception() = default;
 
 const char* exception::what() const noexcept {
-  detail::ExceptionContext* context = context_.get();
+  detail::ExceptionContext* context = context_.Get();
   if (context == nullptr) {
     return "Unknown exception";
   }
@@ -26,7 +26,7 @@ const char* exception::what() const noexcept {
 }
 
 std::span<const detail::PropertyRecord> exception::Properties() const noexcept {
-  const detail::ExceptionContext* context = context_.get();
+  const detail::ExceptionContext* context = context_.Get();
   if (context == nullptr) {
     return {};
   }

@@ -81,7 +81,7 @@ class ContextPointer {
   ContextPointer& operator=(const ContextPointer& other) noexcept;
   ~ContextPointer();
 
-  ExceptionContext* get() const noexcept { return context_; }
+  ExceptionContext* Get() const noexcept { return context_; }
 
  private:
   ExceptionContext* context_ = nullptr;

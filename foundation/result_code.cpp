@@ -115,7 +115,7 @@ constexpr auto kPlatformTexts = std::to_array<std::string_view>({
 static_assert(kPlatformTexts.size() == 25);
 
 struct SystemErrorCode {
-  unsigned int systemError;
+  unsigned int error;
   std::uint32_t code;
 };
 
@@ -140,8 +140,7 @@ constexpr auto kSystemErrorCodes = std::to_array<SystemErrorCode>({
     {ELOOP, 0x8000006A},
     {EOVERFLOW, 0x80000044},
 });
-static_assert(std::ranges::is_sorted(kSystemErrorCodes, {}, &SystemErrorCode::systemError),
-              "looked up by binary search");
+static_assert(std::ranges::is_sorted(kSystemErrorCodes, {}, &SystemErrorCode::error), "looked up by binary search");
 
 constexpr std::uint32_t kSystemErrorFacility = 0x80060000;
 constexpr unsigned int kLastSystemError = 0xFFFF;
@@ -176,13 +175,12 @@ std::string_view ResultCodeMessage(int code) noexcept {
   }
 }
 
-int posix::ResultCodeFromSystemError(unsigned int systemError) noexcept {
-  const auto* entry = std::ranges::lower_bound(kSystemErrorCodes, systemError, {}, &SystemErrorCode::systemError);
-  if (entry != kSystemErrorCodes.end() && entry->systemError == systemError) {
+int posix::ResultCodeFromSystemError(unsigned int error) noexcept {
+  const auto* entry = std::ranges::lower_bound(kSystemErrorCodes, error, {}, &SystemErrorCode::error);
+  if (entry != kSystemErrorCodes.end() && entry->error == error) {
     return result_code::FromBits(entry->code);
   }
-  return result_code::FromBits(systemError <= kLastSystemError ? kSystemErrorFacility | systemError
-                                                               : kFirstPlatformCode);
+  return result_code::FromBits(error <= kLastSystemError ? kSystemErrorFacility | error : kFirstPlatformCode);
 }
 
 int posix::ResultCodeFromErrno() noexcept {

@@ -38,7 +38,7 @@ namespace posix {
 
 /// The result code of an errno value: one of the listed codes, else facility 6 with the value itself, else, above
 /// 65535, "Unspecified platform error". 0 is no failure and gives 0.
-int ResultCodeFromSystemError(unsigned int systemError) noexcept;
+int ResultCodeFromSystemError(unsigned int error) noexcept;
 
 /// The result code of what the last failed system call left in `errno`.
 [[nodiscard]] int ResultCodeFromErrno() noexcept;

@@ -48,8 +48,8 @@ std::optional<unsigned int> ReadSystemError(const PropertyRecord& property) {
 
 }  // namespace
 
-ResultCodeException::ResultCodeException(const source_location& location, const char* message, int resultCode)
-    : ExceptionBase(location, message, WideString(), {{kResultProperty, kResultTypeIdentity, resultCode}}) {}
+ResultCodeException::ResultCodeException(const source_location& location, const char* message, int code)
+    : ExceptionBase(location, message, WideString(), {{kResultProperty, kResultTypeIdentity, code}}) {}
 
 ResultCodeException::ResultCodeException(const source_location& location, const char* message,
                                          std::initializer_list<property_info> properties)

@@ -11,7 +11,7 @@ namespace tov {
 /// A failure with a result code, kept as the property "tov.result".
 class ResultCodeException : public ExceptionBase<ResultCodeException, Exception> {
  public:
-  ResultCodeException(const source_location& location, const char* message, int resultCode);
+  ResultCodeException(const source_location& location, const char* message, int code);
   /// With the properties given and no others; without "tov.result" among them the exception has no result code.
   ResultCodeException(const source_location& location, const char* message,
                       std::initializer_list<property_info> properties);

@@ -39,7 +39,7 @@ std::string Composed(const ExceptionContext& context) {
 TEST(ExceptionContext, WithoutPropertiesABlankLeadsToTheCallStack) {
   const ContextPointer context("m", {});
 
-  EXPECT_EQ(Composed(*context.get()), "a.cpp(42): m. Call stack:\n");
+  EXPECT_EQ(Composed(*context.Get()), "a.cpp(42): m. Call stack:\n");
 }
 
 TEST(ExceptionContext, EveryTypeOfPropertyIsWrittenByItsTypeCode) {
@@ -68,8 +68,8 @@ TEST(ExceptionContext, EveryTypeOfPropertyIsWrittenByItsTypeCode) {
   for (const Row& row : rows) {
     const ContextPointer context("m", {{"name", 7, row.value}});
 
-    EXPECT_EQ(context.get()->properties.at(0).type_code, row.type_code) << row.text;
-    EXPECT_EQ(Composed(*context.get()), "a.cpp(42): m. Properties:\nname=" + row.text + "\nCall stack:\n");
+    EXPECT_EQ(context.Get()->properties.at(0).type_code, row.type_code) << row.text;
+    EXPECT_EQ(Composed(*context.Get()), "a.cpp(42): m. Properties:\nname=" + row.text + "\nCall stack:\n");
   }
 }
 
@@ -77,28 +77,28 @@ TEST(ExceptionContext, PropertiesKeepTheirOrderAndAllTheyWereGiven) {
   const ContextPointer context("m",
                                {{"b", 1, std::uint32_t{255}}, {"a", 2, OpaqueValue{10}}, {"b", 3, NarrowString("x")}});
 
-  const auto& properties = context.get()->properties;
+  const auto& properties = context.Get()->properties;
   ASSERT_EQ(properties.size(), 3U);
   EXPECT_EQ(properties[1].name, "a");
   EXPECT_EQ(properties[1].type_identity, 2U);
-  EXPECT_EQ(Composed(*context.get()), "a.cpp(42): m. Properties:\nb=0x000000ff\na=<typeid=10>\nb=x\nCall stack:\n");
+  EXPECT_EQ(Composed(*context.Get()), "a.cpp(42): m. Properties:\nb=0x000000ff\na=<typeid=10>\nb=x\nCall stack:\n");
 }
 
 TEST(ExceptionContext, TheMessageEndsAtItsNul) {
   const ContextPointer context("shown\0hidden", {});
 
-  EXPECT_EQ(context.get()->message, "shown");
+  EXPECT_EQ(context.Get()->message, "shown");
 }
 
 TEST(ExceptionContext, ALocationWithoutAFileHasNoName) {
   const ContextPointer context("m", {});
 
-  EXPECT_EQ(ComposeWhat({nullptr, 7}, *context.get()), "(7): m. Call stack:\n");
+  EXPECT_EQ(ComposeWhat({nullptr, 7}, *context.Get()), "(7): m. Call stack:\n");
 }
 
 TEST(ExceptionContext, AddressesAreNamedByTheModuleTheyFallInto) {
   const ContextPointer context("m", {});
-  ExceptionContext& shared = *context.get();
+  ExceptionContext& shared = *context.Get();
   shared.modules = {{"one.so", "f", 0x1000, 0x100}, {"two.so", "g", 0x2000, 0}, {"three.so", "h", 0x3000, 0x1000}};
   shared.call_stack = {0x1000, 0x10FF, 0x1100, 0x1101, 0xFFF, 0x2000, 0x2001, 0x3ABC, 0x4000, 0x4001, 0, UINT64_MAX};
 
@@ -120,37 +120,37 @@ TEST(ExceptionContext, AddressesAreNamedByTheModuleTheyFallInto) {
 
 TEST(ExceptionContext, WithoutModulesAddressesAreBare) {
   const ContextPointer context("m", {{"n", 0, std::int32_t{16}}});
-  context.get()->call_stack = {0xABC};
+  context.Get()->call_stack = {0xABC};
 
-  EXPECT_EQ(Composed(*context.get()), "a.cpp(42): m. Properties:\nn=0x00000010\nCall stack:\n0# abc\n");
+  EXPECT_EQ(Composed(*context.Get()), "a.cpp(42): m. Properties:\nn=0x00000010\nCall stack:\n0# abc\n");
 }
 
 TEST(ExceptionContext, TheLineIsDecimal) {
   const ContextPointer context("m", {});
 
-  EXPECT_EQ(ComposeWhat({"f", 4294967295}, *context.get()), "f(4294967295): m. Call stack:\n");
+  EXPECT_EQ(ComposeWhat({"f", 4294967295}, *context.Get()), "f(4294967295): m. Call stack:\n");
 }
 
 TEST(ExceptionContext, NumbersDoNotFollowTheGlobalLocale) {
   const GroupedDigits locale;
   const ContextPointer context("m", {{"n", 0, std::int32_t{-2147417851}}, {"o", 0, OpaqueValue{4294967295}}});
-  context.get()->call_stack = {0x123456789ABC};
+  context.Get()->call_stack = {0x123456789ABC};
 
-  EXPECT_EQ(ComposeWhat({"f", 4294967295}, *context.get()),
+  EXPECT_EQ(ComposeWhat({"f", 4294967295}, *context.Get()),
             "f(4294967295): m. Properties:\nn=0x80010105\no=<typeid=4294967295>\nCall stack:\n0# 123456789abc\n");
 }
 
 TEST(ExceptionContext, CopiesShareTheContextAndCountThemselves) {
   const ContextPointer first("m", {});
-  EXPECT_EQ(first.get()->references, 1U);
+  EXPECT_EQ(first.Get()->references, 1U);
 
   {
     const ContextPointer second(first);  // NOLINT(performance-unnecessary-copy-initialization): what is tested.
-    EXPECT_EQ(second.get(), first.get());
-    EXPECT_EQ(first.get()->references, 2U);
+    EXPECT_EQ(second.Get(), first.Get());
+    EXPECT_EQ(first.Get()->references, 2U);
   }
 
-  EXPECT_EQ(first.get()->references, 1U);
+  EXPECT_EQ(first.Get()->references, 1U);
 }
 
 TEST(ExceptionContext, AssigningReleasesTheOldAndSharesTheNew) {
@@ -160,9 +160,9 @@ TEST(ExceptionContext, AssigningReleasesTheOldAndSharesTheNew) {
 
   assigned = first;
 
-  EXPECT_EQ(assigned.get(), first.get());
-  EXPECT_EQ(first.get()->references, 2U);
-  EXPECT_EQ(kept.get()->references, 1U);
+  EXPECT_EQ(assigned.Get(), first.Get());
+  EXPECT_EQ(first.Get()->references, 2U);
+  EXPECT_EQ(kept.Get()->references, 1U);
 }
 
 TEST(ExceptionContext, AssigningToItselfChangesNothing) {
@@ -171,8 +171,8 @@ TEST(ExceptionContext, AssigningToItselfChangesNothing) {
 
   context = same;
 
-  EXPECT_EQ(context.get()->references, 1U);
-  EXPECT_EQ(context.get()->message, "m");
+  EXPECT_EQ(context.Get()->references, 1U);
+  EXPECT_EQ(context.Get()->message, "m");
 }
 
 TEST(ExceptionContext, AnEmptyPointerIsCopiedAndAssignedLikeAnyOther) {
@@ -182,8 +182,8 @@ TEST(ExceptionContext, AnEmptyPointerIsCopiedAndAssignedLikeAnyOther) {
 
   full = empty;
 
-  EXPECT_EQ(copy.get(), nullptr);
-  EXPECT_EQ(full.get(), nullptr);
+  EXPECT_EQ(copy.Get(), nullptr);
+  EXPECT_EQ(full.Get(), nullptr);
 }
 
 TEST(ExceptionContext, TheCountIsRightAfterManyThreadsCopied) {
@@ -202,7 +202,7 @@ TEST(ExceptionContext, TheCountIsRightAfterManyThreadsCopied) {
     thread.join();
   }
 
-  EXPECT_EQ(shared.get()->references, 1U);
+  EXPECT_EQ(shared.Get()->references, 1U);
 }
 
 }  // namespace
