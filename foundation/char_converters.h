@@ -79,6 +79,7 @@ struct Utf8CharConverter {
     if (length == 0 || text.size() < length) {
       return std::nullopt;
     }
+    // The lead byte of n bytes begins with n set bits and a clear one; the others are the value's highest.
     char32_t value = lead & (0x7FU >> length);
     for (const char next : text.substr(1, length - 1)) {
       value = (value << 6) | (static_cast<unsigned char>(next) & 0x3FU);
@@ -86,6 +87,7 @@ struct Utf8CharConverter {
     return value <= 0x10FFFF ? std::optional(CodePoint{value, length}) : std::nullopt;
   }
 
+  /// How many bytes a code point takes; a surrogate takes three, as its neighbours do.
   static constexpr std::size_t Length(char32_t value) {
     return value < 0x80 ? 1 : value < 0x800 ? 2 : value < 0x10000 ? 3 : 4;
   }

@@ -38,7 +38,7 @@ struct CodeUnitLess {
   static_assert(std::endian::native == std::endian::little, "the first unit must be in the lowest bits");
 
   static std::uint64_t Load(std::u16string_view text, std::size_t at) noexcept {
-    std::uint64_t units = 0;
+    std::uint64_t units = 0;  // Copied, as a string's units are not aligned for eight bytes.
     std::memcpy(&units, text.data() + at, sizeof(units));
     return units;
   }

@@ -37,6 +37,7 @@ struct ConvertToContainer {
     // Nearly every text is plain ASCII, which is the same unit for unit in both encodings.
     const std::size_t ascii = AsciiLength(range);
     const Input rest = range.substr(ascii);
+    // Measured first, so that the output is sized once, and left alone when the range is malformed.
     const auto length = Measure(rest);
     if (!length) {
       return false;

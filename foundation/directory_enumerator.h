@@ -94,6 +94,7 @@ class DirectoryEnumerator {
     if (name == "." || name == "..") {
       return false;
     }
+    // Asked for, since not every file system says in the entry what it is.
     struct stat status {};
     entry_path_ = top.FolderPath();
     entry_path_ += name;
@@ -129,6 +130,7 @@ class DirectoryEnumerator {
     }
   }
 
+  // From the path as it was reached, since that of the open folder has a "/" at its end.
   NarrowString ChildPath(std::string_view name) const {
     NarrowString path;
     path.reserve(stack_.TopPath().size() + 1 + name.size());

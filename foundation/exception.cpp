@@ -20,7 +20,7 @@ const char* exception::what() const noexcept {
       context->what_text = detail::ComposeWhat({file_, line_}, *context);
     }
     return context->what_text.c_str();
-  } catch (...) {
+  } catch (...) {  // For want of memory, as a rule. The next call tries again.
     return context->message.c_str();
   }
 }
@@ -40,6 +40,7 @@ Exception::Exception(const source_location& location, const char* message, WideS
 Exception::~Exception() = default;
 
 WideString Exception::Text() const {
+  // The allocator is named, as for a plain copy it may choose another one.
   return {text_, text_.get_allocator()};
 }
 

@@ -61,6 +61,7 @@ const ModuleRecord* FindModule(const std::vector<ModuleRecord>& modules, std::ui
     return nullptr;
   }
   const ModuleRecord& module = *std::prev(after);
+  // The end is inside: a call that never returns may be a module's last instruction, with its return address behind.
   return address - module.base <= module.size ? &module : nullptr;
 }
 
@@ -102,12 +103,13 @@ ContextPointer::ContextPointer(const ContextPointer& other) noexcept : context_(
 }
 
 ContextPointer& ContextPointer::operator=(const ContextPointer& other) noexcept {
-  ContextPointer copy(other);
+  ContextPointer copy(other);  // Shared before the old one is released, as both may be the same.
   std::swap(context_, copy.context_);
   return *this;
 }
 
 ContextPointer::~ContextPointer() {
+  // In sequence with the other owners' releases, so that the last one sees all that they wrote.
   if (context_ != nullptr && context_->references.fetch_sub(1) == 1) {
     delete context_;
   }

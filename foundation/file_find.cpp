@@ -47,7 +47,7 @@ int FileFind::OpenFolder() {
 }
 
 int FileFind::Next() noexcept {
-  errno = 0;
+  errno = 0;  // The end and a failure are the same null; only a number set since then shows a failure.
   entry_ = ::readdir(folder_.get());
   return HasEntry() ? result_code::kNoError : ResultCodeFromErrno();
 }

@@ -20,6 +20,7 @@ constexpr std::size_t kBufferSize = kLongestName + 1;
 
 int FileAccessor::Initialize(const char* path) noexcept {
   Clear();
+  // Measured no further than it matters: most paths are short, and one may be very long.
   if (::strnlen(path, kBufferSize) <= kLongestName) {
     name_ = path;
     return result_code::kNoError;
@@ -46,15 +47,16 @@ int FileAccessor::WalkTo(const char* path) noexcept {
   int result = result_code::kNoError;
   while (::strnlen(path, kBufferSize) > kLongestName) {
     const std::string_view stretch(path, kBufferSize);
-    const std::size_t cut = stretch.rfind('/');
+    const std::size_t cut = stretch.rfind('/');  // As much as fits, so that the fewest folders are opened.
     if (cut == std::string_view::npos) {
       return ResultCodeFromSystemError(ENOENT);
     }
     std::memcpy(buffer_.get(), path, cut);
     buffer_[cut] = '\0';
     if (FileDescriptor opened = OpenForReading(folder_.Get(), buffer_.get()); opened.IsOpen()) {
-      folder_ = std::move(opened);
+      folder_ = std::move(opened);  // Only now: the new folder was opened relative to the old one.
       result = result_code::kNoError;
+      // A failure without an error number is not one; what comes next is then looked for from the same folder.
     } else if (result = ResultCodeFromErrno(); result_code::IsFailure(result)) {
       return result;
     }

@@ -6,10 +6,11 @@ WideString& PathImplBase::PathAppend(WideString& path, const WideString& tail) {
   if (tail.empty()) {
     return path;
   }
-  if (&tail == &path) {
+  if (&tail == &path) {  // Growing the path would move the tail while it is read.
     return PathAppend(path, WideString(tail));
   }
   const bool separate = !path.empty() && path.back() != u'/';
+  // In one step; the separator alone would often make the path grow twice.
   path.reserve(path.size() + (separate ? 1 : 0) + tail.size());
   if (separate) {
     path += u'/';

@@ -142,6 +142,7 @@ constexpr auto kSystemErrorCodes = std::to_array<SystemErrorCode>({
 });
 static_assert(std::ranges::is_sorted(kSystemErrorCodes, {}, &SystemErrorCode::error), "looked up by binary search");
 
+// Where the numbers without a code of their own are kept as they are, in the 16 bits that a facility has for them.
 constexpr std::uint32_t kSystemErrorFacility = 0x80060000;
 constexpr unsigned int kLastSystemError = 0xFFFF;
 
@@ -164,6 +165,7 @@ std::string_view rtl_result_code_message(int code) noexcept {
   return entry != kGeneralTexts.end() && entry->code == Bits(code) ? entry->text : kUnknown;
 }
 
+// Each facility numbers its codes on its own, so the same lower half means something else in another one.
 std::string_view ResultCodeMessage(int code) noexcept {
   switch (Facility(code)) {
     case 0:

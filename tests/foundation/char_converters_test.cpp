@@ -124,7 +124,7 @@ TEST(CharConverters, TheLenientReaderTakesSixBitsOfEachByteBehindTheLead) {
   }
 }
 
-TEST(CharConverters, SurrogatesAreToldApartAtTheirEdges) {
+TEST(CharConverters, SurrogatesAreRecognisedUpToTheirEdges) {
   struct Row {
     char32_t value;
     bool high;

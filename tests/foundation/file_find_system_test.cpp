@@ -45,7 +45,7 @@ TEST(FileFindSystem, AFailureOfAnyStepOfOpeningHasItsCodeAndLeavesNothingOpen) {
   }
 }
 
-TEST(FileFindSystem, AFailedReadIsToldFromTheEnd) {
+TEST(FileFindSystem, AFailedReadDiffersFromTheEnd) {
   const TempFolder folder;
   FileFind failing;
   FileFind ending;
