@@ -9,8 +9,8 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "tests/doctor/doctor.h"
 #include "tests/doctor/server.h"
+#include "tests/support/doctor.h"
 #include "tests/support/settings_file.h"
 #include "tests/support/temp_folder.h"
 
@@ -224,7 +224,7 @@ TEST(DoctorExecutable, TheLogOfTheWalkIsWrittenWhereItIsAskedFor) {
 
 TEST(DoctorExecutable, ChangesNothingOnTheMachine) {
   Server server;
-  server.Healthy().OddHost("6.0.40", Oddity::kBusError).HostOfBytes("6.0.41", CutLibrary());
+  server.Healthy().OddHost("6.0.40", "comes_BusError").HostOfBytes("6.0.41", CutLibrary());
   const TempFolder home;
   const std::vector<fs::path> folders{"/opt/morvath", "/var/opt/morvath", home.Path()};
   const std::string before = Listing(folders);
@@ -239,7 +239,7 @@ TEST(DoctorExecutable, ChangesNothingOnTheMachine) {
 
 TEST(DoctorExecutable, ACrashWhileLoadingIsAFindingNotItsEnd) {
   Server server;
-  server.Healthy().OddHost("6.0.40", Oddity::kSegmentationFault);
+  server.Healthy().OddHost("6.0.40", "comes_Crash");
 
   const Outcome outcome = Doctor().Run();
 
@@ -251,7 +251,7 @@ TEST(DoctorExecutable, ACrashWhileLoadingIsAFindingNotItsEnd) {
 
 TEST(DoctorExecutable, WorksWhereItsParentIgnoresTheEndOfChildren) {
   Server server;
-  server.Healthy().OddHost("6.0.40", Oddity::kSegmentationFault);
+  server.Healthy().OddHost("6.0.40", "comes_Crash");
 
   const Outcome outcome = Shell("trap '' CHLD; exec \"$0\"").Variable("ASAN_OPTIONS", "handle_segv=0").Run();
 

@@ -10,8 +10,8 @@
 #include <set>
 
 #include "doctor/version.h"
-#include "tests/doctor/doctor.h"
 #include "tests/doctor/server.h"
+#include "tests/support/doctor.h"
 #include "tests/support/settings_file.h"
 #include "tests/support/temp_folder.h"
 
@@ -75,11 +75,11 @@ const Situation kSituations[] = {
      }},
     {"function-missing", 1, [](World& world) { world.server.Host("6.0.36", HostVariant::kLacksRun); }},
     {"symbol-missing", 0, [](World& world) { world.server.Host("6.0.40", HostVariant::kUnresolved); }},
-    {"crashes-while-loading", 1, [](World& world) { world.server.OddHost("6.0.40", Oddity::kBusError); }},
-    {"throws-while-loading", 1, [](World& world) { world.server.OddHost("6.0.40", Oddity::kThrows); }},
-    {"throws-a-number", 1, [](World& world) { world.server.OddHost("6.0.40", Oddity::kThrowsNumber); }},
-    {"exits-while-loading", 1, [](World& world) { world.server.OddHost("6.0.40", Oddity::kExits); }},
-    {"crash-not-tried", 0, [](World& world) { world.server.OddHost("6.0.1", Oddity::kSegmentationFault); }},
+    {"crashes-while-loading", 1, [](World& world) { world.server.OddHost("6.0.40", "comes_BusError"); }},
+    {"throws-while-loading", 1, [](World& world) { world.server.OddHost("6.0.40", "comes_ThrowError"); }},
+    {"throws-a-number", 1, [](World& world) { world.server.OddHost("6.0.40", "comes_ThrowNumber"); }},
+    {"exits-while-loading", 1, [](World& world) { world.server.OddHost("6.0.40", "comes_Exit"); }},
+    {"crash-not-tried", 0, [](World& world) { world.server.OddHost("6.0.1", "comes_Crash"); }},
     {"missing-framework", 1,
      [](World& world) {
        world.server.Remove(fs::path(kRoot) / "shared").Framework("7.0.20");
@@ -101,7 +101,7 @@ const Situation kSituations[] = {
        WriteFile(kStem + ".runtimeconfig.json", "{ runtimeOptions: }");
        world.host.Returns(HostFunction::kInitialize, static_cast<int>(0x80008093)).GivesNoHandle();
      }},
-    {"no-probe", 0, [](World& world) { world.server.OddHost("6.0.40", Oddity::kBusError); }, {"--no-probe"}},
+    {"no-probe", 0, [](World& world) { world.server.OddHost("6.0.40", "comes_BusError"); }, {"--no-probe"}},
     {"what-if-root",
      0,
      [](World& world) { world.server.Settings("DotnetRootFolder=/usr/lib/none\n"); },

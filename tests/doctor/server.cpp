@@ -85,9 +85,9 @@ Server& Server::Host(std::string_view version, HostVariant variant) {
   return *this;
 }
 
-Server& Server::OddHost(std::string_view version, Oddity oddity) {
+Server& Server::OddHost(std::string_view version, std::string_view variant) {
   fs::create_directories(HostFile(version).parent_path());
-  fs::copy_file(OddLibrary(oddity), HostFile(version), fs::copy_options::overwrite_existing);
+  fs::copy_file(tests::OddHost(variant), HostFile(version), fs::copy_options::overwrite_existing);
   return *this;
 }
 

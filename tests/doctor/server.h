@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "tests/doctor/odd_libraries.h"
+#include "tests/support/odd_host.h"
 #include "tests/support/stand_in_host.h"
 
 namespace tests {
@@ -33,7 +33,7 @@ class Server {
   Server& Application();
   Server& Framework(std::string_view version);
   Server& Host(std::string_view version, HostVariant variant = HostVariant::kWhole);
-  Server& OddHost(std::string_view version, Oddity oddity);
+  Server& OddHost(std::string_view version, std::string_view variant);
   Server& HostOfBytes(std::string_view version, std::string_view bytes);
   Server& Remove(const std::filesystem::path& path);
 

@@ -2,8 +2,8 @@
 
 #include <chrono>
 
-#include "tests/doctor/doctor.h"
 #include "tests/doctor/server.h"
+#include "tests/support/doctor.h"
 
 namespace tests {
 namespace {
@@ -12,7 +12,7 @@ using namespace std::chrono_literals;
 
 TEST(TimeLimit, ALibraryThatHangsWhileItIsLoadedIsAFindingAfterTenSeconds) {
   Server server;
-  server.Healthy().OddHost("6.0.40", Oddity::kHangs);
+  server.Healthy().OddHost("6.0.40", "comes_Hang");
   const auto start = std::chrono::steady_clock::now();
 
   const Outcome outcome = Doctor().Run();

@@ -6,6 +6,7 @@
 #include "tests/support/launcher.h"
 #include "tests/support/runtime_tree.h"
 #include "tests/support/settings_file.h"
+#include "tests/support/text.h"
 
 namespace tests {
 namespace {
@@ -14,13 +15,6 @@ namespace fs = std::filesystem;
 using namespace std::string_literals;
 
 const std::string kCannotOpen = "Error occurred: Cannot open settings file by path: " + std::string(kSettingsPath);
-
-std::string Replaced(std::string text, const std::string& what, const std::string& by) {
-  for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
-    text.replace(at, what.size(), by);
-  }
-  return text;
-}
 
 struct Row {
   const char* name;

@@ -1,10 +1,11 @@
 #include "tests/prediction/known_world.h"
 
+#include "tests/support/odd_host.h"
+
 namespace tests {
 
 KnownWorld& KnownWorld::AddOddHost(std::string_view version, std::string_view variant) {
-  const auto library = std::filesystem::path(ODD_HOST_FOLDER) / variant / "libhostfxr.so";
-  runtime.AddHostOfBytes(version, ReadFile(library));
+  runtime.AddHostOfBytes(version, ReadFile(OddHost(variant)));
   return *this;
 }
 

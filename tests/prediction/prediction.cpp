@@ -17,9 +17,7 @@ namespace {
 
 Command Prepared(const std::filesystem::path& program, const StandInHost& host, const Start& start) {
   Command command(program);
-  // A sanitizer would turn a signal into an exit status.
-  command.Variable("ASAN_OPTIONS", "handle_segv=0:handle_sigbus=0:handle_abort=0");
-  command.Folder(start.folder).Variables(start.variables).Variables(host.Environment());
+  command.LeavesSignalsAlone().Folder(start.folder).Variables(start.variables).Variables(host.Environment());
   if (!start.reads_everything) {
     command.WithoutReadingEverything();
   }
@@ -139,10 +137,6 @@ std::string DifferenceInRecords(const json& verdict, const std::string& decisive
 }
 
 }  // namespace
-
-std::filesystem::path DoctorFile() {
-  return DOCTOR_FILE;
-}
 
 Comparison Compare(StandInHost& host, const Start& start) {
   const Observed doctor = Observe(Prepared(start.doctor, host, start).Arguments({"--json"}), host);

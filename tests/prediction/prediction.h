@@ -6,12 +6,10 @@
 #include <map>
 #include <string>
 
+#include "tests/support/doctor.h"
 #include "tests/support/launcher.h"
 
 namespace tests {
-
-/// The built doctor.
-[[nodiscard]] std::filesystem::path DoctorFile();
 
 /// How the doctor and the launcher are started, alike.
 struct Start {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/odd_host.h"
 #include "tests/support/settings_file.h"
 
 namespace tests {
@@ -19,10 +20,6 @@ using enum HostVariant;
 std::seed_seq Seeds(std::uint64_t seed, std::uint64_t number) {
   return {static_cast<std::uint32_t>(seed), static_cast<std::uint32_t>(seed >> 32), static_cast<std::uint32_t>(number),
           static_cast<std::uint32_t>(number >> 32)};
-}
-
-fs::path OddHost(const std::string& variant) {
-  return fs::path(ODD_HOST_FOLDER) / variant / "libhostfxr.so";
 }
 
 const std::vector<std::string> kTails = {"",

@@ -4,19 +4,13 @@
 #include <string>
 
 #include "tests/prediction/known_world.h"
+#include "tests/support/text.h"
 
 namespace tests {
 namespace {
 
 namespace fs = std::filesystem;
 using namespace std::string_literals;
-
-std::string Replaced(std::string text, const std::string& what, const std::string& by) {
-  for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
-    text.replace(at, what.size(), by);
-  }
-  return text;
-}
 
 struct SettingsCase {
   const char* name;

@@ -119,6 +119,11 @@ Command& Command::Variables(const std::map<std::string, std::string>& variables)
   return *this;
 }
 
+Command& Command::LeavesSignalsAlone() {
+  environment_["ASAN_OPTIONS"] += ":handle_segv=0:handle_sigbus=0:handle_abort=0";
+  return *this;
+}
+
 Command& Command::Input(std::string bytes) {
   input_ = std::move(bytes);
   return *this;
@@ -204,6 +209,16 @@ std::ostream& operator<<(std::ostream& stream, const Outcome& outcome) {
     stream << ", timed out";
   }
   return stream << ", standard output [" << outcome.out << "], standard error [" << outcome.err << "]";
+}
+
+bool IsSanitized() {
+#if defined(__SANITIZE_ADDRESS__)
+  return true;
+#elif defined(__has_feature)
+  return __has_feature(address_sanitizer);
+#else
+  return false;
+#endif
 }
 
 }  // namespace tests

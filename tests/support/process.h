@@ -36,6 +36,8 @@ class Command {
   Command& Input(std::string bytes);
   /// The folder that it starts in; the test's own unless said.
   Command& Folder(std::filesystem::path folder);
+  /// Keeps a sanitizer from turning a signal that ends it, or one of its children, into an exit status.
+  Command& LeavesSignalsAlone();
   /// Takes away what lets root read and search everything, so that an unreadable file is unreadable to root, too.
   Command& WithoutReadingEverything();
   /// It is killed after this long; 60 seconds unless said.
@@ -57,6 +59,9 @@ class Command {
   bool reads_everything_ = true;
   std::chrono::milliseconds timeout_{60'000};
 };
+
+/// Whether this is a sanitizer's build.
+[[nodiscard]] bool IsSanitized();
 
 /// Writes an outcome into a failing test's message.
 std::ostream& operator<<(std::ostream& stream, const Outcome& outcome);

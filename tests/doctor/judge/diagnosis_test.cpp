@@ -14,7 +14,6 @@ namespace doctor {
 namespace {
 
 using namespace std::chrono_literals;
-using tests::Oddity;
 using tests::Server;
 
 Question Installed() {
@@ -76,7 +75,7 @@ TEST(Diagnosis, OtherSettingsTakeThePlaceOfTheInstalledOnes) {
 
 TEST(Diagnosis, NoContextIsCreatedWhereALaunchDoesNotComeThatFar) {
   Server server;
-  server.Healthy().OddHost("6.0.99", Oddity::kExits);
+  server.Healthy().OddHost("6.0.99", "comes_Exit");
 
   const Diagnosis diagnosis = Diagnose(Installed());
 
@@ -87,7 +86,7 @@ TEST(Diagnosis, NoContextIsCreatedWhereALaunchDoesNotComeThatFar) {
 
 TEST(Diagnosis, WithoutProbingNothingIsLoaded) {
   Server server;
-  server.Healthy().OddHost("6.0.99", Oddity::kExits);
+  server.Healthy().OddHost("6.0.99", "comes_Exit");
   const tests::StandInHost host;
   const tests::ScopedEnvironment environment(host.Environment());
   Question question = Installed();
@@ -103,7 +102,7 @@ TEST(Diagnosis, WithoutProbingNothingIsLoaded) {
 
 TEST(Diagnosis, ALibraryThatHangsIsAFindingAtTheLimit) {
   Server server;
-  server.Healthy().OddHost("6.0.99", Oddity::kHangs);
+  server.Healthy().OddHost("6.0.99", "comes_Hang");
   Question question = Installed();
   question.limit = 200ms;
 

@@ -13,7 +13,6 @@ namespace doctor {
 namespace {
 
 using namespace std::chrono_literals;
-using tests::Oddity;
 using tests::Server;
 using tests::TempFolder;
 
@@ -65,7 +64,7 @@ TEST(LoaderLog, AnotherRootTakesThePlaceOfTheSettings) {
 
 TEST(LoaderLog, EndsWhereALibraryEndsTheProcess) {
   Server server;
-  server.Healthy().OddHost("6.0.99", Oddity::kExits);
+  server.Healthy().OddHost("6.0.99", "comes_Exit");
   const TempFolder folder;
 
   const std::string path = WriteLoaderLog(folder / "walk", {}, kLong);

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "doctor/examine/text.h"
+#include "tests/support/text.h"
 
 namespace doctor {
 namespace {
@@ -20,14 +21,6 @@ Lines LinesOf(const std::string& text) {
   return lines;
 }
 
-std::string Repeated(std::string_view text, std::size_t times) {
-  std::string all;
-  for (std::size_t i = 0; i < times; ++i) {
-    all += text;
-  }
-  return all;
-}
-
 TEST(Page, TextIsBrokenBetweenWordsAndInsideOfThemOnlyWhereOneIsTooLong) {
   EXPECT_EQ(Wrapped("", 5), (Lines{""}));
   EXPECT_EQ(Wrapped("12345", 5), (Lines{"12345"}));
@@ -40,10 +33,10 @@ TEST(Page, TextIsBrokenBetweenWordsAndInsideOfThemOnlyWhereOneIsTooLong) {
 }
 
 TEST(Page, NoLineIsLongerThanThePage) {
-  const std::string word = Repeated("x", 1000);
-  const std::string umlauts = Repeated("\u00e4", 1000);
-  const std::string blanks = Repeated(" ", 1000);
-  const std::string sentence = Repeated("words of many lengths ", 50);
+  const std::string word = tests::Repeated("x", 1000);
+  const std::string umlauts = tests::Repeated("\u00e4", 1000);
+  const std::string blanks = tests::Repeated(" ", 1000);
+  const std::string sentence = tests::Repeated("words of many lengths ", 50);
   for (const std::string& text : {word, umlauts, blanks, sentence, " " + word, word + " a", std::string()}) {
     SCOPED_TRACE(text.substr(0, 20));
     Page page(false);
@@ -61,10 +54,11 @@ TEST(Page, NoLineIsLongerThanThePage) {
 TEST(Page, ALineMayTakeTheWholePage) {
   Page page(false);
 
-  page.Paragraph(Repeated("x", 96) + " yy", 4);
-  page.Paragraph(Repeated("x", 97), 4);
+  page.Paragraph(tests::Repeated("x", 96) + " yy", 4);
+  page.Paragraph(tests::Repeated("x", 97), 4);
 
-  EXPECT_EQ(LinesOf(page.Text()), (Lines{"    " + Repeated("x", 96), "    yy", "    " + Repeated("x", 96), "    x"}));
+  EXPECT_EQ(LinesOf(page.Text()),
+            (Lines{"    " + tests::Repeated("x", 96), "    yy", "    " + tests::Repeated("x", 96), "    x"}));
 }
 
 TEST(Page, ColumnsAreAlignedAndNothingFollowsTheLastWord) {
@@ -78,10 +72,10 @@ TEST(Page, ColumnsAreAlignedAndNothingFollowsTheLastWord) {
 TEST(Page, ACellTooLongForItsColumnGoesOnBelow) {
   Page page(false);
 
-  page.Table({{{Repeated("a", 33)}, {Repeated("b", 70)}}}, 0);
+  page.Table({{{tests::Repeated("a", 33)}, {tests::Repeated("b", 70)}}}, 0);
 
-  EXPECT_EQ(LinesOf(page.Text()),
-            (Lines{Repeated("a", 32) + "  " + Repeated("b", 66), std::string("a").append(33, ' ').append("bbbb")}));
+  EXPECT_EQ(LinesOf(page.Text()), (Lines{tests::Repeated("a", 32) + "  " + tests::Repeated("b", 66),
+                                         std::string("a").append(33, ' ').append("bbbb")}));
 }
 
 TEST(Page, ATableWithoutRowsIsNothing) {

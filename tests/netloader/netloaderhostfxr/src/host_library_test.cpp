@@ -15,6 +15,7 @@
 #include "tests/support/scoped_environment.h"
 #include "tests/support/stand_in_host.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/text.h"
 
 namespace netloader {
 namespace {
@@ -218,14 +219,6 @@ TEST(HostLibrary, AHandleClosesItsLibraryWhenDestroyed) {
   EXPECT_EQ(host.Story(), (Story{"6.0.1 loaded", "6.0.1 unloaded"}));
 }
 
-std::string Repeated(const std::string& text, int times) {
-  std::string all;
-  for (int i = 0; i < times; ++i) {
-    all += text;
-  }
-  return all;
-}
-
 struct ErrorText {
   const char* name;
   std::string text;
@@ -243,20 +236,20 @@ TEST(BoundedErrorText, AMessageOfAtMost255BytesIsKeptWholeAndALongerOneIsShorten
       {"256 bytes, no path: the beginning", "a" + std::string(255, 'x'), "", "a" + std::string(254, 'x')},
       {"256 bytes, a path of 7 bytes: shortened", "/bcd/ef" + std::string(250, 'x'), "/bcd/ef",
        ("<path>/ef" + std::string(250, 'x')).substr(4)},
-      {"the folder everywhere", Repeated("/folder/of/the/host ", 13), "/folder/of/the/host/libhostfxr.so",
-       Repeated("<path> ", 13)},
-      {"the folder inside of other paths, too", "/opt/x/y" + Repeated("/opt/xy", 40), "/opt/x/libhostfxr.so",
-       ("<path>/y" + Repeated("<path>y", 40)).substr(8 + 280 - 255)},
+      {"the folder everywhere", tests::Repeated("/folder/of/the/host ", 13), "/folder/of/the/host/libhostfxr.so",
+       tests::Repeated("<path> ", 13)},
+      {"the folder inside of other paths, too", "/opt/x/y" + tests::Repeated("/opt/xy", 40), "/opt/x/libhostfxr.so",
+       ("<path>/y" + tests::Repeated("<path>y", 40)).substr(8 + 280 - 255)},
       {"exactly 255 bytes once shortened", std::string(249, 'x') + "/folder", "/folder/file",
        std::string(249, 'x') + "<path>"},
       {"a file in the root has an empty folder, which is nowhere", std::string(5, 'a') + std::string(255, 'x'),
        "/libhostfxr.so", std::string(255, 'x')},
       {"the end of what stays too long", "/folder" + std::string(300, 'x') + "end", "/folder/file",
        std::string(252, 'x') + "end"},
-      {"a folder named like its replacement", Repeated("<path> ", 40), "<path>/file",
-       Repeated("<path> ", 40).substr(280 - 255)},
-      {"a path without any folder stands for itself", Repeated("libhost ", 40), "libhost",
-       Repeated("<path> ", 40).substr(280 - 255)},
+      {"a folder named like its replacement", tests::Repeated("<path> ", 40), "<path>/file",
+       tests::Repeated("<path> ", 40).substr(280 - 255)},
+      {"a path without any folder stands for itself", tests::Repeated("libhost ", 40), "libhost",
+       tests::Repeated("<path> ", 40).substr(280 - 255)},
   });
   for (const ErrorText& row : rows) {
     SCOPED_TRACE(row.name);

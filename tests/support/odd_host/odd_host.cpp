@@ -3,6 +3,7 @@
 
 #include <csignal>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -38,19 +39,23 @@ namespace {
   std::abort();
 }
 [[maybe_unused]] int Exit() {
-  ::_exit(7);
+  ::_exit(17);
 }
 [[maybe_unused]] int ExitWell() {
   std::exit(0);
 }
 [[maybe_unused]] int ThrowError() {
-  throw std::runtime_error("thrown while loading");
+  throw std::runtime_error("no mood to be loaded");
 }
 [[maybe_unused]] int ThrowNumber() {
   throw 42;
 }
+[[maybe_unused]] int Talk() {
+  std::puts("words of a library");
+  return std::fflush(stdout);
+}
 [[maybe_unused]] int Hang() {
-  while (true) {
+  for (;;) {
     ::pause();
   }
 }

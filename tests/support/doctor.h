@@ -15,7 +15,4 @@ namespace tests {
 /// The doctor in an empty environment. A sanitizer leaves the crashes of its children alone.
 [[nodiscard]] Command Doctor(std::vector<std::string> arguments = {});
 
-/// Whether this is a sanitizer's build.
-[[nodiscard]] bool IsSanitized();
-
 }  // namespace tests
