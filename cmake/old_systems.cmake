@@ -7,12 +7,26 @@ else()
   set(LINKED_FOR_OLD_SYSTEMS ON)
 endif()
 
+# Makes an executable need a library that nothing in it asks for here: up to 2.33 the C library had parts for dynamic
+# loading and for threads. Later ones still have them, empty.
+function(need_part_of_old_c_library executable part)
+  target_link_libraries(${executable} PRIVATE -Wl,--push-state,--no-as-needed -l:${part} -Wl,--pop-state)
+endfunction()
+
 # use_old_c_library(<executable>): asks for no function of a C library newer than 2.17.
 function(use_old_c_library executable)
-  if(NOT LINKED_FOR_OLD_SYSTEMS)
-    return()
+  if(LINKED_FOR_OLD_SYSTEMS)
+    target_sources(${executable} PRIVATE $<TARGET_OBJECTS:old_c_library>)
+    need_part_of_old_c_library(${executable} libdl.so.2)
   endif()
-  target_sources(${executable} PRIVATE $<TARGET_OBJECTS:old_c_library>)
-  # Up to 2.33 dlopen is found in this library alone. Later ones still have it, empty.
-  target_link_options(${executable} PRIVATE -Wl,--push-state,--no-as-needed -l:libdl.so.2 -Wl,--pop-state)
+endfunction()
+
+# use_own_cxx_library(<executable>): asks for no C++ library at all and has one of its own. For an executable that must
+# start where the server's library is broken, and whose objects no library in the process touches.
+function(use_own_cxx_library executable)
+  if(LINKED_FOR_OLD_SYSTEMS)
+    target_link_options(${executable} PRIVATE -static-libstdc++)
+    target_sources(${executable} PRIVATE $<TARGET_OBJECTS:old_thread_library>)
+    need_part_of_old_c_library(${executable} libpthread.so.0)
+  endif()
 endfunction()

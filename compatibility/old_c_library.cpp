@@ -5,6 +5,8 @@
 // name: each is hidden in the executable and passes its call on. No header is included, since the headers declare the
 // newest.
 
+#include <exception>
+
 #define HIDDEN [[gnu::visibility("hidden")]]
 
 extern "C" {
@@ -20,8 +22,14 @@ void* OldDlsym(void* library, const char* name);
 char* OldDlerror();
 int OldDlclose(void* library);
 
+// The initialization of a library may throw, and no function of the C library lets that pass: it ends the process.
+// Called here, terminate() is that of the executable and knows the exception whichever C++ library threw it.
 HIDDEN void* dlopen(const char* file, int mode) {
-  return OldDlopen(file, mode);
+  try {
+    return OldDlopen(file, mode);
+  } catch (...) {
+    std::terminate();
+  }
 }
 
 HIDDEN void* dlsym(void* library, const char* name) {
@@ -58,6 +66,11 @@ HIDDEN int lstat(const char* path, void* status) {
 }
 
 HIDDEN int fstat(int descriptor, void* status) {
+  return OldFstat(kStatVersion, descriptor, status);
+}
+
+// By the name that the C++ library in the compiler's archive uses. The layouts are the same on x86-64.
+HIDDEN int fstat64(int descriptor, void* status) {
   return OldFstat(kStatVersion, descriptor, status);
 }
 
