@@ -63,8 +63,14 @@ class Reservation {
   std::uint64_t size_;
 };
 
+// A library that goes on behind the last address would load, but none is linked like that: it is a first header that no
+// longer describes the contents, and the dynamic loader reads what the others point at from addresses without memory.
+bool IsBelow(const Elf64_Phdr& load, const Elf64_Phdr& first) {
+  return PageStart(load.p_vaddr) < PageStart(first.p_vaddr);
+}
+
 // The dynamic loader compares the addresses themselves: a segment that reaches to the last address or wraps around it
-// ends before it starts and is not mapped. The first one is, with the reservation.
+// ends before it starts and is not mapped.
 bool IsLeftUnmapped(const Elf64_Phdr& load) {
   return PageEnd(load.p_vaddr + load.p_filesz) < PageStart(load.p_vaddr);
 }
@@ -84,7 +90,7 @@ ElfFinding CheckSegments(const ProgramHeaders& loads, const Reservation& reserva
     if (ElfFinding finding = CheckBytes(load, reservation, size); finding.verdict != ElfVerdict::kLoadable) {
       return finding;
     }
-    if (!reservation.Holds(load) || (IsLeftUnmapped(load) && &load != &loads.front())) {
+    if (IsBelow(load, loads.front()) || IsLeftUnmapped(load) || !reservation.Holds(load)) {
       return Malformed("a segment outside the library's own addresses");
     }
   }

@@ -179,7 +179,7 @@ Spoilt LinkedAt(std::uint64_t address) {
 
 TEST(ElfCheckSegments, OnlyTheDistanceFromTheFirstSegmentCounts) {
   for (const std::uint64_t address : {std::uint64_t{0}, std::uint64_t{1} << 47, UINT64_MAX / 2 + 1 - kPage,
-                                      UINT64_MAX / 2 + 1, UINT64_MAX - 0x7fffffff, UINT64_MAX - kPage + 1}) {
+                                      UINT64_MAX / 2 + 1, UINT64_MAX - 0x7fffffff}) {
     SCOPED_TRACE(address);
     Spoilt whole = LinkedAt(address);
     const auto second = whole.Find(PT_LOAD).at(1);
@@ -191,25 +191,24 @@ TEST(ElfCheckSegments, OnlyTheDistanceFromTheFirstSegmentCounts) {
   }
 }
 
-TEST(ElfCheckSegments, ASegmentThatReachesTheLastAddressOrWrapsAroundItIsRefusedUnlessItIsTheFirst) {
+TEST(ElfCheckSegments, ASegmentThatReachesTheLastAddressOrWrapsAroundItIsRefused) {
   struct Row {
     const char* name;
     std::size_t segment;
     bool reaches;
-    const char* detail;
   };
-  for (const auto& [name, segment, reaches, detail] : std::to_array<Row>({
-           {"the first one reaches it", 0, true, ""},
-           {"the second one reaches it", 1, true, kSegmentOutside},
-           {"the second one wraps around it", 1, false, kSegmentOutside},
-           {"the last one reaches it", 3, true, kSegmentOutside},
+  for (const auto& [name, segment, reaches] : std::to_array<Row>({
+           {"the first one reaches it", 0, true},
+           {"the second one reaches it", 1, true},
+           {"the second one wraps around it", 1, false},
+           {"the last one reaches it", 3, true},
        })) {
     SCOPED_TRACE(name);
     const Elf64_Phdr load = Spoilt().Segment(Spoilt().Find(PT_LOAD).at(segment));
     const std::uint64_t end = (load.p_vaddr + load.p_filesz + kPage - 1) / kPage * kPage;
     Spoilt library = LinkedAt((reaches ? 0 : kPage) - end);
 
-    EXPECT_EQ(library.Check().detail, detail);
+    EXPECT_EQ(library.Check().detail, kSegmentOutside);
   }
 }
 
