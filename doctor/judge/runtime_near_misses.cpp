@@ -106,7 +106,7 @@ class Looker {
     const std::string folder = FxrFolder();
     if (report_.discovery.state == FxrFolderState::kIsLink) {
       Warn("folder-is-link", folder, "the folder is a symbolic link, and links are not followed",
-           "name the root that the link leads to, or replace the link by the folder");
+           "replace the link by the folder it leads to");
     }
     if (report_.discovery.state == FxrFolderState::kUnreadable) {
       WarnNotEntered(folder);
@@ -181,8 +181,7 @@ class Looker {
     } else if (version.reason == "wrong-prefix" && IsVersionName(version.name) && IsNewHost(path)) {
       Warn("other-runtime", path,
            "version " + Printable(version.name) + " is installed, but only " + ToUtf8(Prefix()) + "x is looked for",
-           report_.decisive ? "nothing, unless a launch is meant to take it: that it never does"
-                            : "install a .NET 6.0 runtime; no other does");
+           "install a .NET 6.0 runtime, if there is none; no other serves");
     }
   }
 

@@ -100,15 +100,6 @@ TEST(RuntimeNearMisses, WhatIsMeantIsNone) {
   }
 }
 
-TEST(RuntimeNearMisses, AnotherRuntimeNeedsNoCureBesideOneThatFits) {
-  RuntimeTree runtime;
-  runtime.AddHost("7.0.1");
-
-  EXPECT_TRUE(Misses(runtime.Root()).at(0).cure.starts_with("install "));
-  runtime.AddHost("6.0.1");
-  EXPECT_TRUE(Misses(runtime.Root()).at(0).cure.starts_with("nothing"));
-}
-
 TEST(RuntimeNearMisses, EqualNumbersAreNamedTogether) {
   RuntimeTree runtime;
   runtime.AddHost("6.0.8").AddHost("6.0.010").AddHost("6.0.7");
