@@ -7,8 +7,8 @@
 #include <iostream>
 #include <variant>
 
-#include "doctor/examine/text.h"
 #include "doctor/judge/diagnosis.h"
+#include "doctor/judge/text.h"
 #include "doctor/options.h"
 #include "doctor/report/json_report.h"
 #include "doctor/report/loader_log.h"

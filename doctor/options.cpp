@@ -4,8 +4,8 @@
 #include <map>
 #include <sstream>
 
-#include "doctor/examine/text.h"
 #include "doctor/version.h"
+#include "foundation/utf.h"
 
 namespace doctor {
 namespace {
@@ -33,7 +33,9 @@ std::variant<Options, Refusal> ParseOptions(int argc, const char* const* argv) {
       ->option_text("FILE");
   app.add_option("--root", options.root, "Ask about this runtime root instead of the one in the settings")
       ->option_text("DIR")
-      ->check([](const std::string& root) { return ToUtf16(root).empty() ? "it must be a path in UTF-8" : ""; }, "");
+      ->check(
+          [](const std::string& root) { return tov::text::ToUtf16(root).empty() ? "it must be a path in UTF-8" : ""; },
+          "");
   app.add_flag("--no-probe", noProbe, "Load nothing; excludes --log")->excludes(log)->option_text(" ");
   app.add_option("--color", options.color, "When to use colours: auto, always or never")
       ->option_text("WHEN")

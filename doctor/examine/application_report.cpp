@@ -7,12 +7,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 
-#include "doctor/examine/text.h"
+#include "foundation/utf.h"
 #include "launcher/product.h"
 #include "netloader/netloaderhostfxr/src/loadermodule.h"
 
@@ -28,11 +27,9 @@ FileReport LookAtFile(const std::string& path) {
     struct stat status {};
     const bool isFile = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
     ::close(descriptor);
-    return isFile ? FileReport{path, FileState::kPresent, {}}
-                  : FileReport{path, FileState::kUnreadable, "it is no regular file"};
+    return {path, isFile ? FileState::kPresent : FileState::kUnreadable};
   }
-  return {path, errno == ENOENT || errno == ENOTDIR ? FileState::kMissing : FileState::kUnreadable,
-          std::strerror(errno)};
+  return {path, errno == ENOENT || errno == ENOTDIR ? FileState::kMissing : FileState::kUnreadable, errno};
 }
 
 // The file's object; marks the file when it holds none.
@@ -45,7 +42,6 @@ json ReadObject(FileReport& file) {
   json object = json::parse(stream, nullptr, /*allow_exceptions=*/false, /*ignore_comments=*/true);
   if (!object.is_object()) {
     file.state = FileState::kMalformed;
-    file.detail = "it is no JSON object";
     return json::object();
   }
   return object;
@@ -109,31 +105,17 @@ std::vector<FrameworkReport> Frameworks(const json& config, const fs::path& root
 ApplicationReport ExamineApplication(const tov::WideString& root, const ContextProber& prober) {
   ApplicationReport report;
   report.assembly = netloader::AssemblyPath(launcher::kAssemblyFileName);
-  const std::string path = ToUtf8(report.assembly);
+  const std::string path = tov::text::ToUtf8(report.assembly);
   const std::string stem = fs::path(path).replace_extension().string();
   report.assembly_file = LookAtFile(path);
   report.runtime_config = LookAtFile(stem + ".runtimeconfig.json");
   report.dependencies = LookAtFile(stem + ".deps.json");
-  report.frameworks = Frameworks(ReadObject(report.runtime_config), ToUtf8(root));
+  report.frameworks = Frameworks(ReadObject(report.runtime_config), tov::text::ToUtf8(root));
   ReadObject(report.dependencies);
   if (prober) {
     report.context = prober();
   }
   return report;
-}
-
-std::string_view FileStateName(FileState state) {
-  switch (state) {
-    case FileState::kPresent:
-      return "present";
-    case FileState::kMissing:
-      return "missing";
-    case FileState::kUnreadable:
-      return "unreadable";
-    case FileState::kMalformed:
-      return "malformed";
-  }
-  return {};
 }
 
 }  // namespace doctor

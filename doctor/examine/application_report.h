@@ -15,8 +15,8 @@ enum class FileState { kPresent, kMissing, kUnreadable, kMalformed };
 
 struct FileReport {
   std::string path;
-  FileState state;
-  std::string detail;  ///< Why it is unreadable or malformed.
+  FileState state = FileState::kMissing;
+  int error = 0;  ///< Why it cannot be opened, as an errno value; 0 when it can.
 };
 
 /// A framework that the application's runtimeconfig.json names.
@@ -41,8 +41,5 @@ using ContextProber = std::function<ContextProbe()>;
 /// Looks at the product's application. `root` is where frameworks are looked for. Without a prober no context is
 /// created.
 ApplicationReport ExamineApplication(const tov::WideString& root, const ContextProber& prober);
-
-/// "present", "missing", ...
-std::string_view FileStateName(FileState state);
 
 }  // namespace doctor

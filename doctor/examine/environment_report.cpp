@@ -2,13 +2,15 @@
 
 #include <cstdlib>
 
-#include "doctor/examine/text.h"
+#include "foundation/utf.h"
 #include "launcher/product.h"
 #include "netloader/netloaderquorcommon/src/dotnet_settings.h"
 #include "netloader/platform/environment.h"
 
 namespace doctor {
 namespace {
+
+using tov::text::ToUtf8;
 
 std::optional<std::string> ValueOf(const std::string& name) {
   const char* value = std::getenv(name.c_str());

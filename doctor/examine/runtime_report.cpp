@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <exception>
 #include <set>
+#include <system_error>
 #include <utility>
 
-#include "doctor/child/signal_name.h"
-#include "doctor/examine/text.h"
-#include "foundation/result_code.h"
+#include "foundation/utf.h"
 #include "netloader/netloaderhostfxr/src/loadermodule.h"
 #include "netloader/netloaderhostfxr/src/version_order.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
@@ -20,106 +19,89 @@ using netloader::ElfVerdict;
 using netloader::VersionFinding;
 using netloader::VersionVerdict;
 
-struct Reason {
-  std::string code;
-  std::string detail;
-};
-
-Reason ReasonOf(const VersionFinding& finding) {
+// Why the walk passed a folder over; empty for one that it accepted.
+std::optional<VersionReason> ReasonOf(const VersionFinding& finding) {
   switch (finding.verdict) {
     case VersionVerdict::kAccepted:
       break;
     case VersionVerdict::kNotAFolder:
-      return finding.name.empty() ? Reason{"not-utf8", "names that are not UTF-8 are passed over"}
-                                  : Reason{"not-a-folder", "is no folder any more"};
+      return finding.name.empty() ? VersionReason::kNotUtf8 : VersionReason::kNotAFolder;
     case VersionVerdict::kWrongPrefix:
-      return {"wrong-prefix", "its name does not begin with " + Quoted(ToUtf8(netloader::quor::kDotnetVersionPrefix))};
+      return VersionReason::kWrongPrefix;
     case VersionVerdict::kNoLibrary:
-      return {"no-library",
-              ToUtf8(netloader::kHostFxrFileName) + ": " + std::string(tov::ResultCodeMessage(finding.result))};
+      return VersionReason::kNoLibrary;
     case VersionVerdict::kLibraryIsLink:
-      return {"library-is-link", ToUtf8(netloader::kHostFxrFileName) + " is a symbolic link"};
+      return VersionReason::kLibraryIsLink;
     case VersionVerdict::kLibraryIsNoFile:
-      return {"library-is-no-file", ToUtf8(netloader::kHostFxrFileName) + " is no regular file"};
+      return VersionReason::kLibraryIsNoFile;
   }
-  return {};
+  return std::nullopt;
 }
 
-std::string ReasonCode(ElfVerdict verdict) {
+std::optional<VersionReason> ReasonOf(ElfVerdict verdict) {
   switch (verdict) {
     case ElfVerdict::kLoadable:
       break;
     case ElfVerdict::kUnreadable:
-      return "unreadable";
+      return VersionReason::kUnreadable;
     case ElfVerdict::kNotElf:
-      return "not-elf";
+      return VersionReason::kNotElf;
     case ElfVerdict::kOtherMachine:
-      return "other-machine";
+      return VersionReason::kOtherMachine;
     case ElfVerdict::kNotShared:
-      return "not-shared";
+      return VersionReason::kNotShared;
     case ElfVerdict::kCutShort:
-      return "cut-short";
+      return VersionReason::kCutShort;
     case ElfVerdict::kMalformed:
-      return "malformed";
+      return VersionReason::kMalformed;
   }
-  return {};
+  return std::nullopt;
 }
 
-// What a library wrote before the end, as far as it helps.
-std::string LastWords(const ChildResult& child) {
-  constexpr std::size_t kLongest = 200;
-  std::string words = child.output.substr(0, kLongest);
-  words.erase(words.find_last_not_of(" \r\n") + 1);
-  return words.empty() ? words : "; it wrote: " + words;
-}
-
-// What a probe says of a library: good, refused or fatal.
-void Judge(LibraryProbe probe, VersionReport& version) {
-  version.standing = Standing::kFatal;
+// What loading it shows; empty for a good library.
+std::optional<VersionReason> ReasonOf(const LibraryProbe& probe) {
   switch (probe.child.end) {
     case ChildEnd::kFinished:
-      version.standing = probe.IsGood() ? Standing::kGood : Standing::kRefused;
-      if (!probe.IsGood()) {
-        version.reason = probe.missing.empty() ? "load-failed" : "function-missing";
-        version.detail = probe.missing.empty() ? probe.error : "lacks the function " + probe.missing;
-      }
       break;
     case ChildEnd::kThrew:
     case ChildEnd::kThrewUnknown:
-      version.reason = "threw";
-      version.detail = "threw an exception while loading" +
-                       (probe.child.message.empty() ? std::string() : ": " + probe.child.message);
-      break;
+      return VersionReason::kThrew;
     case ChildEnd::kExited:
-      version.reason = "exited";
-      version.detail =
-          "ended the process while loading, with status " + std::to_string(probe.child.code) + LastWords(probe.child);
-      break;
+      return VersionReason::kExited;
     case ChildEnd::kCrashed:
-      version.reason = "crashed";
-      version.detail = "crashed while loading: " + SignalName(probe.child.code) + LastWords(probe.child);
-      break;
+      return VersionReason::kCrashed;
     case ChildEnd::kTimedOut:
-      version.reason = "timed-out";
-      version.detail = "did not come back from loading within the time limit" + LastWords(probe.child);
-      break;
+      return VersionReason::kTimedOut;
     case ChildEnd::kNotStarted:
       throw std::system_error(probe.child.code, std::generic_category(), "a process to load libraries in");
   }
+  if (probe.IsGood()) {
+    return std::nullopt;
+  }
+  return probe.missing.empty() ? VersionReason::kLoadFailed : VersionReason::kFunctionMissing;
+}
+
+void Take(LibraryProbe probe, VersionReport& version) {
+  version.reason = ReasonOf(probe);
+  version.standing = probe.child.end != ChildEnd::kFinished ? Standing::kFatal
+                     : probe.IsGood()                       ? Standing::kGood
+                                                            : Standing::kRefused;
+  version.words = std::move(probe.error);
+  version.missing_function = std::move(probe.missing);
   version.child = std::move(probe.child);
 }
 
 void Try(VersionReport& version, const LibraryProber& prober) {
   if (!netloader::utils::CheckIsValidPath(version.library)) {
-    version.reason = "relative-path";
-    version.detail = "its path is relative, and only absolute ones are loaded";
+    version.reason = VersionReason::kRelativePath;
     return;
   }
-  if (auto elf = netloader::CheckElf(ToUtf8(version.library).c_str()); elf.verdict != ElfVerdict::kLoadable) {
-    version.reason = ReasonCode(elf.verdict);
-    version.detail = std::move(elf.detail);
+  if (auto elf = netloader::CheckElf(tov::text::ToUtf8(version.library).c_str());
+      elf.verdict != ElfVerdict::kLoadable) {
+    version.reason = ReasonOf(elf.verdict);
+    version.words = std::move(elf.detail);
   } else if (prober) {
-    Judge(prober(version.library), version);
+    Take(prober(version.library), version);
   } else {
     version.standing = Standing::kNotLoaded;
   }
@@ -153,12 +135,12 @@ class Examiner {
 
   VersionReport Report(const tov::WideString& name) const {
     VersionReport version;
-    version.name = ToUtf8(name);
+    version.name = tov::text::ToUtf8(name);
     version.library = netloader::HostLibraryPath(report_.discovery.fxrFolder, name, netloader::kHostFxrFileName);
     return version;
   }
 
-  // A launch may meet a folder twice; what it is need be told once.
+  // A launch may meet a folder twice; one report of it is enough.
   bool IsNew(const tov::WideString& name) { return seen_.insert(name).second; }
 
   void AddCandidate(const tov::WideString& name) {
@@ -180,9 +162,8 @@ class Examiner {
       return;
     }
     VersionReport version = Report(finding.name);
-    Reason reason = ReasonOf(finding);
-    version.reason = std::move(reason.code);
-    version.detail = std::move(reason.detail);
+    version.reason = ReasonOf(finding);
+    version.result = finding.result;
     report_.versions.push_back(std::move(version));
   }
 

@@ -21,14 +21,39 @@ enum class Standing {
   kFatal,      ///< A launch ends here: loading it ends the process, hangs or throws.
 };
 
-/// One version folder. `reason` is a stable name and empty for a good one; `detail` is for people.
+/// Why a version is not good.
+enum class VersionReason {
+  kNotAFolder,  ///< It went away while it was looked at.
+  kNotUtf8,     ///< All whose names are not UTF-8, together and without a name.
+  kWrongPrefix,
+  kNoLibrary,
+  kLibraryIsLink,
+  kLibraryIsNoFile,
+  kRelativePath,  ///< Nothing is loaded from a relative root.
+  kUnreadable,    ///< From here to `kMalformed`: what the library's headers show.
+  kNotElf,
+  kOtherMachine,
+  kNotShared,
+  kCutShort,
+  kMalformed,
+  kLoadFailed,  ///< The dynamic loader refuses it.
+  kFunctionMissing,
+  kThrew,  ///< From here on: loading it ended the process.
+  kExited,
+  kCrashed,
+  kTimedOut,
+};
+
+/// One version folder.
 struct VersionReport {
   std::string name;
   tov::WideString library;
   bool is_candidate = false;  ///< Whether a launch would try to load it.
   Standing standing = Standing::kRefused;
-  std::string reason;
-  std::string detail;
+  std::optional<VersionReason> reason = {};  ///< Empty for a good one.
+  int result = 0;                            ///< Why the library's status cannot be read, as a result code.
+  std::string words = {};                    ///< The ELF check's or the dynamic loader's.
+  std::string missing_function = {};
   ChildResult child{ChildEnd::kFinished};  ///< How loading it ended.
 };
 

@@ -8,7 +8,6 @@
 #include <map>
 #include <typeinfo>
 
-#include "doctor/examine/text.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 #include "netloader/netloaderquorcommon/src/settings_file.h"
 

@@ -19,10 +19,10 @@ enum class LineUse {
 
 /// Key and value are the line's bytes.
 struct SettingsEntry {
-  std::size_t line;
+  std::size_t line = 0;
   std::string key;
   std::string value;  ///< Of a skipped line: the line.
-  LineUse use;
+  LineUse use = LineUse::kSkipped;
   std::size_t replaced_by = 0;  ///< The line that replaces it.
 };
 

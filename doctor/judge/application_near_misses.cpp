@@ -1,22 +1,45 @@
-#include "doctor/examine/application_report.h"
-#include "doctor/examine/text.h"
+#include "doctor/judge/checks.h"
 #include "doctor/judge/near_misses.h"
+#include "doctor/judge/text.h"
 
 namespace doctor {
+namespace {
+
+std::optional<Clue> MissingAssembly(const ApplicationReport& report) {
+  return report.assembly_file.state == FileState::kMissing ? std::optional(Clue{Printable(report.assembly_file.path)})
+                                                           : std::nullopt;
+}
+
+// What the application as a whole is looked at for.
+constexpr auto kApplicationChecks = std::to_array<Check<ApplicationReport>>({
+    {Finding::kMissingAssembly, MissingAssembly},
+});
+
+struct Needed {
+  const FrameworkReport& framework;
+  const FileReport& config;
+};
+
+std::optional<Clue> MissingFramework(const Needed& needed) {
+  if (needed.framework.is_there != false) {
+    return std::nullopt;
+  }
+  return Clue{Printable(needed.config.path),
+              {{"framework", Printable(needed.framework.name)}, {"version", Printable(needed.framework.version)}}};
+}
+
+// What each framework that it names is looked at for.
+constexpr auto kFrameworkChecks = std::to_array<Check<Needed>>({
+    {Finding::kMissingFramework, MissingFramework},
+});
+
+}  // namespace
 
 Warnings ApplicationNearMisses(const ApplicationReport& report) {
   Warnings warnings;
-  if (report.assembly_file.state == FileState::kMissing) {
-    warnings.push_back({"missing-assembly", Printable(report.assembly_file.path),
-                        "the application's assembly is missing", "install the product again"});
-  }
+  Apply(kApplicationChecks, report, warnings);
   for (const FrameworkReport& framework : report.frameworks) {
-    if (framework.is_there == false) {
-      warnings.push_back({"missing-framework", Printable(report.runtime_config.path),
-                          "the application needs " + Printable(framework.name) + " " + Printable(framework.version) +
-                              ", which the runtime root does not have",
-                          "install that framework under the runtime root"});
-    }
+    Apply(kFrameworkChecks, Needed{framework, report.runtime_config}, warnings);
   }
   return warnings;
 }

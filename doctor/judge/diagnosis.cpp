@@ -4,8 +4,8 @@
 #include <iterator>
 #include <system_error>
 
-#include "doctor/examine/text.h"
 #include "doctor/judge/near_misses.h"
+#include "doctor/judge/text.h"
 #include "launcher/product.h"
 #include "netloader/netloaderhostfxr/src/loadermodule.h"
 #include "netloader/netloaderquorcommon/src/executable_folder.h"

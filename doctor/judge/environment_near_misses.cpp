@@ -1,10 +1,9 @@
 #include <cstdlib>
-#include <string_view>
 
+#include "doctor/judge/checks.h"
 #include "doctor/judge/near_misses.h"
 
 namespace doctor {
-
 namespace {
 
 bool IsSetButEmpty(const char* name) {
@@ -12,14 +11,21 @@ bool IsSetButEmpty(const char* name) {
   return value != nullptr && *value == '\0';
 }
 
+std::optional<Clue> TmpEmpty(const SettingsReport& settings) {
+  return settings.log_folder.empty() && IsSetButEmpty("TMP") ? std::optional(Clue{"TMP"}) : std::nullopt;
+}
+
+// What the environment is looked at for, beside the settings.
+constexpr auto kEnvironmentChecks = std::to_array<Check<SettingsReport>>({
+    {Finding::kTmpEmpty, TmpEmpty},
+});
+
 }  // namespace
 
 Warnings EnvironmentNearMisses(const SettingsReport& settings) {
-  if (settings.log_folder.empty() && IsSetButEmpty("TMP")) {
-    return {{"tmp-empty", "TMP", "TMP is set but empty: it makes the log folder empty, and TEMP is not looked at",
-             "unset TMP, or give it a folder"}};
-  }
-  return {};
+  Warnings warnings;
+  Apply(kEnvironmentChecks, settings, warnings);
+  return warnings;
 }
 
 }  // namespace doctor

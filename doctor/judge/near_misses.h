@@ -11,9 +11,11 @@ namespace doctor {
 /// Blanks, carriage returns, quotes, letter case, byte-order mark, repeated keys.
 Warnings SettingsNearMisses(const SettingsReport& report);
 
-/// The root, links, folders that cannot be entered, odd version numbers, other machines, cut libraries, noexec, other
-/// runtimes.
+/// The root, links, folders that cannot be entered, noexec, and what `VersionNearMisses` finds.
 Warnings RuntimeNearMisses(const RuntimeReport& report);
+
+/// Odd version numbers, other machines, cut libraries, other runtimes.
+Warnings VersionNearMisses(const RuntimeReport& report);
 
 /// A TMP that is set but empty.
 Warnings EnvironmentNearMisses(const SettingsReport& settings);

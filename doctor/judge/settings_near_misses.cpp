@@ -1,11 +1,10 @@
 #include <algorithm>
 #include <cctype>
-#include <functional>
-#include <optional>
 #include <string_view>
 
-#include "doctor/examine/text.h"
+#include "doctor/judge/checks.h"
 #include "doctor/judge/near_misses.h"
+#include "doctor/judge/text.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 
 namespace doctor {
@@ -19,9 +18,10 @@ struct KnownKey {
   std::string meaning;
 };
 
-std::vector<KnownKey> KnownKeys() {
-  return {{ToUtf8(netloader::quor::kDotnetRootFolderKey), "runtime root"},
-          {ToUtf8(netloader::quor::kLoaderLoggingDirKey), "log folder"}};
+const std::vector<KnownKey>& KnownKeys() {
+  static const std::vector<KnownKey> keys = {{ToUtf8(netloader::quor::kDotnetRootFolderKey), "runtime root"},
+                                             {ToUtf8(netloader::quor::kLoaderLoggingDirKey), "log folder"}};
+  return keys;
 }
 
 std::string_view Trimmed(std::string_view text) {
@@ -30,118 +30,118 @@ std::string_view Trimmed(std::string_view text) {
                                          : text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
+bool IsBlank(char letter) {
+  return kBlanks.find(letter) != std::string_view::npos;
+}
+
 bool EqualButForCase(std::string_view a, std::string_view b) {
   const auto lower = [](char letter) { return std::tolower(static_cast<unsigned char>(letter)); };
   return std::ranges::equal(a, b, {}, lower, lower);
 }
 
-bool IsQuoted(std::string_view value) {
-  value = Trimmed(value);
-  return value.size() > 1 && (value.front() == '"' || value.front() == '\'') && value.back() == value.front();
+// The key that was probably meant; null when it is none of the launcher's.
+const KnownKey* Meant(std::string_view key) {
+  const auto& keys = KnownKeys();
+  const auto found =
+      std::ranges::find_if(keys, [&](const KnownKey& known) { return EqualButForCase(Trimmed(key), known.name); });
+  return found != keys.end() ? &*found : nullptr;
 }
 
-std::string Line(const SettingsEntry& entry) {
-  return "line " + std::to_string(entry.line);
-}
-
-class Looker {
- public:
-  explicit Looker(const SettingsReport& report) : report_(report), keys_(KnownKeys()) {}
-
-  Warnings Look() {
-    for (const SettingsEntry& entry : report_.entries) {
-      LookAtMark(entry);
-      LookAtKey(entry);
-      LookAtValue(entry);
-      LookAtRepetition(entry);
-    }
-    return std::move(warnings_);
-  }
-
- private:
-  static bool HasMark(const SettingsEntry& entry) {
-    return entry.line == 1 && (entry.key.empty() ? entry.value : entry.key).starts_with(kByteOrderMark);
-  }
-
-  void LookAtMark(const SettingsEntry& entry) {
-    if (HasMark(entry)) {
-      Warn("byte-order-mark", entry, "the file begins with a byte-order mark, which becomes part of the first key",
-           "save the file as UTF-8 without a byte-order mark");
-    }
-  }
-
-  // The key that was probably meant.
-  const KnownKey* Meant(std::string_view key) const {
-    const auto found =
-        std::ranges::find_if(keys_, [&](const KnownKey& known) { return EqualButForCase(Trimmed(key), known.name); });
-    return found != keys_.end() ? &*found : nullptr;
-  }
-
-  void LookAtKey(const SettingsEntry& entry) {
-    std::string_view key = entry.key;
-    if (HasMark(entry) && !key.empty()) {
-      key.remove_prefix(kByteOrderMark.size());
-    }
-    const KnownKey* known = Meant(key);
-    if (known == nullptr || key == known->name) {
-      return;
-    }
-    if (Trimmed(key) != key) {
-      Warn("blank-around-key", entry, "the key " + Quoted(key) + " has a blank around it, so it is another key",
-           "write " + known->name + "= without any blank before the equals sign");
-    }
-    if (Trimmed(key) != known->name) {
-      Warn("wrong-letter-case", entry, "the key " + Quoted(key) + " differs in letter case, so it is another key",
-           "write " + known->name);
-    }
-  }
-
-  void LookAtValue(const SettingsEntry& entry) {
-    const KnownKey* known = Meant(entry.key);
-    if (known == nullptr || entry.value.empty()) {
-      return;
-    }
-    const char last = entry.value.back();
-    if (last == '\r') {
-      Warn("carriage-return-at-end", entry,
-           "the " + known->meaning + " ends with a carriage return, which is part of it",
-           "save the file with plain line ends (LF)");
-    } else if (kBlanks.find(last) != std::string_view::npos) {
-      Warn("blank-at-end", entry, "the " + known->meaning + " ends with a blank, which is part of it",
-           "remove what follows the last letter of the line");
-    }
-    if (kBlanks.find(entry.value.front()) != std::string_view::npos) {
-      Warn("blank-at-start", entry, "the " + known->meaning + " begins with a blank, which is part of it",
-           "write the value right after the equals sign");
-    }
-    if (IsQuoted(entry.value)) {
-      Warn("quoted-value", entry, "the " + known->meaning + " stands in quotes, which are part of it",
-           "remove the quotes");
-    }
-  }
-
-  void LookAtRepetition(const SettingsEntry& entry) {
-    if (entry.use == LineUse::kReplaced) {
-      Warn("key-given-twice", entry,
-           "line " + std::to_string(entry.replaced_by) + " sets " + Quoted(entry.key) +
-               " again, and the last one counts",
-           "remove the line that is not meant");
-    }
-  }
-
-  void Warn(std::string code, const SettingsEntry& entry, std::string text, std::string cure) {
-    warnings_.push_back({std::move(code), Line(entry), std::move(text), std::move(cure)});
-  }
-
-  const SettingsReport& report_;
-  const std::vector<KnownKey> keys_;
-  Warnings warnings_;
+// A line that sets something, as a person reads it.
+struct Line {
+  const SettingsEntry& entry;
+  bool has_mark = false;            // A byte-order mark stands in front.
+  std::string_view key = {};        // Without the mark.
+  const KnownKey* meant = nullptr;  // The launcher's key that was probably meant.
 };
+
+Line Read(const SettingsEntry& entry) {
+  Line line{entry};
+  line.has_mark = entry.line == 1 && (entry.key.empty() ? entry.value : entry.key).starts_with(kByteOrderMark);
+  line.key = entry.key;
+  if (line.has_mark && !entry.key.empty()) {
+    line.key.remove_prefix(kByteOrderMark.size());
+  }
+  line.meant = Meant(line.key);
+  return line;
+}
+
+std::string Place(const Line& line) {
+  return "line " + std::to_string(line.entry.line);
+}
+
+std::optional<Clue> ByteOrderMark(const Line& line) {
+  return line.has_mark ? std::optional(Clue{Place(line)}) : std::nullopt;
+}
+
+std::optional<Clue> AboutKey(const Line& line, bool isOdd) {
+  if (line.meant == nullptr || !isOdd) {
+    return std::nullopt;
+  }
+  return Clue{Place(line), {{"found", Quoted(line.key)}, {"key", line.meant->name}}};
+}
+
+std::optional<Clue> BlankAroundKey(const Line& line) {
+  return AboutKey(line, Trimmed(line.key) != line.key);
+}
+
+std::optional<Clue> WrongLetterCase(const Line& line) {
+  return AboutKey(line, line.meant != nullptr && Trimmed(line.key) != line.meant->name);
+}
+
+std::optional<Clue> AboutValue(const Line& line, bool (*isOdd)(std::string_view value)) {
+  if (line.meant == nullptr || line.entry.value.empty() || !isOdd(line.entry.value)) {
+    return std::nullopt;
+  }
+  return Clue{Place(line), {{"setting", line.meant->meaning}}};
+}
+
+std::optional<Clue> CarriageReturnAtEnd(const Line& line) {
+  return AboutValue(line, [](std::string_view value) { return value.back() == '\r'; });
+}
+
+std::optional<Clue> BlankAtEnd(const Line& line) {
+  return AboutValue(line, [](std::string_view value) { return value.back() != '\r' && IsBlank(value.back()); });
+}
+
+std::optional<Clue> BlankAtStart(const Line& line) {
+  return AboutValue(line, [](std::string_view value) { return IsBlank(value.front()); });
+}
+
+std::optional<Clue> QuotedValue(const Line& line) {
+  return AboutValue(line, [](std::string_view value) {
+    value = Trimmed(value);
+    return value.size() > 1 && (value.front() == '"' || value.front() == '\'') && value.back() == value.front();
+  });
+}
+
+std::optional<Clue> KeyGivenTwice(const Line& line) {
+  if (line.entry.use != LineUse::kReplaced) {
+    return std::nullopt;
+  }
+  return Clue{Place(line), {{"line", std::to_string(line.entry.replaced_by)}, {"found", Quoted(line.entry.key)}}};
+}
+
+// What each line is looked at for.
+constexpr auto kLineChecks = std::to_array<Check<Line>>({
+    {Finding::kByteOrderMark, ByteOrderMark},
+    {Finding::kBlankAroundKey, BlankAroundKey},
+    {Finding::kWrongLetterCase, WrongLetterCase},
+    {Finding::kCarriageReturnAtEnd, CarriageReturnAtEnd},
+    {Finding::kBlankAtEnd, BlankAtEnd},
+    {Finding::kBlankAtStart, BlankAtStart},
+    {Finding::kQuotedValue, QuotedValue},
+    {Finding::kKeyGivenTwice, KeyGivenTwice},
+});
 
 }  // namespace
 
 Warnings SettingsNearMisses(const SettingsReport& report) {
-  return Looker(report).Look();
+  Warnings warnings;
+  for (const SettingsEntry& entry : report.entries) {
+    Apply(kLineChecks, Read(entry), warnings);
+  }
+  return warnings;
 }
 
 }  // namespace doctor

@@ -4,8 +4,9 @@
 #include <optional>
 
 #include "doctor/child/signal_name.h"
-#include "doctor/examine/text.h"
+#include "doctor/judge/message.h"
 #include "doctor/judge/status_names.h"
+#include "doctor/judge/text.h"
 #include "foundation/result_code.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 
@@ -142,41 +143,14 @@ Verdict Judge(const Evidence& evidence) {
 }
 
 std::string VerdictLine(const Verdict& verdict) {
-  switch (verdict.outcome) {
-    case Outcome::kRuns:
-      return verdict.is_probed ? "A launch would run the application."
-                               : "A launch would run the application, as far as can be told without loading anything.";
-    case Outcome::kStatus255:
-      return "A launch would end with status 255: " + verdict.reason;
-    case Outcome::kAborts:
-      return "A launch would abort with " + Quoted(verdict.message.substr(0, verdict.message.find('\n'))) + ": " +
-             verdict.reason;
-    case Outcome::kDies:
-      return "A launch would die of " + SignalName(verdict.code) + " " + verdict.reason;
-    case Outcome::kExits:
-      return "A launch would end with status " + std::to_string(verdict.code) + " " + verdict.reason;
-    case Outcome::kHangs:
-      return "A launch would hang " + verdict.reason;
+  if (verdict.outcome == Outcome::kRuns && !verdict.is_probed) {
+    return "A launch would run the application, as far as can be told without loading anything.";
   }
-  return {};
-}
-
-std::string_view OutcomeName(Outcome outcome) {
-  switch (outcome) {
-    case Outcome::kRuns:
-      return "runs";
-    case Outcome::kStatus255:
-      return "status-255";
-    case Outcome::kAborts:
-      return "aborts";
-    case Outcome::kDies:
-      return "dies";
-    case Outcome::kExits:
-      return "exits";
-    case Outcome::kHangs:
-      return "hangs";
-  }
-  return {};
+  return Filled(RowOf(kOutcomes, verdict.outcome).line,
+                {{"reason", verdict.reason},
+                 {"message", Quoted(verdict.message.substr(0, verdict.message.find('\n')))},
+                 {"signal", SignalName(verdict.code)},
+                 {"status", std::to_string(verdict.code)}});
 }
 
 }  // namespace doctor

@@ -4,11 +4,13 @@
 #include <string>
 #include <vector>
 
+#include "doctor/judge/findings.h"
+
 namespace doctor {
 
-/// Never changes what the launcher does. All texts but the code are for people.
+/// Never changes what the launcher does. All texts are for people, and printable.
 struct Warning {
-  std::string code;   ///< A stable name, such as "blank-at-end".
+  Finding finding = {};
   std::string place;  ///< The line or path.
   std::string text;   ///< What is odd, and what comes of it.
   std::string cure;   ///< What to do about it.

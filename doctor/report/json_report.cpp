@@ -3,8 +3,11 @@
 #include <nlohmann/json.hpp>
 
 #include "doctor/child/signal_name.h"
-#include "doctor/examine/text.h"
+#include "doctor/judge/file_detail.h"
+#include "doctor/judge/names.h"
 #include "doctor/judge/status_names.h"
+#include "doctor/judge/text.h"
+#include "doctor/judge/version_reasons.h"
 #include "doctor/version.h"
 
 namespace doctor {
@@ -19,77 +22,10 @@ json OrNull(const std::string& text) {
   return text.empty() ? json() : json(text);
 }
 
-std::string_view Name(LineUse use) {
-  switch (use) {
-    case LineUse::kUsed:
-      return "used";
-    case LineUse::kUnused:
-      return "unused";
-    case LineUse::kReplaced:
-      return "replaced";
-    case LineUse::kSkipped:
-      return "skipped";
-    case LineUse::kMalformed:
-      return "malformed";
-  }
-  return {};
-}
-
-std::string_view Name(netloader::FxrFolderState state) {
-  switch (state) {
-    case netloader::FxrFolderState::kWalked:
-      return "walked";
-    case netloader::FxrFolderState::kNoStatus:
-      return "no-status";
-    case netloader::FxrFolderState::kIsLink:
-      return "link";
-    case netloader::FxrFolderState::kNotAFolder:
-      return "not-a-folder";
-    case netloader::FxrFolderState::kUnreadable:
-      return "unreadable";
-  }
-  return {};
-}
-
-std::string_view Name(Standing standing) {
-  switch (standing) {
-    case Standing::kChosen:
-      return "chosen";
-    case Standing::kGood:
-      return "good";
-    case Standing::kNotLoaded:
-      return "not-loaded";
-    case Standing::kRefused:
-      return "refused";
-    case Standing::kFatal:
-      return "fatal";
-  }
-  return {};
-}
-
-std::string_view Name(ChildEnd end) {
-  switch (end) {
-    case ChildEnd::kFinished:
-      return "finished";
-    case ChildEnd::kThrew:
-    case ChildEnd::kThrewUnknown:
-      return "threw";
-    case ChildEnd::kExited:
-      return "exited";
-    case ChildEnd::kCrashed:
-      return "crashed";
-    case ChildEnd::kTimedOut:
-      return "timed-out";
-    case ChildEnd::kNotStarted:
-      return "not-started";
-  }
-  return {};
-}
-
 json ToJson(const Verdict& verdict) {
   const bool hasStatus =
       verdict.outcome == Outcome::kRuns || verdict.outcome == Outcome::kStatus255 || verdict.outcome == Outcome::kExits;
-  return {{"outcome", OutcomeName(verdict.outcome)},
+  return {{"outcome", RowOf(kOutcomes, verdict.outcome).code},
           {"line", VerdictLine(verdict)},
           {"reason", OrNull(verdict.reason)},
           {"message", OrNull(verdict.message)},
@@ -100,21 +36,27 @@ json ToJson(const Verdict& verdict) {
 }
 
 json ToJson(const Warning& warning) {
-  return {{"code", warning.code}, {"place", warning.place}, {"text", warning.text}, {"cure", warning.cure}};
+  return {{"code", RowOf(kFindings, warning.finding).code},
+          {"place", warning.place},
+          {"text", warning.text},
+          {"cure", warning.cure}};
 }
 
 json ToJson(const SettingsEntry& entry) {
   return {{"line", entry.line},
           {"key", entry.key},
           {"value", entry.value},
-          {"use", Name(entry.use)},
+          {"use", RowOf(kLineUses, entry.use).code},
           {"replaced_by", entry.use == LineUse::kReplaced ? json(entry.replaced_by) : json()}};
 }
 
 json ToJson(const VersionReport& version) {
-  return {{"version", version.name},           {"library", ToUtf8(version.library)},
-          {"candidate", version.is_candidate}, {"standing", Name(version.standing)},
-          {"reason", OrNull(version.reason)},  {"detail", OrNull(version.detail)}};
+  return {{"version", version.name},
+          {"library", ToUtf8(version.library)},
+          {"candidate", version.is_candidate},
+          {"standing", RowOf(kStandings, version.standing).code},
+          {"reason", OrNull(std::string(ReasonCode(version)))},
+          {"detail", OrNull(Detail(version))}};
 }
 
 json ToJson(const VariableReport& variable) {
@@ -125,7 +67,7 @@ json ToJson(const VariableReport& variable) {
 }
 
 json ToJson(const FileReport& file) {
-  return {{"path", file.path}, {"state", FileStateName(file.state)}, {"detail", OrNull(file.detail)}};
+  return {{"path", file.path}, {"state", RowOf(kFileStates, file.state).code}, {"detail", OrNull(Detail(file))}};
 }
 
 json ToJson(const FrameworkReport& framework) {
@@ -157,14 +99,14 @@ json ToJson(const RuntimeReport& runtime) {
   const VersionReport* decisive = runtime.Decisive();
   return {{"root", ToUtf8(runtime.root)},
           {"folder", ToUtf8(runtime.discovery.fxrFolder)},
-          {"folder_state", Name(runtime.discovery.state)},
+          {"folder_state", RowOf(kFolderStates, runtime.discovery.state).code},
           {"failure", OrNull(runtime.failure)},
           {"decisive_version", decisive != nullptr ? json(decisive->name) : json()},
           {"versions", ToArray(runtime.versions)}};
 }
 
 json ToJson(const ContextProbe& context) {
-  json object = {{"end", Name(context.child.end)},
+  json object = {{"end", RowOf(kChildEnds, context.child.end).code},
                  {"output", OrNull(context.child.output)},
                  {"created", context.IsUsable()},
                  {"status", json()},

@@ -5,7 +5,7 @@
 #include <system_error>
 
 #include "doctor/child/child.h"
-#include "doctor/examine/text.h"
+#include "doctor/judge/text.h"
 #include "launcher/product.h"
 #include "netloader/logger/global_logger.h"
 #include "netloader/netloaderhostfxr/src/loader_module_factory.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "doctor/examine/text.h"
+#include "doctor/judge/text.h"
 
 namespace doctor {
 namespace {

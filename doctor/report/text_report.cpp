@@ -2,8 +2,12 @@
 
 #include <algorithm>
 
-#include "doctor/examine/text.h"
+#include "doctor/judge/file_detail.h"
+#include "doctor/judge/message.h"
+#include "doctor/judge/names.h"
 #include "doctor/judge/status_names.h"
+#include "doctor/judge/text.h"
+#include "doctor/judge/version_reasons.h"
 #include "doctor/report/page.h"
 #include "foundation/result_code.h"
 
@@ -49,20 +53,26 @@ void PutWarnings(Page& page, const Warnings& warnings) {
   }
 }
 
+// What a value is called in a table, and its colour.
+template <typename Value>
+struct Shown {
+  Value value;
+  std::string_view code;
+  Paint paint;
+};
+
+constexpr auto kShownUses = std::to_array<Shown<LineUse>>({
+    {LineUse::kUsed, "used", Paint::kGood},
+    {LineUse::kUnused, "not used", Paint::kFaint},
+    {LineUse::kReplaced, "replaced by line {line}", Paint::kOdd},
+    {LineUse::kSkipped, "skipped: it sets nothing", Paint::kFaint},
+    {LineUse::kMalformed, "not UTF-8: a launch aborts here", Paint::kBad},
+});
+static_assert(IsComplete(kShownUses, LineUse::kMalformed));
+
 Cell UseCell(const SettingsEntry& entry) {
-  switch (entry.use) {
-    case LineUse::kUsed:
-      return {"used", Paint::kGood};
-    case LineUse::kUnused:
-      return {"not used", Paint::kFaint};
-    case LineUse::kReplaced:
-      return {"replaced by line " + std::to_string(entry.replaced_by), Paint::kOdd};
-    case LineUse::kSkipped:
-      return {"skipped: it sets nothing", Paint::kFaint};
-    case LineUse::kMalformed:
-      return {"not UTF-8: a launch aborts here", Paint::kBad};
-  }
-  return {};
+  const auto& [use, words, paint] = RowOf(kShownUses, entry.use);
+  return {Filled(words, {{"line", std::to_string(entry.replaced_by)}}), paint};
 }
 
 // The lines that matter are always shown, the others as far as there is room.
@@ -96,36 +106,32 @@ void PutSettings(Page& page, const SettingsReport& settings) {
   }
 }
 
+constexpr auto kShownStandings = std::to_array<Shown<Standing>>({
+    {Standing::kChosen, "chosen", Paint::kGood},
+    {Standing::kGood, "good, not needed", Paint::kPlain},
+    {Standing::kNotLoaded, "sound, not loaded", Paint::kPlain},
+    {Standing::kRefused, "refused", Paint::kOdd},
+    {Standing::kFatal, "fatal", Paint::kBad},
+});
+static_assert(IsComplete(kShownStandings, Standing::kFatal));
+
 Cell StandingCell(const VersionReport& version, bool isDecisive) {
-  switch (version.standing) {
-    case Standing::kChosen:
-      return {"chosen", Paint::kGood};
-    case Standing::kGood:
-      return {"good, not needed", Paint::kPlain};
-    case Standing::kNotLoaded:
-      return {"sound, not loaded", Paint::kPlain};
-    case Standing::kRefused:
-      return {"refused", version.is_candidate ? Paint::kOdd : Paint::kFaint};
-    case Standing::kFatal:
-      return isDecisive ? Cell{"fatal", Paint::kBad} : Cell{"fatal, not tried", Paint::kOdd};
+  if (version.standing == Standing::kRefused && !version.is_candidate) {
+    return {"refused", Paint::kFaint};
   }
-  return {};
+  if (version.standing == Standing::kFatal && !isDecisive) {
+    return {"fatal, not tried", Paint::kOdd};
+  }
+  const auto& [standing, words, paint] = RowOf(kShownStandings, version.standing);
+  return {std::string(words), paint};
 }
 
 std::string FolderWords(const netloader::Discovery& discovery) {
-  switch (discovery.state) {
-    case FxrFolderState::kWalked:
-      return discovery.findings.empty() ? "holds no version" : "";
-    case FxrFolderState::kNoStatus:
-      return "is not there, or cannot be seen: " + std::string(tov::ResultCodeMessage(discovery.result));
-    case FxrFolderState::kIsLink:
-      return "is a symbolic link, and links are not followed";
-    case FxrFolderState::kNotAFolder:
-      return "is no folder";
-    case FxrFolderState::kUnreadable:
-      return "cannot be entered: " + std::string(tov::ResultCodeMessage(discovery.result));
+  if (discovery.state == FxrFolderState::kWalked && discovery.findings.empty()) {
+    return "holds no version";
   }
-  return {};
+  return Filled(RowOf(kFolderStates, discovery.state).sentence,
+                {{"result", std::string(tov::ResultCodeMessage(discovery.result))}});
 }
 
 void PutRuntime(Page& page, const std::optional<RuntimeReport>& runtime) {
@@ -143,7 +149,7 @@ void PutRuntime(Page& page, const std::optional<RuntimeReport>& runtime) {
     if (rows.size() < kLongestList) {
       rows.push_back({{version.name.empty() ? "(not UTF-8)" : Printable(version.name)},
                       StandingCell(version, &version == runtime->Decisive()),
-                      {Printable(version.detail)}});
+                      {Printable(Detail(version))}});
     }
   }
   page.Table(rows, kIndent);
@@ -166,10 +172,10 @@ void PutEnvironment(Page& page, const EnvironmentReport& environment) {
 }
 
 Cell FileCell(const FileReport& file, bool isNeeded) {
-  const std::string detail =
-      file.detail.empty() || file.state == FileState::kMissing ? std::string() : ": " + file.detail;
+  const std::string words = Detail(file);
+  const std::string detail = words.empty() || file.state == FileState::kMissing ? std::string() : ": " + words;
   const Paint paint = file.state == FileState::kPresent ? Paint::kGood : isNeeded ? Paint::kBad : Paint::kOdd;
-  return {std::string(FileStateName(file.state)) + detail, paint};
+  return {std::string(RowOf(kFileStates, file.state).code) + detail, paint};
 }
 
 Cell FrameworkCell(const FrameworkReport& framework) {

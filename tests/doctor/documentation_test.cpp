@@ -1,11 +1,13 @@
-// docs/doctor.md against the code.
+// The tables of docs/doctor.md against those of the code and the JSON, in both directions.
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
-#include <regex>
 #include <set>
+#include <sstream>
 
+#include "doctor/judge/names.h"
+#include "doctor/judge/version_reasons.h"
 #include "doctor/report/json_report.h"
 #include "tests/support/temp_folder.h"
 
@@ -14,65 +16,85 @@ namespace {
 
 namespace fs = std::filesystem;
 using nlohmann::json;
+using TableRow = std::vector<std::string>;
+using TableRows = std::set<TableRow>;
 
-std::string Manual() {
-  return tests::ReadFile(fs::path(SOURCE_FOLDER) / "docs/doctor.md");
+std::string Trimmed(const std::string& cell) {
+  const auto first = cell.find_first_not_of(' ');
+  return first == std::string::npos ? "" : cell.substr(first, cell.find_last_not_of(' ') - first + 1);
 }
 
-std::set<std::string> Found(const std::string& text, const std::string& pattern) {
-  std::set<std::string> found;
-  const std::regex regex(pattern);
-  for (std::sregex_iterator match(text.begin(), text.end(), regex); match != std::sregex_iterator(); ++match) {
-    found.insert((*match)[1]);
+TableRow Cells(const std::string& line) {
+  TableRow cells;
+  std::istringstream rest(line.substr(1));
+  for (std::string cell; std::getline(rest, cell, '|');) {
+    cells.push_back(Trimmed(cell));
   }
-  return found;
+  return cells;
 }
 
-std::string Sources() {
-  std::string text;
-  for (const auto& entry : fs::recursive_directory_iterator(fs::path(SOURCE_FOLDER) / "doctor")) {
-    if (entry.path().extension() == ".cpp") {
-      text += tests::ReadFile(entry.path());
-    }
+// The rows of the first table behind a heading that begins so, without its two lines of titles.
+TableRows Documented(const std::string& heading) {
+  const std::string manual = tests::ReadFile(fs::path(SOURCE_FOLDER) / "docs/doctor.md");
+  const auto at = manual.find("\n" + heading);
+  EXPECT_NE(at, std::string::npos) << heading;
+  std::istringstream lines(at != std::string::npos ? manual.substr(at + 1) : "");
+  std::string line;
+  while (std::getline(lines, line) && !line.starts_with("|---")) {
   }
-  return text;
+  TableRows rows;
+  while (std::getline(lines, line) && line.starts_with("|")) {
+    EXPECT_TRUE(rows.insert(Cells(line)).second) << line;
+  }
+  return rows;
 }
 
-void AddNames(const json& value, std::set<std::string>& names) {
+std::string Marked(std::string_view code) {
+  return "`" + std::string(code) + "`";
+}
+
+template <typename Table>
+TableRows NamesOf(const Table& table) {
+  TableRows rows;
+  for (const auto& row : table) {
+    rows.insert({Marked(row.code), std::string(row.meaning)});
+  }
+  return rows;
+}
+
+TEST(Manual, HoldsEveryNameWithItsMeaningAndNoOther) {
+  EXPECT_EQ(Documented("### `outcome`"), NamesOf(kOutcomes));
+  EXPECT_EQ(Documented("### `use`"), NamesOf(kLineUses));
+  EXPECT_EQ(Documented("### `folder_state`"), NamesOf(kFolderStates));
+  EXPECT_EQ(Documented("### `standing`"), NamesOf(kStandings));
+  EXPECT_EQ(Documented("### `reason`"), NamesOf(kVersionReasons));
+  EXPECT_EQ(Documented("### `state`"), NamesOf(kFileStates));
+  EXPECT_EQ(Documented("### `end`"), NamesOf(kChildEnds));
+}
+
+TEST(Manual, HoldsEveryWarningWithItsMeaningAndCureAndNoOther) {
+  TableRows warnings;
+  for (const FindingText& row : kFindings) {
+    warnings.insert({Marked(row.code), std::string(row.meaning), std::string(row.cure)});
+  }
+
+  EXPECT_EQ(Documented("## Warnings"), warnings);
+}
+
+void AddMembers(const json& value, const std::string& path, std::set<std::string>& members) {
   if (value.is_object()) {
     for (const auto& [name, member] : value.items()) {
-      names.insert(name);
-      AddNames(member, names);
+      const std::string inner = path.empty() ? name : path + "." + name;
+      members.insert(Marked(inner));
+      AddMembers(member, inner, members);
     }
   }
-  for (const json& member : value.is_array() ? value : json::array()) {
-    AddNames(member, names);
+  for (const json& element : value.is_array() ? value : json::array()) {
+    AddMembers(element, path + "[]", members);
   }
 }
 
-TEST(Manual, NamesEveryWarningAndNoOther) {
-  std::set<std::string> codes = Found(Sources(), R"re(Warn\("([a-z-]+)")re");
-  codes.merge(Found(Sources(), R"re(\{\{?"([a-z]+(?:-[a-z]+)+)", (?:Printable|"TMP"))re"));
-  const std::string manual = Manual();
-  const std::string table = manual.substr(manual.find("## Warnings"));
-
-  EXPECT_GT(codes.size(), 20U);
-  EXPECT_EQ(Found(table, R"(\n\| `([a-z-]+)` \|)"), codes);
-}
-
-TEST(Manual, NamesEveryReasonToRefuseAVersion) {
-  const std::string source = tests::ReadFile(fs::path(SOURCE_FOLDER) / "doctor/examine/runtime_report.cpp");
-  std::set<std::string> reasons =
-      Found(source, R"re((?:return \{|return |reason = |empty\(\) \? |Reason\{)"([a-z0-9-]+)")re");
-  reasons.merge(Found(source, R"re(: "([a-z]+-[a-z]+)")re"));
-
-  EXPECT_GT(reasons.size(), 15U);
-  for (const std::string& reason : reasons) {
-    EXPECT_NE(Manual().find("`" + reason + "`"), std::string::npos) << reason;
-  }
-}
-
-TEST(Manual, NamesEveryNameOfTheJson) {
+TEST(Manual, HoldsEveryMemberOfTheJsonAndNoOther) {
   Diagnosis diagnosis;
   diagnosis.warnings.emplace_back();
   diagnosis.settings.entries.emplace_back();
@@ -80,14 +102,30 @@ TEST(Manual, NamesEveryNameOfTheJson) {
   diagnosis.environment.variables.emplace_back();
   diagnosis.application.frameworks.emplace_back();
   diagnosis.application.context.emplace();
+  std::set<std::string> members;
+  AddMembers(json::parse(JsonReport(diagnosis)), "", members);
 
-  std::set<std::string> names;
-  AddNames(json::parse(JsonReport(diagnosis)), names);
-
-  EXPECT_GT(names.size(), 50U);
-  for (const std::string& name : names) {
-    EXPECT_NE(Manual().find("`" + name + "`"), std::string::npos) << name;
+  std::set<std::string> documented;
+  for (const TableRow& row : Documented("### Members")) {
+    documented.insert(row.front());
+    EXPECT_EQ(row.size(), 2U) << row.front();
   }
+
+  EXPECT_EQ(documented, members);
+}
+
+template <typename Table>
+void ExpectDistinctCodes(const Table& table) {
+  std::set<std::string_view> codes;
+  for (const auto& row : table) {
+    EXPECT_TRUE(codes.insert(row.code).second) << row.code;
+  }
+}
+
+TEST(Manual, TheCodesOfOneTableAreDistinct) {
+  ExpectDistinctCodes(kFindings);
+  ExpectDistinctCodes(kVersionReasons);
+  ExpectDistinctCodes(kOutcomes);
 }
 
 }  // namespace

@@ -42,7 +42,7 @@ TEST(RuntimeNearMisses, AFileSystemMountedNoexecIsNamed) {
 
     ASSERT_EQ(warnings.size(), noexec ? 1U : 0U);
     if (noexec) {
-      EXPECT_EQ(warnings[0].code, "noexec");
+      EXPECT_EQ(warnings[0].finding, Finding::kNoexec);
       EXPECT_EQ(warnings[0].place, tests::kFxrFolder);
     }
   }

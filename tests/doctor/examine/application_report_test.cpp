@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "doctor/judge/names.h"
 #include "doctor/judge/near_misses.h"
 #include "tests/doctor/server.h"
 #include "tests/support/temp_folder.h"
@@ -22,7 +23,7 @@ ApplicationReport Examine() {
 std::string States(const ApplicationReport& report) {
   std::string states;
   for (const auto* file : {&report.assembly_file, &report.runtime_config, &report.dependencies}) {
-    states.append(states.empty() ? "" : " ").append(FileStateName(file->state));
+    states.append(states.empty() ? "" : " ").append(RowOf(kFileStates, file->state).code);
   }
   return states;
 }
@@ -182,11 +183,11 @@ TEST(ApplicationNearMisses, AMissingAssemblyAndAMissingFrameworkAreNamed) {
   const Warnings assembly = ApplicationNearMisses(Examine());
 
   ASSERT_EQ(framework.size(), 1U);
-  EXPECT_EQ(framework[0].code, "missing-framework");
+  EXPECT_EQ(framework[0].finding, Finding::kMissingFramework);
   EXPECT_EQ(framework[0].place, kStem + ".runtimeconfig.json");
   EXPECT_NE(framework[0].text.find("Microsoft.NETCore.App 6.0.0"), std::string::npos);
   ASSERT_EQ(assembly.size(), 1U);
-  EXPECT_EQ(assembly[0].code, "missing-assembly");
+  EXPECT_EQ(assembly[0].finding, Finding::kMissingAssembly);
   EXPECT_EQ(assembly[0].place, kStem + ".dll");
 }
 

@@ -57,7 +57,7 @@ TEST(EnvironmentNearMisses, AnEmptyTmpIsNamedWhereItDecides) {
   environment.Set("TMP", "");
   const Warnings warnings = EnvironmentNearMisses({});
   ASSERT_EQ(warnings.size(), 1U);
-  EXPECT_EQ(warnings[0].code, "tmp-empty");
+  EXPECT_EQ(warnings[0].finding, Finding::kTmpEmpty);
   EXPECT_TRUE(EnvironmentNearMisses(with_folder).empty());
   environment.Set("TMP", "/t");
   EXPECT_TRUE(EnvironmentNearMisses({}).empty());

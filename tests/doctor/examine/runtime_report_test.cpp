@@ -5,7 +5,9 @@
 #include <csignal>
 #include <system_error>
 
-#include "doctor/examine/text.h"
+#include "doctor/judge/names.h"
+#include "doctor/judge/text.h"
+#include "doctor/judge/version_reasons.h"
 #include "tests/doctor/server.h"
 #include "tests/support/runtime_tree.h"
 
@@ -14,28 +16,12 @@ namespace {
 
 using tests::RuntimeTree;
 
-std::string StandingName(Standing standing) {
-  switch (standing) {
-    case Standing::kChosen:
-      return "chosen";
-    case Standing::kGood:
-      return "good";
-    case Standing::kNotLoaded:
-      return "not loaded";
-    case Standing::kRefused:
-      return "refused";
-    case Standing::kFatal:
-      return "fatal";
-  }
-  return {};
-}
-
 // "6.0.2 chosen; 6.0.1 refused cut-short"
 std::string Story(const RuntimeReport& report) {
   std::string story;
   for (const VersionReport& version : report.versions) {
-    story += (story.empty() ? "" : "; ") + version.name + " " + StandingName(version.standing) +
-             (version.reason.empty() ? "" : " " + version.reason);
+    story.append(story.empty() ? "" : "; ").append(version.name + " ").append(RowOf(kStandings, version.standing).code);
+    story.append(version.reason ? " " : "").append(ReasonCode(version));
   }
   return story;
 }
@@ -99,8 +85,8 @@ TEST(RuntimeReport, EveryRefusalHasItsReason) {
 
     EXPECT_EQ(report.versions.at(0).name, "6.0.1");
     EXPECT_EQ(report.versions.at(0).standing, Standing::kRefused);
-    EXPECT_EQ(report.versions.at(0).reason, row.reason);
-    EXPECT_TRUE(report.versions.at(0).detail.starts_with(row.detail)) << report.versions.at(0).detail;
+    EXPECT_EQ(ReasonCode(report.versions.at(0)), row.reason);
+    EXPECT_TRUE(Detail(report.versions.at(0)).starts_with(row.detail)) << Detail(report.versions.at(0));
     EXPECT_EQ(report.Decisive(), nullptr);
   }
 }
@@ -135,7 +121,7 @@ TEST(RuntimeReport, EveryEndOfLoadingIsAFinding) {
     const RuntimeReport report = Examine(runtime, Finds({{"6.0.2", row.probe}}));
 
     EXPECT_EQ(Story(report), row.story);
-    EXPECT_EQ(report.versions.at(0).detail, row.detail);
+    EXPECT_EQ(Detail(report.versions.at(0)), row.detail);
     EXPECT_EQ(report.versions.at(0).child.end, row.probe.child.end);
   }
 }
@@ -163,7 +149,7 @@ TEST(RuntimeReport, WithoutAProberNothingIsLoadedAndTheFirstSoundOneDecides) {
 
   const RuntimeReport report = Examine(runtime, {});
 
-  EXPECT_EQ(Story(report), "6.0.3 refused not-elf; 6.0.2 not loaded; 6.0.1 not loaded");
+  EXPECT_EQ(Story(report), "6.0.3 refused not-elf; 6.0.2 not-loaded; 6.0.1 not-loaded");
   EXPECT_EQ(report.decisive, 1U);
 }
 
@@ -177,7 +163,7 @@ TEST(RuntimeReport, NothingIsLoadedFromARelativeRoot) {
   EXPECT_EQ(Story(report), "6.0.1 refused relative-path");
 }
 
-TEST(RuntimeReport, AFolderThatIsMetTwiceIsToldOnce) {
+TEST(RuntimeReport, AFolderThatIsMetTwiceIsReportedOnce) {
   RuntimeTree runtime;
   runtime.AddHost("6.0.1").AddFile("6.0.1/below/file").AddFile("6.0.1/file");
 
@@ -186,7 +172,7 @@ TEST(RuntimeReport, AFolderThatIsMetTwiceIsToldOnce) {
   EXPECT_EQ(Story(report), "6.0.1 chosen; below refused wrong-prefix");
 }
 
-TEST(RuntimeReport, NamesThatAreNotUtf8AreToldTogether) {
+TEST(RuntimeReport, NamesThatAreNotUtf8AreReportedTogether) {
   RuntimeTree runtime;
   runtime.AddHost("6.0.1").AddFolder("caf\xe9").AddHost("6.0.\xff");
 

@@ -25,7 +25,7 @@ Question Installed() {
 std::string Codes(const Diagnosis& diagnosis) {
   std::string codes;
   for (const Warning& warning : diagnosis.warnings) {
-    codes += (codes.empty() ? "" : " ") + warning.code;
+    codes.append(codes.empty() ? "" : " ").append(RowOf(kFindings, warning.finding).code);
   }
   return codes;
 }
@@ -109,7 +109,7 @@ TEST(Diagnosis, ALibraryThatHangsIsAFindingAtTheLimit) {
   const Diagnosis diagnosis = Diagnose(question);
 
   EXPECT_EQ(diagnosis.verdict.outcome, Outcome::kHangs);
-  EXPECT_EQ(diagnosis.runtime->versions.at(0).reason, "timed-out");
+  EXPECT_EQ(diagnosis.runtime->versions.at(0).reason, VersionReason::kTimedOut);
 }
 
 TEST(Diagnosis, ThereIsOneOfNothingAtAll) {

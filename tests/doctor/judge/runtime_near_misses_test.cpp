@@ -5,8 +5,8 @@
 #include <filesystem>
 
 #include "doctor/examine/runtime_report.h"
-#include "doctor/examine/text.h"
 #include "doctor/judge/near_misses.h"
+#include "doctor/judge/text.h"
 #include "tests/doctor/server.h"
 #include "tests/support/runtime_tree.h"
 #include "tests/support/without_reading_everything.h"
@@ -30,7 +30,7 @@ std::string Names(const Warnings& warnings, const RuntimeTree& runtime) {
     if (place.ends_with("/libhostfxr.so")) {
       place = fs::path(place).parent_path();
     }
-    names += (names.empty() ? "" : ", ") + warning.code + " " + place;
+    names.append(names.empty() ? "" : ", ").append(RowOf(kFindings, warning.finding).code).append(" " + place);
     EXPECT_NE(warning.text, "");
     EXPECT_NE(warning.cure, "");
   }
@@ -83,7 +83,7 @@ TEST(RuntimeNearMisses, WhatIsMeantIsNone) {
       {"several versions", [](RuntimeTree& tree) { tree.AddHost("6.0.9").AddHost("6.0.10").AddHost("6.0.100"); }},
       {"zero", [](RuntimeTree& tree) { tree.AddHost("6.0.0").AddHost("6.0.1"); }},
       {"a preview", [](RuntimeTree& tree) { tree.AddHost("6.0.0-preview.1").AddHost("6.0.1"); }},
-      {"text in a library's place, which is told already",
+      {"text in a library's place, which is reported already",
        [](RuntimeTree& tree) { tree.AddHostOfBytes("6.0.1", "text"); }},
       {"another folder", [](RuntimeTree& tree) { tree.AddHost("backup").AddHost("6.0.1"); }},
       {"another version without a library", [](RuntimeTree& tree) { tree.AddFolder("7.0.1"); }},
@@ -106,14 +106,14 @@ TEST(RuntimeNearMisses, EqualNumbersAreNamedTogether) {
 
   const Warnings warnings = Misses(runtime.Root());
 
-  const auto found = std::ranges::find(warnings, "equal-numbers", &Warning::code);
+  const auto found = std::ranges::find(warnings, Finding::kEqualNumbers, &Warning::finding);
   ASSERT_NE(found, warnings.end());
   EXPECT_NE(found->text.find("6.0.010"), std::string::npos);
   EXPECT_NE(found->text.find("6.0.8"), std::string::npos);
   EXPECT_EQ(found->text.find("6.0.7"), std::string::npos);
 }
 
-TEST(RuntimeNearMisses, ANumberIsToldAsItIsRead) {
+TEST(RuntimeNearMisses, ANumberIsReportedAsItIsRead) {
   struct Row {
     const char* version;
     const char* text;
@@ -160,7 +160,7 @@ TEST(RuntimeNearMisses, AFolderThatTheUserCannotEnterIsNamed) {
 
     ::chmod(closed.c_str(), 0755);
     ASSERT_EQ(warnings.size(), 1U);
-    EXPECT_EQ(warnings[0].code, "folder-not-entered");
+    EXPECT_EQ(warnings[0].finding, Finding::kFolderNotEntered);
     EXPECT_EQ(fs::path(warnings[0].place + "/").lexically_normal(), fs::path(closed.string() + "/").lexically_normal());
     EXPECT_TRUE(Misses(runtime.Root()).empty());
   }
@@ -174,7 +174,7 @@ TEST(RuntimeNearMisses, ARelativeRootIsNamed) {
   const Warnings warnings = Misses(relative);
 
   ASSERT_EQ(warnings.size(), 1U);
-  EXPECT_EQ(warnings[0].code, "relative-root");
+  EXPECT_EQ(warnings[0].finding, Finding::kRelativeRoot);
   EXPECT_EQ(warnings[0].place, relative.string());
 }
 
@@ -186,7 +186,7 @@ TEST(RuntimeNearMisses, ARootThatIsAHostFolderIsNamedWithTheRootThatWasMeant) {
     const Warnings warnings = Misses(runtime.Root() / end);
 
     ASSERT_EQ(warnings.size(), 1U);
-    EXPECT_EQ(warnings[0].code, "root-is-fxr");
+    EXPECT_EQ(warnings[0].finding, Finding::kRootIsFxr);
     EXPECT_EQ(warnings[0].cure, "name the installation's folder: " + runtime.Root().string());
   }
 }
@@ -208,7 +208,7 @@ TEST(RuntimeNearMisses, ARootThatIsTheDotnetCommandIsNamedWithTheFolderItIsIn) {
     const Warnings warnings = Misses(runtime.Root() / file);
 
     ASSERT_EQ(warnings.size(), 1U);
-    EXPECT_EQ(warnings[0].code, "root-is-file");
+    EXPECT_EQ(warnings[0].finding, Finding::kRootIsFile);
     EXPECT_EQ(warnings[0].cure, "name the folder that holds it: " + fs::canonical(runtime.Root()).string());
   }
 }

@@ -13,7 +13,9 @@ std::string Misses(std::string_view bytes) {
   tests::WriteFile(folder / "settings.ini", bytes);
   std::string misses;
   for (const Warning& warning : SettingsNearMisses(ExamineSettings(folder / "settings.ini"))) {
-    misses += (misses.empty() ? "" : ", ") + warning.code + " " + warning.place;
+    misses.append(misses.empty() ? "" : ", ")
+        .append(RowOf(kFindings, warning.finding).code)
+        .append(" " + warning.place);
     EXPECT_NE(warning.text, "");
     EXPECT_NE(warning.cure, "");
   }

@@ -186,14 +186,5 @@ TEST(Verdict, NumbersAreForMachines) {
   EXPECT_EQ(refused.Judged().code, 255);
 }
 
-TEST(Verdict, EveryOutcomeHasItsName) {
-  EXPECT_EQ(OutcomeName(Outcome::kRuns), "runs");
-  EXPECT_EQ(OutcomeName(Outcome::kStatus255), "status-255");
-  EXPECT_EQ(OutcomeName(Outcome::kAborts), "aborts");
-  EXPECT_EQ(OutcomeName(Outcome::kDies), "dies");
-  EXPECT_EQ(OutcomeName(Outcome::kExits), "exits");
-  EXPECT_EQ(OutcomeName(Outcome::kHangs), "hangs");
-}
-
 }  // namespace
 }  // namespace doctor

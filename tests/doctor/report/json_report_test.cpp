@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <csignal>
 #include <nlohmann/json.hpp>
 
@@ -16,9 +17,9 @@ using nlohmann::json;
 Diagnosis Empty() {
   Diagnosis diagnosis;
   diagnosis.verdict = {Outcome::kRuns};
-  diagnosis.application.assembly_file = {"/app.dll", FileState::kPresent, ""};
-  diagnosis.application.runtime_config = {"/app.runtimeconfig.json", FileState::kMissing, ""};
-  diagnosis.application.dependencies = {"/app.deps.json", FileState::kMalformed, "no object"};
+  diagnosis.application.assembly_file = {"/app.dll", FileState::kPresent};
+  diagnosis.application.runtime_config = {"/app.runtimeconfig.json", FileState::kMissing, ENOENT};
+  diagnosis.application.dependencies = {"/app.deps.json", FileState::kMalformed};
   return diagnosis;
 }
 
@@ -71,8 +72,8 @@ TEST(JsonReport, TheVerdictsNumbersAreThereWhereTheyMeanSomething) {
 
     const json report = Parsed(diagnosis);
 
-    EXPECT_EQ(report["verdict"]["exit_status"], row.exit_status) << OutcomeName(row.outcome);
-    EXPECT_EQ(report["verdict"]["signal"], row.signal) << OutcomeName(row.outcome);
+    EXPECT_EQ(report["verdict"]["exit_status"], row.exit_status) << RowOf(kOutcomes, row.outcome).code;
+    EXPECT_EQ(report["verdict"]["signal"], row.signal) << RowOf(kOutcomes, row.outcome).code;
   }
 }
 
@@ -152,7 +153,7 @@ TEST(JsonReport, IsUtf8WhateverTheBytes) {
   const std::string bytes = "a\xff\"\\\n\x01\xed\xa0\x80z";
   Diagnosis diagnosis = Empty();
   diagnosis.verdict = {Outcome::kAborts, bytes, bytes, 0, bytes};
-  diagnosis.warnings = {{bytes, bytes, bytes, bytes}};
+  diagnosis.warnings = {{Finding::kBlankAtEnd, bytes, bytes, bytes}};
   diagnosis.settings.path = diagnosis.settings.reason = diagnosis.settings.failure = bytes;
   diagnosis.settings.root = diagnosis.settings.log_folder = tov::WideString(1, char16_t{0xDC00});
   diagnosis.settings.entries = {{1, bytes, bytes, LineUse::kMalformed}};
@@ -160,10 +161,11 @@ TEST(JsonReport, IsUtf8WhateverTheBytes) {
   runtime.root = runtime.discovery.fxrFolder = tov::WideString(1, char16_t{0xD800});
   runtime.failure = bytes;
   VersionReport& version = runtime.versions.emplace_back();
-  version.name = version.reason = version.detail = bytes;
+  version.name = version.words = bytes;
+  version.reason = VersionReason::kLoadFailed;
   runtime.decisive = 0;
   diagnosis.environment = {{{bytes, bytes, bytes}}, bytes};
-  diagnosis.application.assembly_file = {bytes, FileState::kUnreadable, bytes};
+  diagnosis.application.assembly_file = {bytes, FileState::kUnreadable};
   diagnosis.application.frameworks = {{bytes, bytes, false}};
   ContextProbe& context = diagnosis.application.context.emplace();
   context.child = {ChildEnd::kCrashed, SIGSEGV, {}, bytes, bytes};
@@ -180,7 +182,7 @@ TEST(JsonReport, IsUtf8WhateverTheBytes) {
   EXPECT_TRUE(json::parse(text)["settings"]["path"].get<std::string>().starts_with("a\uFFFD\"\\\n\x01"));
 }
 
-TEST(JsonReport, TellsWhatIsNotSetFromWhatIsEmpty) {
+TEST(JsonReport, WhatIsNotSetIsNullAndWhatIsEmptyIsEmpty) {
   Diagnosis diagnosis = Empty();
   diagnosis.environment.variables = {{"A", "0", std::nullopt}, {"B", std::nullopt, ""}};
 

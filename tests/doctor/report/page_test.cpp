@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-#include "doctor/examine/text.h"
+#include "doctor/judge/text.h"
 #include "tests/support/text.h"
 
 namespace doctor {

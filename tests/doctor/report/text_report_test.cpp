@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-#include "doctor/examine/text.h"
+#include "doctor/judge/text.h"
 #include "doctor/report/page.h"
 
 namespace doctor {
@@ -21,7 +21,7 @@ std::size_t Count(std::string_view text, std::string_view what) {
 TEST(TextReport, TheVerdictComesFirstThenWhatToDoThenTheWarnings) {
   Diagnosis diagnosis;
   diagnosis.verdict = {Outcome::kStatus255, "no root", {}, 255, "Write one."};
-  diagnosis.warnings = {{"code", "line 1", "is odd", "make it even"}};
+  diagnosis.warnings = {{Finding::kBlankAtEnd, "line 1", "is odd", "make it even"}};
 
   const std::string text = TextReport(diagnosis, false);
 
@@ -46,7 +46,7 @@ TEST(TextReport, LongListsAreShortenedButLinesThatMatterStay) {
   diagnosis.settings.entries.push_back({101, "DotnetRootFolder", "/r", LineUse::kUsed});
   RuntimeReport& runtime = diagnosis.runtime.emplace();
   runtime.versions.resize(41);
-  diagnosis.warnings.resize(42, {"code", "place", "text", "cure"});
+  diagnosis.warnings.resize(42, {Finding::kBlankAtEnd, "place", "text", "cure"});
 
   const std::string text = TextReport(diagnosis, false);
 
@@ -79,9 +79,10 @@ TEST(TextReport, FitsThePageAndHoldsNoControlsWhateverTheBytes) {
   diagnosis.settings = {bytes, true, bytes, bytes, {{1, bytes, bytes, LineUse::kMalformed}}, {}, {}};
   RuntimeReport& runtime = diagnosis.runtime.emplace();
   VersionReport& version = runtime.versions.emplace_back();
-  version.name = version.detail = bytes;
+  version.name = version.words = bytes;
+  version.reason = VersionReason::kLoadFailed;
   diagnosis.environment = {{{"A", "0", bytes}}, bytes};
-  diagnosis.application.assembly_file = {bytes, FileState::kUnreadable, "reason"};
+  diagnosis.application.assembly_file = {bytes, FileState::kUnreadable};
   diagnosis.application.frameworks = {{bytes, bytes, false}};
   diagnosis.application.context.emplace().host_text = bytes;
   diagnosis.application.context->child.end = ChildEnd::kFinished;

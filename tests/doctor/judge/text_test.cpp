@@ -1,4 +1,4 @@
-#include "doctor/examine/text.h"
+#include "doctor/judge/text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,39 @@
+// Looking for mistakes by tables of small checks: a finding, and the function that looks for it.
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+
+#include "doctor/judge/message.h"
+#include "doctor/judge/warning.h"
+
+namespace doctor {
+
+/// Where a check found something, and the values for its message; printable.
+struct Clue {
+  std::string place;
+  Values values = {};
+};
+
+/// One row of a table of checks that look at the same kind of thing.
+template <typename Subject>
+struct Check {
+  Finding finding;
+  std::optional<Clue> (*look)(const Subject& subject);
+};
+
+/// The finding's message about what was found.
+Warning Worded(Finding finding, const Clue& clue);
+
+/// Has each check of the table look at the subject, in order, and adds a warning for each clue.
+template <typename Subject, std::size_t kSize>
+void Apply(const std::array<Check<Subject>, kSize>& checks, const Subject& subject, Warnings& warnings) {
+  for (const Check<Subject>& check : checks) {
+    if (const auto clue = check.look(subject)) {
+      warnings.push_back(Worded(check.finding, *clue));
+    }
+  }
+}
+
+}  // namespace doctor

@@ -1,0 +1,13 @@
+// Why a file of the application is not as it should be, in words.
+#pragma once
+
+#include <string>
+
+#include "doctor/examine/application_report.h"
+
+namespace doctor {
+
+/// The system's words, or what the file is instead; empty for one that is present.
+std::string Detail(const FileReport& file);
+
+}  // namespace doctor

@@ -1,0 +1,192 @@
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <exception>
+#include <filesystem>
+#include <map>
+#include <string_view>
+
+#include "doctor/judge/checks.h"
+#include "doctor/judge/near_misses.h"
+#include "doctor/judge/text.h"
+#include "netloader/netloaderhostfxr/src/version_order.h"
+#include "netloader/netloaderquorcommon/src/settings_constants.h"
+
+namespace doctor {
+namespace {
+
+namespace fs = std::filesystem;
+
+const tov::WideString& Prefix() {
+  return netloader::quor::kDotnetVersionPrefix;
+}
+
+std::optional<Clue> AboutLibrary(const VersionReport& version, bool isSo, Values values = {}) {
+  return isSo ? std::optional(Clue{Printable(ToUtf8(version.library)), std::move(values)}) : std::nullopt;
+}
+
+std::optional<Clue> LibraryIsLink(const VersionReport& version) {
+  return AboutLibrary(version, version.reason == VersionReason::kLibraryIsLink);
+}
+
+std::optional<Clue> OtherMachine(const VersionReport& version) {
+  return AboutLibrary(version, version.reason == VersionReason::kOtherMachine);
+}
+
+std::optional<Clue> CutShort(const VersionReport& version) {
+  return AboutLibrary(version, version.reason == VersionReason::kCutShort, {{"words", version.words}});
+}
+
+bool IsDigit(char letter) {
+  return std::isdigit(static_cast<unsigned char>(letter)) != 0;
+}
+
+// Digits and dots, with a suffix such as "-preview.1" or without: what a runtime's folder is called.
+bool IsVersionName(std::string_view name) {
+  return !name.empty() && IsDigit(name.front()) && name.find('.') != std::string_view::npos;
+}
+
+std::optional<Clue> OtherRuntime(const VersionReport& version) {
+  std::error_code ignored;
+  const bool isRuntime = version.reason == VersionReason::kWrongPrefix && IsVersionName(version.name) &&
+                         fs::is_regular_file(ToUtf8(version.library), ignored);
+  return AboutLibrary(version, isRuntime, {{"version", Printable(version.name)}, {"prefix", ToUtf8(Prefix())}});
+}
+
+// What each version folder's library is looked at for.
+constexpr auto kLibraryChecks = std::to_array<Check<VersionReport>>({
+    {Finding::kLibraryIsLink, LibraryIsLink},
+    {Finding::kOtherMachine, OtherMachine},
+    {Finding::kCutShort, CutShort},
+    {Finding::kOtherRuntime, OtherRuntime},
+});
+
+std::string_view Tail(const VersionReport& version) {
+  return std::string_view(version.name).substr(Prefix().size());
+}
+
+// A candidate with the number that a launch orders it by.
+struct Numbered {
+  const VersionReport& version;
+  long number;
+  const VersionReport* equal = nullptr;  // An earlier one with the same number.
+};
+
+bool IsHexadecimal(std::string_view tail) {
+  return tail.starts_with("0x") || tail.starts_with("0X");
+}
+
+bool IsOctal(std::string_view tail) {
+  return tail.size() > 1 && tail[0] == '0' && IsDigit(tail[1]);
+}
+
+std::optional<Clue> AboutNumber(const Numbered& numbered, bool isSo) {
+  return AboutLibrary(numbered.version, isSo,
+                      {{"tail", Quoted(Tail(numbered.version))}, {"number", std::to_string(numbered.number)}});
+}
+
+std::optional<Clue> HexadecimalNumber(const Numbered& numbered) {
+  return AboutNumber(numbered, IsHexadecimal(Tail(numbered.version)));
+}
+
+std::optional<Clue> OctalNumber(const Numbered& numbered) {
+  return AboutNumber(numbered, IsOctal(Tail(numbered.version)));
+}
+
+std::optional<Clue> NoNumber(const Numbered& numbered) {
+  return AboutNumber(numbered, numbered.number == 0 && !Tail(numbered.version).starts_with('0'));
+}
+
+std::optional<Clue> EqualNumbers(const Numbered& numbered) {
+  if (numbered.equal == nullptr) {
+    return std::nullopt;
+  }
+  return AboutLibrary(numbered.version, true,
+                      {{"first", Printable(numbered.version.name)},
+                       {"second", Printable(numbered.equal->name)},
+                       {"number", std::to_string(numbered.number)}});
+}
+
+// What each candidate's number is looked at for.
+constexpr auto kNumberChecks = std::to_array<Check<Numbered>>({
+    {Finding::kHexadecimalNumber, HexadecimalNumber},
+    {Finding::kOctalNumber, OctalNumber},
+    {Finding::kNoNumber, NoNumber},
+    {Finding::kEqualNumbers, EqualNumbers},
+});
+
+// Nothing for a name with a lone surrogate, which a launch reads only when there is another to compare it with.
+std::optional<long> Number(const VersionReport& version) {
+  try {
+    return netloader::VersionNumber(ToUtf16(version.name), Prefix());
+  } catch (const std::exception&) {
+    return std::nullopt;
+  }
+}
+
+std::vector<Numbered> NumberedCandidates(const RuntimeReport& runtime) {
+  std::vector<Numbered> candidates;
+  std::map<long, const VersionReport*> first;
+  for (const VersionReport& version : runtime.versions) {
+    if (const auto number = version.is_candidate ? Number(version) : std::nullopt) {
+      const auto [earlier, isNew] = first.emplace(*number, &version);
+      candidates.push_back({version, *number, isNew ? nullptr : earlier->second});
+    }
+  }
+  return candidates;
+}
+
+// Two candidates, one tried right after the other.
+struct Neighbours {
+  const VersionReport& first;
+  const VersionReport& second;
+  const tov::WideString& folder;
+};
+
+// The number that a person reads in a version's last part, the largest there is for one that is too long; none when
+// there is more than digits.
+std::optional<unsigned long long> PlainNumber(std::string_view tail) {
+  if (tail.empty() || !std::ranges::all_of(tail, IsDigit)) {
+    return std::nullopt;
+  }
+  unsigned long long number = 0;
+  const auto [end, error] = std::from_chars(tail.data(), tail.data() + tail.size(), number);
+  return error == std::errc::result_out_of_range ? ~0ULL : number;
+}
+
+std::optional<Clue> OddOrder(const Neighbours& neighbours) {
+  const auto first = PlainNumber(Tail(neighbours.first));
+  const auto second = PlainNumber(Tail(neighbours.second));
+  if (!first || !second || *first >= *second) {
+    return std::nullopt;
+  }
+  return Clue{Printable(ToUtf8(neighbours.folder)),
+              {{"first", Printable(neighbours.first.name)}, {"second", Printable(neighbours.second.name)}}};
+}
+
+// What each pair of candidates that follow each other is looked at for.
+constexpr auto kNeighbourChecks = std::to_array<Check<Neighbours>>({
+    {Finding::kOddOrder, OddOrder},
+});
+
+}  // namespace
+
+Warnings VersionNearMisses(const RuntimeReport& report) {
+  Warnings warnings;
+  for (const VersionReport& version : report.versions) {
+    Apply(kLibraryChecks, version, warnings);
+  }
+  for (const Numbered& candidate : NumberedCandidates(report)) {
+    Apply(kNumberChecks, candidate, warnings);
+  }
+  const VersionReport* earlier = nullptr;
+  for (const VersionReport& version : report.versions) {
+    if (version.is_candidate && earlier != nullptr) {
+      Apply(kNeighbourChecks, Neighbours{*earlier, version, report.discovery.fxrFolder}, warnings);
+    }
+    earlier = version.is_candidate ? &version : earlier;
+  }
+  return warnings;
+}
+
+}  // namespace doctor
