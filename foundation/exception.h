@@ -47,6 +47,7 @@ class Exception : public exception {
   Exception& operator=(const Exception&) = default;
   ~Exception() override;
 
+  /// The text that was given, empty without one.
   virtual WideString Text() const;
 
  private:

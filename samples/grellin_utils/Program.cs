@@ -25,6 +25,9 @@ switch (args.FirstOrDefault())
     case "wait":
         WaitForTermination();
         return 0;
+    case "native":
+        CallNative(library: args[1], function: args[2]);
+        return 0;
     default:
         Show(args);
         return 0;
@@ -108,3 +111,7 @@ static void WaitForTermination()
     terminated.Wait();
     Console.WriteLine("ending");
 }
+
+// A function without arguments of a library; samples/native_library has one.
+static void CallNative(string library, string function) =>
+    Marshal.GetDelegateForFunctionPointer<Action>(NativeLibrary.GetExport(NativeLibrary.Load(library), function))();
