@@ -64,6 +64,19 @@ TEST(DirectoryEnumeratorSystem, ASubfolderWhoseFirstReadFailsIsListedAndTheWalkC
   EXPECT_EQ(Entries(walk), 5U);  // The two dots twice and "file".
 }
 
+// Its status was read, and it is gone when it is opened.
+TEST(DirectoryEnumeratorSystem, ASubfolderThatVanishesBeforeItIsOpenedIsListedAndTheWalkContinues) {
+  const TempFolder folder;
+  tests::WriteFile(folder / "below/file", "");
+  const FailingCall fault(SystemCall::kOpenat, 1, ENOENT);
+  Walk walk;
+
+  ASSERT_EQ(walk.Open(folder.Path().u16string(), {}), 0);
+
+  EXPECT_EQ(Entries(walk), 3U);  // The two dots and "below" itself.
+  EXPECT_TRUE(fault.HasFailed());
+}
+
 TEST(DirectoryEnumeratorSystem, TheTargetOfEachLinkIsLookedAtOnceAndChangesNothing) {
   const TempFolder folder;
   fs::create_directory(folder / "real");

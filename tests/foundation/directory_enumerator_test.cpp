@@ -277,6 +277,25 @@ TEST(DirectoryEnumerator, ANameThatIsNotAsciiIsReached) {
   EXPECT_TRUE(Visited(visits, folder / "caf\xC3\xA9 \xF0\x9F\x98\x80", "file"));
 }
 
+TEST(DirectoryEnumerator, AFolderWhoseNameIsNotUtf8IsEntered) {
+  const TempFolder folder;
+  WriteFile(folder / "6.0.\xff\xc0/file", "");
+
+  const Visits visits = WalkThrough(folder.Path());
+
+  EXPECT_TRUE(Visited(visits, folder / "6.0.\xff\xc0", "file"));
+}
+
+TEST(DirectoryEnumerator, AFifoIsAnEntryLikeAnyOther) {
+  const TempFolder folder;
+  ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0600), 0);
+
+  const Visits visits = WalkThrough(folder.Path());
+
+  EXPECT_TRUE(Visited(visits, folder.Path(), "fifo"));
+  EXPECT_EQ(visits.size(), 3U);
+}
+
 TEST(DirectoryEnumerator, AnUnfinishedWalkClosesAllItsFolders) {
   const TempFolder folder;
   fs::create_directories(folder / "a/b/c");

@@ -234,6 +234,34 @@ TEST(LongPath, AFifoOnTheWayIsNotAFolderAndKeepsNobodyWaiting) {
   EXPECT_EQ(Stat(path.c_str(), status), Code(0x80010103));
 }
 
+// What follows the cut is taken as it stands, so it begins at the root.
+TEST(LongPath, ASeparatorDoubledWhereThePathIsCutIsNotSkipped) {
+  const TempFolder folder;
+  fs::create_directory(folder / "below");
+  const std::string path = PathOfLength(folder.Path(), "below", 4095) + "//dev/null";
+  FileAccessor accessor;
+  struct stat status {};
+
+  ASSERT_EQ(accessor.Initialize(path.c_str()), 0);
+
+  EXPECT_STREQ(accessor.Name(), "/dev/null");
+  EXPECT_EQ(Stat(path.c_str(), status), 0);
+}
+
+TEST(LongPath, AFolderOnTheWayMustBeReadable) {
+  const TempFolder folder;
+  WriteFile(folder / "searched/file", "");
+  fs::permissions(folder / "searched", fs::perms::owner_exec);
+  const tests::WithoutReadingEverything rights;
+  const std::string path = PathOfLength(folder.Path(), "searched", 4095) + "/./file";
+  struct stat status {};
+
+  EXPECT_EQ(Stat((folder / "searched/file").c_str(), status), 0);
+  EXPECT_EQ(Stat(path.c_str(), status), Code(0x80000045));
+
+  fs::permissions(folder / "searched", fs::perms::owner_all);
+}
+
 TEST(LongPath, FailuresHaveTheirCodesAndLeaveNothingOpen) {
   const TempFolder folder;
   WriteFile(folder / "file", "");
