@@ -17,9 +17,9 @@ constexpr const char* kSpoilt = "6.0.2";
 constexpr const char* kGood = "6.0.1";
 
 // A good old version and a place for a spoilt newer one.
-class World {
+class SpoiltNewestHost {
  public:
-  World() { runtime_.AddHost(kGood); }
+  SpoiltNewestHost() { runtime_.AddHost(kGood); }
 
   // Says which version ran with these bytes as the newer one; the words of a crash when none did.
   std::string VersionThatRanWith(const ElfImage& library) {
@@ -47,7 +47,7 @@ ElfImage Library() {
 
 TEST(BrokenRuntime, ALibraryCutAnywhereIsPassedOverUnlessAllThatIsLoadedIsThere) {
   const ElfImage library = Library();
-  World world;
+  SpoiltNewestHost world;
   int broken = 0;
   for (const std::size_t length : CutLengths(library)) {
     SCOPED_TRACE("cut to " + std::to_string(length) + " of " + std::to_string(library.Bytes().size()) + " bytes");
@@ -61,7 +61,7 @@ TEST(BrokenRuntime, ALibraryCutAnywhereIsPassedOverUnlessAllThatIsLoadedIsThere)
 // Tries one spoilt library. One that breaks the rules must be passed over. One that keeps them is left to the dynamic
 // loader: what that refuses is passed over, what it loads is never refused. Where it crashes on headers that keep every
 // rule but no longer describe what the file holds, nothing can be promised.
-void Check(World& world, const ElfImage& spoilt, int& passed_over) {
+void Check(SpoiltNewestHost& world, const ElfImage& spoilt, int& passed_over) {
   const std::string version = world.VersionThatRanWith(spoilt);
   if (!spoilt.IsWhole() || !spoilt.StaysInItsAddresses()) {
     EXPECT_EQ(version, kGood);
@@ -76,7 +76,7 @@ void Check(World& world, const ElfImage& spoilt, int& passed_over) {
 
 TEST(BrokenRuntime, AHeaderWithHostileFieldsIsPassedOver) {
   const ElfImage library = Library();
-  World world;
+  SpoiltNewestHost world;
   int passed_over = 0;
   for (const ElfField& field : kElfHeaderFields) {
     for (const std::uint64_t value : HostileValues(library.Bytes().size())) {
@@ -90,7 +90,7 @@ TEST(BrokenRuntime, AHeaderWithHostileFieldsIsPassedOver) {
 TEST(BrokenRuntime, ASegmentWithHostileFieldsIsPassedOver) {
   const ElfImage library = Library();
   const auto segments = library.ProgramHeaders();
-  World world;
+  SpoiltNewestHost world;
   int passed_over = 0;
   for (std::size_t i = 0; i < segments.size(); ++i) {
     if (segments[i].p_type != PT_LOAD && segments[i].p_type != PT_DYNAMIC) {
@@ -110,7 +110,7 @@ TEST(BrokenRuntime, ASegmentWithHostileFieldsIsPassedOver) {
 TEST(BrokenRuntime, SegmentsBeyondTheEndAreSeenAlthoughTheSumOverflows) {
   const ElfImage library = Library();
   const auto segments = library.ProgramHeaders();
-  World world;
+  SpoiltNewestHost world;
   for (std::size_t i = 0; i < segments.size(); ++i) {
     if (segments[i].p_type == PT_LOAD) {
       SCOPED_TRACE(i);
@@ -123,7 +123,7 @@ TEST(BrokenRuntime, SegmentsBeyondTheEndAreSeenAlthoughTheSumOverflows) {
 
 TEST(BrokenRuntime, LibrariesForOtherMachinesArePassedOver) {
   const ElfImage library = Library();
-  World world;
+  SpoiltNewestHost world;
   for (const Elf64_Half machine : std::initializer_list<Elf64_Half>{EM_386, EM_ARM, EM_AARCH64, EM_RISCV, EM_NONE}) {
     SCOPED_TRACE(machine);
     EXPECT_EQ(world.VersionThatRanWith(library.With(offsetof(Elf64_Ehdr, e_machine), 2, machine)), kGood);

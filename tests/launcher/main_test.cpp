@@ -19,12 +19,12 @@ using Texts = std::vector<std::string>;
 constexpr const char* kAssembly = "/opt/morvath/quor/lib64/grellin_utils.dll";
 
 // Everything that a successful launch takes.
-struct World {
+struct ReadyToLaunch {
   RuntimeTree runtime;
   StandInHost host;
   SettingsFile settings = SettingsFile::ForRoot(runtime.Root());
 
-  World() { runtime.AddHost("6.0.36"); }
+  ReadyToLaunch() { runtime.AddHost("6.0.36"); }
 };
 
 // Without the line that a sanitizer writes when it, too, cannot read the name of the executable.
@@ -38,7 +38,7 @@ std::string Lower(std::string text) {
 }
 
 TEST(Main, WithoutArgumentsOnlyTheAssemblyIsPassedOn) {
-  const World world;
+  const ReadyToLaunch world;
 
   const auto outcome = Launcher(world.host).Run();
 
@@ -48,7 +48,7 @@ TEST(Main, WithoutArgumentsOnlyTheAssemblyIsPassedOn) {
 }
 
 TEST(Main, WithoutEvenANameOnlyTheAssemblyIsPassedOn) {
-  const World world;
+  const ReadyToLaunch world;
 
   const auto outcome = Launcher(world.host).WithoutName().Run();
 
@@ -57,7 +57,7 @@ TEST(Main, WithoutEvenANameOnlyTheAssemblyIsPassedOn) {
 }
 
 TEST(Main, ArgumentsFollowTheAssemblyAndTheOwnNameIsNeverPassedOn) {
-  const World world;
+  const ReadyToLaunch world;
 
   const auto outcome = Launcher(world.host).Name("some-name").Arguments({"a", "b"}).Run();
 
@@ -66,7 +66,7 @@ TEST(Main, ArgumentsFollowTheAssemblyAndTheOwnNameIsNeverPassedOn) {
 }
 
 TEST(Main, ArgumentsArriveByteForByte) {
-  const World world;
+  const ReadyToLaunch world;
   const Texts arguments{"",     " ",   "two words", "-h",    "--", "--roll-forward",
                         "\t\n", "%41", "=",         "\"'\\", "ж😀", "\xff\xfe"};
 
@@ -81,7 +81,7 @@ TEST(Main, ArgumentsArriveByteForByte) {
 TEST(Main, WhatTheApplicationAndTheCloseReturnIsNeverTheExitStatus) {
   for (const int result : {1, 3, -1, 255, 2147483647}) {
     SCOPED_TRACE(result);
-    World world;
+    ReadyToLaunch world;
     world.host.Returns(HostFunction::kRun, result).Returns(HostFunction::kClose, result);
 
     EXPECT_TRUE(EndedSilently(Launcher(world.host).Run(), 0));
@@ -89,14 +89,14 @@ TEST(Main, WhatTheApplicationAndTheCloseReturnIsNeverTheExitStatus) {
 }
 
 TEST(Main, AnApplicationThatExitsChoosesTheExitStatus) {
-  World world;
+  ReadyToLaunch world;
   world.host.Exits(HostFunction::kRun, 7);
 
   EXPECT_TRUE(EndedSilently(Launcher(world.host).Run(), 7));
 }
 
 TEST(Main, ALaunchThatFailsWithoutAnExceptionEndsWith255AndSaysNothing) {
-  World world;
+  ReadyToLaunch world;
   world.host.Returns(HostFunction::kInitialize, -1);
 
   EXPECT_TRUE(EndedSilently(Launcher(world.host).Run(), 255));
@@ -105,7 +105,7 @@ TEST(Main, ALaunchThatFailsWithoutAnExceptionEndsWith255AndSaysNothing) {
 TEST(Main, AnExceptionIsReportedInOneLineAndAborts) {
   for (const HostFunction function : {HostFunction::kInitialize, HostFunction::kRun, HostFunction::kClose}) {
     SCOPED_TRACE(static_cast<int>(function));
-    World world;
+    ReadyToLaunch world;
     world.host.Throws(function, "words of an exception");
 
     EXPECT_TRUE(AbortedSaying(Launcher(world.host).Run(), "Error occurred: words of an exception"));
@@ -115,7 +115,7 @@ TEST(Main, AnExceptionIsReportedInOneLineAndAborts) {
 TEST(Main, AThrownNumberIsAnUnknownFailureAndAborts) {
   for (const HostFunction function : {HostFunction::kInitialize, HostFunction::kRun, HostFunction::kClose}) {
     SCOPED_TRACE(static_cast<int>(function));
-    World world;
+    ReadyToLaunch world;
     world.host.Throws(function, "int");
 
     EXPECT_TRUE(AbortedSaying(Launcher(world.host).Run(), "Unknown failure occurred"));
@@ -123,7 +123,7 @@ TEST(Main, AThrownNumberIsAnUnknownFailureAndAborts) {
 }
 
 TEST(Main, AnExecutableInAFolderThatIsNotUtf8IsAResultCodeException) {
-  const World world;
+  const ReadyToLaunch world;
   const TempFolder folder;
   const fs::path copy = folder / "\xff/loader";
   fs::create_directory(copy.parent_path());
@@ -138,7 +138,7 @@ TEST(Main, AnExecutableInAFolderThatIsNotUtf8IsAResultCodeException) {
 }
 
 TEST(Main, AnExecutableWhosePathIsTooLongToReadIsAResultCodeException) {
-  const World world;
+  const ReadyToLaunch world;
   const TempFolder folder("/var/opt/morvath");
   const std::string name(250, 'd');
 
@@ -166,7 +166,7 @@ TEST(Main, AnExecutableWhosePathIsTooLongToReadIsAResultCodeException) {
 }
 
 TEST(Main, AnExecutableReachedThroughALinkWorks) {
-  const World world;
+  const ReadyToLaunch world;
   const TempFolder folder;
   fs::create_symlink(LauncherFile(), folder / "link");
 
@@ -176,7 +176,7 @@ TEST(Main, AnExecutableReachedThroughALinkWorks) {
 TEST(Main, NoLocaleOfTheMachineIsNeeded) {
   for (const std::string locale : {"", "C", "POSIX", "C.UTF-8", "no_such_locale", ".UTF8"}) {
     SCOPED_TRACE(locale);
-    const World world;
+    const ReadyToLaunch world;
 
     EXPECT_TRUE(EndedSilently(Launcher(world.host).Variable("LC_ALL", locale).Variable("LANG", locale).Run(), 0));
   }

@@ -14,7 +14,8 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-struct World {
+// Settings that name a runtime root in which a test puts what it needs.
+struct EmptyInstallation {
   RuntimeTree runtime;
   StandInHost host;
   SettingsFile settings = SettingsFile::ForRoot(runtime.Root());
@@ -29,7 +30,7 @@ std::size_t Count(const std::string& text, const std::string& what) {
 }
 
 TEST(RunAssembly, ThreeCallsAndTheLibraryComesAndGoes) {
-  World world;
+  EmptyInstallation world;
   world.runtime.AddHost("6.0.36");
 
   EXPECT_TRUE(EndedSilently(Launcher(world.host).Run(), 0));
@@ -38,7 +39,7 @@ TEST(RunAssembly, ThreeCallsAndTheLibraryComesAndGoes) {
 }
 
 TEST(RunAssembly, TheHostIsToldItsOwnPathTheRootAndTheSizeOfTheRecord) {
-  World world;
+  EmptyInstallation world;
   world.runtime.AddHost("6.0.36");
 
   EXPECT_TRUE(EndedSilently(Launcher(world.host).Run(), 0));
@@ -50,7 +51,7 @@ TEST(RunAssembly, TheHostIsToldItsOwnPathTheRootAndTheSizeOfTheRecord) {
 }
 
 TEST(RunAssembly, ASlashAtTheEndOfTheRootIsKeptInTheRootAndNotDoubledInThePath) {
-  World world;
+  EmptyInstallation world;
   world.runtime.AddHost("6.0.36");
   world.settings.Write("DotnetRootFolder=" + world.runtime.Root().string() + "/\n");
 
@@ -60,7 +61,7 @@ TEST(RunAssembly, ASlashAtTheEndOfTheRootIsKeptInTheRootAndNotDoubledInThePath) 
 }
 
 TEST(RunAssembly, TheHandleThatInitialisingGaveIsRunAndClosed) {
-  World world;
+  EmptyInstallation world;
   world.runtime.AddHost("6.0.36");
 
   EXPECT_TRUE(EndedSilently(Launcher(world.host).Run(), 0));
@@ -71,7 +72,7 @@ TEST(RunAssembly, TheHandleThatInitialisingGaveIsRunAndClosed) {
 TEST(RunAssembly, EveryResultButZeroIsDeliberatelyAFailureAndNothingIsRunOrClosed) {
   for (const int result : {1, 2, 3, -1, INT_MAX, INT_MIN, static_cast<int>(0x80008096)}) {
     SCOPED_TRACE(result);
-    World world;
+    EmptyInstallation world;
     world.runtime.AddHost("6.0.36").AddHost("6.0.1");
     world.host.Returns(HostFunction::kInitialize, result);
 
@@ -81,7 +82,7 @@ TEST(RunAssembly, EveryResultButZeroIsDeliberatelyAFailureAndNothingIsRunOrClose
 }
 
 TEST(RunAssembly, ANullHandleIsAFailureAlthoughTheResultIsZero) {
-  World world;
+  EmptyInstallation world;
   world.runtime.AddHost("6.0.36");
   world.host.GivesNoHandle();
 
@@ -90,7 +91,7 @@ TEST(RunAssembly, ANullHandleIsAFailureAlthoughTheResultIsZero) {
 }
 
 TEST(RunAssembly, WhatTheHostSaysReachesStandardErrorAsItIs) {
-  World world;
+  EmptyInstallation world;
   world.runtime.AddHost("6.0.36");
   world.host.Says(HostFunction::kInitialize, "no such framework").Returns(HostFunction::kInitialize, -1);
 
@@ -101,7 +102,7 @@ TEST(RunAssembly, WhatTheHostSaysReachesStandardErrorAsItIs) {
 }
 
 TEST(RunAssembly, TheContextIsClosedWhateverTheApplicationReturned) {
-  World world;
+  EmptyInstallation world;
   world.runtime.AddHost("6.0.36");
   world.host.Returns(HostFunction::kRun, -7);
 
@@ -112,7 +113,7 @@ TEST(RunAssembly, TheContextIsClosedWhateverTheApplicationReturned) {
 TEST(RunAssembly, ALibraryThatLacksAFunctionIsUnloadedBeforeTheNextOneIsTried) {
   for (const HostVariant variant : {HostVariant::kLacksInitialize, HostVariant::kLacksRun, HostVariant::kLacksClose}) {
     SCOPED_TRACE(static_cast<int>(variant));
-    World world;
+    EmptyInstallation world;
     world.runtime.AddHost("6.0.2", variant).AddHost("6.0.1");
 
     EXPECT_TRUE(EndedSilently(Launcher(world.host).Run(), 0));
@@ -122,7 +123,7 @@ TEST(RunAssembly, ALibraryThatLacksAFunctionIsUnloadedBeforeTheNextOneIsTried) {
 }
 
 TEST(RunAssembly, ALibraryWhoseFunctionIsNullIsUnloadedLikeOneThatLacksIt) {
-  World world;
+  EmptyInstallation world;
   world.runtime.AddHost("6.0.2", HostVariant::kNullRun).AddHost("6.0.1");
 
   EXPECT_TRUE(EndedSilently(Launcher(world.host).Run(), 0));
@@ -131,7 +132,7 @@ TEST(RunAssembly, ALibraryWhoseFunctionIsNullIsUnloadedLikeOneThatLacksIt) {
 }
 
 TEST(RunAssembly, ALibraryWhoseFunctionIsNullWithoutAnErrorTextDeliberatelyStaysOpen) {
-  World world;
+  EmptyInstallation world;
   world.runtime.AddHost("6.0.2", HostVariant::kNullRun).AddHost("6.0.1");
 
   const auto outcome = Launcher(world.host)
@@ -145,7 +146,7 @@ TEST(RunAssembly, ALibraryWhoseFunctionIsNullWithoutAnErrorTextDeliberatelyStays
 }
 
 TEST(RunAssembly, TheLibraryIsClosedExactlyOnceAndBeforeTheProcessEnds) {
-  World world;
+  EmptyInstallation world;
   world.runtime.AddHost("6.0.36");
   const TempFolder folder;
 
@@ -163,7 +164,7 @@ TEST(RunAssembly, TheLibraryIsClosedExactlyOnceAndBeforeTheProcessEnds) {
 }
 
 TEST(RunAssembly, TheAssemblyNeedNotBeThereForTheHostToBeAsked) {
-  World world;
+  EmptyInstallation world;
   world.runtime.AddHost("6.0.36");
   ASSERT_FALSE(std::filesystem::exists("/opt/morvath/quor"));
 

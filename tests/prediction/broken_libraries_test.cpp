@@ -19,9 +19,9 @@ ElfImage Library() {
 }
 
 // A good old version and a place for a spoilt newer one.
-class World {
+class SpoiltNewestHost {
  public:
-  World() { world_.runtime.AddHost(kGood); }
+  SpoiltNewestHost() { world_.runtime.AddHost(kGood); }
 
   // The version that both agree on. A library whose headers keep the rules, but no longer describe what the file holds,
   // may do anything once it is loaded; only the launch's end is compared then.
@@ -39,7 +39,7 @@ class World {
 
 TEST(PredictedBrokenLibraries, CutAnywhere) {
   const ElfImage library = Library();
-  World world;
+  SpoiltNewestHost world;
   for (const std::size_t length : CutLengths(library)) {
     SCOPED_TRACE("cut to " + std::to_string(length) + " of " + std::to_string(library.Bytes().size()) + " bytes");
     const ElfImage cut = library.CutTo(length);
@@ -47,7 +47,7 @@ TEST(PredictedBrokenLibraries, CutAnywhere) {
   }
 }
 
-void CheckWith(World& world, const ElfImage& library, std::size_t offset, std::size_t width, bool records) {
+void CheckWith(SpoiltNewestHost& world, const ElfImage& library, std::size_t offset, std::size_t width, bool records) {
   for (const std::uint64_t value : HostileValues(library.Bytes().size())) {
     SCOPED_TRACE("offset " + std::to_string(offset) + " = " + std::to_string(value));
     const ElfImage spoilt = library.With(offset, width, value);
@@ -61,7 +61,7 @@ void CheckWith(World& world, const ElfImage& library, std::size_t offset, std::s
 
 TEST(PredictedBrokenLibraries, WithHostileHeaders) {
   const ElfImage library = Library();
-  World world;
+  SpoiltNewestHost world;
   for (const ElfField& field : kElfHeaderFields) {
     CheckWith(world, library, field.offset, field.width, true);
   }
@@ -70,7 +70,7 @@ TEST(PredictedBrokenLibraries, WithHostileHeaders) {
 TEST(PredictedBrokenLibraries, WithHostileSegments) {
   const ElfImage library = Library();
   const auto segments = library.ProgramHeaders();
-  World world;
+  SpoiltNewestHost world;
   for (std::size_t i = 0; i < segments.size(); ++i) {
     if (segments[i].p_type != PT_LOAD && segments[i].p_type != PT_DYNAMIC) {
       continue;

@@ -32,9 +32,9 @@ using Environment = std::map<WideString, WideString>;
 using Story = std::vector<std::string>;
 
 // A runtime with one host, and the settings that name it.
-class World {
+class InstalledRuntime {
  public:
-  explicit World(const std::string& more = {})
+  explicit InstalledRuntime(const std::string& more = {})
       : settings_("DotnetRootFolder=" + Runtime().Root().string() + "\n" + more) {
     Apply();
   }
@@ -62,7 +62,7 @@ std::shared_ptr<LibraryInterface> Launch(const Environment& environment = {}, st
 }
 
 TEST(LaunchSequence, LoadsTheAssemblyAndDoesNotRunIt) {
-  World world;
+  InstalledRuntime world;
   world.Runtime().AddHost("6.0.1");
 
   const auto application = Launch();
@@ -74,7 +74,7 @@ TEST(LaunchSequence, LoadsTheAssemblyAndDoesNotRunIt) {
 }
 
 TEST(LaunchSequence, PassesTheArgumentsOn) {
-  World world;
+  InstalledRuntime world;
   world.Runtime().AddHost("6.0.1");
 
   const auto application = Launch({}, {"a", "b"});
@@ -84,7 +84,7 @@ TEST(LaunchSequence, PassesTheArgumentsOn) {
 }
 
 TEST(LaunchSequence, PassesAnArgumentCountWithoutAnArrayOnUnchanged) {
-  World world;
+  InstalledRuntime world;
   world.Runtime().AddHost("6.0.1");
   try {
     InitAndLoadAssembly(u"grellin_loader", u"app.dll", 1, nullptr, {});
@@ -96,7 +96,7 @@ TEST(LaunchSequence, PassesAnArgumentCountWithoutAnArrayOnUnchanged) {
 }
 
 TEST(LaunchSequence, TheApplicationKeepsTheHostLoadedAndItsRunIsTheHosts) {
-  World world;
+  InstalledRuntime world;
   world.Runtime().AddHost("6.0.1");
   world.host.Returns(HostFunction::kRun, 3).Returns(HostFunction::kClose, 4);
   world.Apply();
@@ -136,7 +136,7 @@ std::map<std::string, std::string> OwnEnvironment() {
 }
 
 TEST(LaunchSequence, TheCallersMapIsAllThatIsSetBesidesTheFixedVariables) {
-  World world;
+  InstalledRuntime world;
   world.Runtime().AddHost("6.0.1");
   const auto before = OwnEnvironment();
 
@@ -149,7 +149,7 @@ TEST(LaunchSequence, TheCallersMapIsAllThatIsSetBesidesTheFixedVariables) {
 }
 
 TEST(LaunchSequence, AnEmptyMapSetsNothingBesidesTheFixedVariables) {
-  World world;
+  InstalledRuntime world;
   world.Runtime().AddHost("6.0.1");
   const auto before = OwnEnvironment();
 
@@ -169,7 +169,7 @@ TEST(LaunchSequence, SettingsThatFailMakeNoLoader) {
 }
 
 TEST(LaunchSequence, WithoutAHostItIsEmptyAndTheEnvironmentStaysSet) {
-  World world;
+  InstalledRuntime world;
 
   EXPECT_EQ(Launch({{u"LAUNCH_TEST", u"1"}}), nullptr);
 
@@ -178,7 +178,7 @@ TEST(LaunchSequence, WithoutAHostItIsEmptyAndTheEnvironmentStaysSet) {
 }
 
 TEST(LaunchSequence, AnAssemblyThatCannotBeLoadedLeavesItEmptyAndTheHostUnloaded) {
-  World world;
+  InstalledRuntime world;
   world.Runtime().AddHost("6.0.1");
   world.host.Returns(HostFunction::kInitialize, -2147450750);
   world.Apply();
@@ -190,7 +190,7 @@ TEST(LaunchSequence, AnAssemblyThatCannotBeLoadedLeavesItEmptyAndTheHostUnloaded
 
 TEST(LaunchSequence, WithAnySettingsNoLogFileIsCreated) {
   const tests::TempFolder logs;
-  World world("LoaderLoggingDir=" + logs.Path().string() + "\n");
+  InstalledRuntime world("LoaderLoggingDir=" + logs.Path().string() + "\n");
   world.Runtime().AddHost("6.0.1");
 
   const auto application = Launch();
@@ -201,7 +201,7 @@ TEST(LaunchSequence, WithAnySettingsNoLogFileIsCreated) {
 
 TEST(LaunchSequence, InTheDefaultLogFolderNoLogFileIsCreatedEither) {
   const tests::TempFolder logs;
-  World world;
+  InstalledRuntime world;
   tests::ScopedEnvironment environment;
   environment.Set("TMP", logs.Path());
 
@@ -212,7 +212,7 @@ TEST(LaunchSequence, InTheDefaultLogFolderNoLogFileIsCreatedEither) {
 
 TEST(LaunchSequence, LeavesTheEmptyLoggerInstalledWhichNoFileLoggerReplaces) {
   const tests::TempFolder logs;
-  const World world;
+  const InstalledRuntime world;
 
   static_cast<void>(Launch());
   logger::InitGlobalFileLogger({logs.Path().u16string(), u"log"});
@@ -238,13 +238,13 @@ TEST(LaunchSequence, SettingsThatAreNotUtf8Throw) {
 }
 
 TEST(LaunchSequence, AVariableThatDoesNotConvertThrows) {
-  const World world;
+  const InstalledRuntime world;
 
   EXPECT_THROW(Launch({{u"LAUNCH_TEST", WideString(1, u'\xd800')}}), std::bad_cast);
 }
 
 TEST(LaunchSequence, WhatTheHostThrowsPassesAndTheHostIsUnloaded) {
-  World world;
+  InstalledRuntime world;
   world.Runtime().AddHost("6.0.1");
   world.host.Throws(HostFunction::kInitialize, "int");
   world.Apply();
