@@ -1,5 +1,5 @@
-// A library that the application loads. It calls the launcher in whose process it runs: what it does not find itself, the
-// dynamic loader finds among the launcher's exported functions.
+// A library that the application loads. It calls the launcher in whose process it runs: what it does not find itself,
+// the dynamic loader finds among the launcher's exported functions.
 #include <cstdio>
 #include <string>
 
