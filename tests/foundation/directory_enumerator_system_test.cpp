@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <filesystem>
@@ -75,6 +76,20 @@ TEST(DirectoryEnumeratorSystem, ASubfolderThatVanishesBeforeItIsOpenedIsListedAn
 
   EXPECT_EQ(Entries(walk), 3U);  // The two dots and "below" itself.
   EXPECT_TRUE(fault.HasFailed());
+}
+
+TEST(DirectoryEnumeratorSystem, OnlyFoldersAreOpened) {
+  const TempFolder folder;
+  ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0600), 0);
+  tests::WriteFile(folder / "file", "");
+  fs::create_directory_symlink("/", folder / "link");
+  const CountedCalls calls(SystemCall::kOpenat);
+  Walk walk;
+
+  ASSERT_EQ(walk.Open(folder.Path().u16string(), {}), 0);
+  EXPECT_EQ(Entries(walk), 5U);
+
+  EXPECT_EQ(calls.Paths(), std::vector<std::string>{folder.Path()});
 }
 
 TEST(DirectoryEnumeratorSystem, TheTargetOfEachLinkIsLookedAtOnceAndChangesNothing) {
