@@ -140,6 +140,16 @@ TEST(HostLibrary, SymbolsStayLocalToTheLibrary) {
   EXPECT_NE(::dlsym(handle.get(), "hostfxr_run_app"), nullptr);
 }
 
+TEST(HostLibrary, BindingAtOnceIsAllThatIsAskedOfTheDynamicLoader) {
+  tests::RuntimeTree runtime;
+  runtime.AddHost("6.0.1");
+  LibraryHandle handle;
+
+  handle.overwrite(OpenLibrary(runtime.HostFile("6.0.1").u16string()).handle);
+
+  EXPECT_EQ(tests::LastOpenFlags(), RTLD_NOW);
+}
+
 TEST(HostLibrary, ADynamicLoaderWithoutWordsIsQuotedAsSuch) {
   tests::RuntimeTree runtime;
   runtime.AddHost("6.0.1", HostVariant::kNullRun);

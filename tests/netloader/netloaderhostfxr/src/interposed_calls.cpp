@@ -16,6 +16,7 @@ namespace tests {
 namespace {
 
 int opens = 0;
+int last_open_flags = -1;
 int reads = 0;
 
 int read_error = 0;
@@ -37,6 +38,10 @@ LoaderErrorFunction RealLoaderError() {
 [[maybe_unused]] const LoaderErrorFunction looked_up_early = RealLoaderError();
 
 }  // namespace
+
+int LastOpenFlags() {
+  return last_open_flags;
+}
 
 CountedReads::CountedReads() {
   opens = 0;
@@ -96,6 +101,13 @@ extern "C" ssize_t pread(int descriptor, void* buffer, std::size_t size, off_t o
     return -1;
   }
   return ::syscall(SYS_pread64, descriptor, buffer, size, offset);
+}
+
+extern "C" void* dlopen(const char* file, int flags) noexcept {
+  using Open = void* (*)(const char*, int);
+  static const auto real = reinterpret_cast<Open>(::dlsym(RTLD_NEXT, "dlopen"));
+  tests::last_open_flags = flags;
+  return real(file, flags);
 }
 
 extern "C" char* dlerror() noexcept {

@@ -15,6 +15,9 @@ class CountedReads {
   [[nodiscard]] int Reads() const;
 };
 
+/// The flags of the last `dlopen`.
+[[nodiscard]] int LastOpenFlags();
+
 /// Lets the next `succeeding` calls of `pread` pass and the one after them fail with `error`.
 class FailingRead {
  public:
