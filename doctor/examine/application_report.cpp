@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -11,6 +10,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
+#include "foundation/file_descriptor.h"
 #include "foundation/utf.h"
 #include "launcher/product.h"
 #include "netloader/netloaderhostfxr/src/loadermodule.h"
@@ -22,14 +22,13 @@ namespace fs = std::filesystem;
 using nlohmann::json;
 
 FileReport LookAtFile(const std::string& path) {
-  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (descriptor >= 0) {
-    struct stat status {};
-    const bool isFile = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-    ::close(descriptor);
-    return {path, isFile ? FileState::kPresent : FileState::kUnreadable};
+  const auto file = tov::posix::OpenForReading(AT_FDCWD, path.c_str());
+  if (!file.IsOpen()) {
+    return {path, errno == ENOENT || errno == ENOTDIR ? FileState::kMissing : FileState::kUnreadable, errno};
   }
-  return {path, errno == ENOENT || errno == ENOTDIR ? FileState::kMissing : FileState::kUnreadable, errno};
+  struct stat status {};
+  const bool isFile = ::fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode);
+  return {path, isFile ? FileState::kPresent : FileState::kUnreadable};
 }
 
 // The file's object; marks the file when it holds none.

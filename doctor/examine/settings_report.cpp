@@ -1,13 +1,13 @@
 #include "doctor/examine/settings_report.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 #include <map>
 #include <typeinfo>
 
+#include "foundation/file_descriptor.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 #include "netloader/netloaderquorcommon/src/settings_file.h"
 
@@ -18,12 +18,8 @@ namespace quor = netloader::quor;
 
 // The file system's reason, which a file stream does not keep.
 std::string ReasonNotToOpen(const std::string& path) {
-  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (descriptor >= 0) {
-    ::close(descriptor);
-    return {};
-  }
-  return std::strerror(errno);
+  const auto file = tov::posix::OpenForReading(AT_FDCWD, path.c_str());
+  return file.IsOpen() ? "" : std::strerror(errno);
 }
 
 class Reader {
