@@ -45,17 +45,17 @@ function(add_old_cxx_library target)
   set_target_properties(${target} PROPERTIES FOLDER_TO_LINK ${folder})
 endfunction()
 
-# use_old_cxx_library(<executable>): asks for no symbol of a C++ library newer than that of GCC 4.8. What is newer comes
-# out of the compiler's archive, for the executable alone: it is not exported.
-function(use_old_cxx_library executable)
+# use_old_cxx_library(<executable or library>): asks for no symbol of a C++ library newer than that of GCC 4.8. What is
+# newer comes out of the compiler's archive, for the target alone: it is not exported.
+function(use_old_cxx_library target)
   if(NOT LINKED_FOR_OLD_SYSTEMS)
     return()
   endif()
   get_target_property(folder old_cxx_library FOLDER_TO_LINK)
-  target_link_options(${executable} PRIVATE -L${folder} -Wl,--exclude-libs,libstdc++.a)
+  target_link_options(${target} PRIVATE -L${folder} -Wl,--exclude-libs,libstdc++.a)
   # Named before libdl, although the compiler names it, too: a start looks thousands of symbols up, in one library after
   # the other, and nearly all are the C++ library's. Behind libdl it costs 5 % more instructions to launch.
-  target_link_libraries(${executable} PRIVATE -lstdc++)
-  set_property(TARGET ${executable} APPEND PROPERTY LINK_DEPENDS ${folder}/libstdc++.so.6 ${folder}/libstdc++.so)
-  add_dependencies(${executable} old_cxx_library)
+  target_link_libraries(${target} PRIVATE -lstdc++)
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${folder}/libstdc++.so.6 ${folder}/libstdc++.so)
+  add_dependencies(${target} old_cxx_library)
 endfunction()

@@ -7,17 +7,19 @@ else()
   set(LINKED_FOR_OLD_SYSTEMS ON)
 endif()
 
-# Makes an executable need a library that nothing in it asks for here: up to 2.33 the C library had parts for dynamic
+# Makes a target need a library that nothing in it asks for here: up to 2.33 the C library had parts for dynamic
 # loading and for threads. Later ones still have them, empty.
-function(need_part_of_old_c_library executable part)
-  target_link_libraries(${executable} PRIVATE -Wl,--push-state,--no-as-needed -l:${part} -Wl,--pop-state)
+function(need_part_of_old_c_library target part)
+  target_link_libraries(${target} PRIVATE -Wl,--push-state,--no-as-needed -l:${part} -Wl,--pop-state)
 endfunction()
 
-# use_old_c_library(<executable>): asks for no function of a C library newer than 2.17.
-function(use_old_c_library executable)
+# use_old_c_library(<executable or library>): asks for no function of a C library newer than 2.17.
+function(use_old_c_library target)
   if(LINKED_FOR_OLD_SYSTEMS)
-    target_sources(${executable} PRIVATE $<TARGET_OBJECTS:old_c_library>)
-    need_part_of_old_c_library(${executable} libdl.so.2)
+    get_target_property(type ${target} TYPE)
+    target_sources(${target} PRIVATE
+      $<TARGET_OBJECTS:old_c_library> $<$<STREQUAL:${type},EXECUTABLE>:$<TARGET_OBJECTS:old_start>>)
+    need_part_of_old_c_library(${target} libdl.so.2)
   endif()
 endfunction()
 
