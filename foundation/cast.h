@@ -26,4 +26,7 @@ WideString Cast<WideString>(std::string_view text);
 template <>
 std::string Cast<std::string>(std::string_view text);
 
+/// `Cast<WideString>` into a string whose memory is used again. Where it throws, the string may hold anything.
+void CastInto(WideString& converted, std::string_view text);
+
 }  // namespace tov::text
