@@ -1,19 +1,19 @@
 // Lines of the settings file.
 #include <benchmark/benchmark.h>
 
-#include <map>
-#include <memory_resource>
 #include <string>
 #include <string_view>
 
 #include "foundation/cast.h"
-#include "foundation/code_unit_less.h"
 #include "foundation/strings.h"
 #include "netloader/netloaderquorcommon/src/settings_line.h"
+#include "netloader/netloaderquorcommon/src/settings_map.h"
 
 namespace {
 
-using netloader::quor::ParseSettingsLine;
+using netloader::quor::detail::ParseSettingsLine;
+using netloader::quor::detail::SettingsMap;
+using netloader::quor::detail::SettingsPair;
 using tov::WideString;
 using tov::text::Cast;
 
@@ -30,14 +30,16 @@ BENCHMARK(ParseLine);
 
 // What a line costs in all but the reading of the file: parsed, converted and stored among as many others.
 void StoreLine(benchmark::State& state) {
-  std::pmr::monotonic_buffer_resource memory;
-  std::pmr::map<WideString, WideString, tov::CodeUnitLess> settings(&memory);
+  SettingsMap settings;
   for (int other = 0; other < state.range(0); ++other) {
-    settings.emplace(Cast<WideString>("Setting" + std::to_string(other)), u"value");
+    settings.Store({Cast<WideString>("Setting" + std::to_string(other)), u"value"});
   }
+  SettingsPair pair;
   for (auto _ : state) {
     const auto parsed = ParseSettingsLine(kLine);
-    settings.insert_or_assign(Cast<WideString>(parsed->key), Cast<WideString>(parsed->value));
+    tov::text::CastInto(pair.key, parsed->key);
+    tov::text::CastInto(pair.value, parsed->value);
+    settings.Store(pair);
   }
 }
 BENCHMARK(StoreLine)->Arg(10)->Arg(1'000)->Arg(100'000);

@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <optional>
+#include <string>
 #include <variant>
 
 #include "doctor/judge/diagnosis.h"
@@ -44,18 +46,15 @@ int Refuse(const doctor::Refusal& refusal) {
   return std::cout ? kWouldRun : CannotWrite();
 }
 
-void WriteLog(const doctor::Options& options, const doctor::Diagnosis& diagnosis) {
-  doctor::Walk walk;
-  if (options.settings || options.root) {
-    walk.root = diagnosis.runtime ? diagnosis.runtime->root : tov::WideString();
-  }
-  const std::string path = doctor::WriteLoaderLog(*options.log, walk, doctor::kTimeLimit);
+void WriteLog(const std::string& file, const doctor::Question& question) {
+  const auto root = question.root ? std::optional(doctor::ToUtf16(*question.root)) : std::nullopt;
+  const std::string path = doctor::WriteLoaderLog(file, {question.settings_path, root}, doctor::kTimeLimit);
   std::cerr << "grellin_doctor: the loader's log is in " << doctor::Printable(path) << std::endl;
 }
 
 int Run(const doctor::Options& options) {
   doctor::Question question;
-  question.settings_path = options.settings.value_or(doctor::ToUtf8(netloader::quor::SettingsFilePath()));
+  question.settings_path = options.settings.value_or(doctor::ToUtf8(netloader::quor::detail::SettingsFilePath()));
   question.root = options.root;
   question.probe = options.probe;
   const doctor::Diagnosis diagnosis = doctor::Diagnose(question);
@@ -65,7 +64,7 @@ int Run(const doctor::Options& options) {
     return CannotWrite();
   }
   if (options.log) {
-    WriteLog(options, diagnosis);
+    WriteLog(*options.log, question);
   }
   return diagnosis.verdict.outcome == doctor::Outcome::kRuns ? kWouldRun : kWouldNot;
 }

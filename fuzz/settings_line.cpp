@@ -4,35 +4,41 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <typeinfo>
 
 #include "foundation/cast.h"
 #include "fuzz/require.h"
-#include "netloader/netloaderquorcommon/src/settings_file.h"
+#include "netloader/netloaderquorcommon/src/dotnet_settings_provider.h"
 
-using netloader::quor::SettingsLine;
+namespace detail = netloader::quor::detail;
 using tov::text::Cast;
 
 namespace {
 
-void Check(std::string_view line, const std::optional<SettingsLine>& parsed) {
-  Require(parsed.has_value() == (line.find('=') != std::string_view::npos && line[0] != '='));
-  if (!parsed) {
-    return;
+class Checker final : public detail::SettingsListener {
+ public:
+  void Skips(std::string_view line) override {
+    Require(line.find('=') == std::string_view::npos || line[0] == '=');
+    read_.append(line) += '\n';
   }
-  Require(!parsed->key.empty() && parsed->key.find('=') == std::string_view::npos);
-  Require(line == std::string(parsed->key) + "=" + std::string(parsed->value));
-  try {
-    const auto [key, value] = netloader::quor::DecodeSettingsLine(*parsed);
-    Require(Cast<std::string>(key) == parsed->key && Cast<std::string>(value) == parsed->value);
-    Require(value.starts_with(netloader::quor::SettingsPath(value)));
-  } catch (const std::bad_cast&) {
-    return;
+
+  void Takes(std::string_view line, const detail::SettingsLine& parsed) override {
+    Require(!parsed.key.empty() && parsed.key.find('=') == std::string_view::npos);
+    Require(line == std::string(parsed.key) + "=" + std::string(parsed.value));
+    read_.append(line) += '\n';
   }
-}
+
+  void Stores(const detail::SettingsPair& pair, bool /*replaces*/) override {
+    Require(read_.ends_with(Cast<std::string>(pair.key) + "=" + Cast<std::string>(pair.value) + "\n"));
+  }
+
+  const std::string& Read() const { return read_; }
+
+ private:
+  std::string read_;
+};
 
 }  // namespace
 
@@ -41,15 +47,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static const int memory = ::memfd_create("settings", 0);
   Require(::ftruncate(memory, 0) == 0);
   Require(::pwrite(memory, data, size, 0) == static_cast<ssize_t>(size));
-  netloader::quor::SettingsFile file("/proc/self/fd/" + std::to_string(memory));
-  Require(file.IsOpen());
-  std::string read;
+  Checker checker;
+  netloader::quor::DotnetSettingsProvider provider("/proc/self/fd/" + std::to_string(memory), checker);
 
-  netloader::quor::ForEachSettingsLine(file, [&read](std::string_view line, const auto& parsed) {
-    read.append(line) += '\n';
-    Check(line, parsed);
-  });
-
-  Require(read == bytes || read == bytes + '\n');
+  try {
+    provider.LoadSettingsFromFile();
+    Require(checker.Read() == bytes || checker.Read() == bytes + '\n');
+  } catch (const std::bad_cast&) {  // The load ends at the first line that is not UTF-8.
+    Require((bytes + '\n').starts_with(checker.Read()));
+  }
   return 0;
 }

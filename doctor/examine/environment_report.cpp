@@ -4,7 +4,6 @@
 
 #include "foundation/utf.h"
 #include "launcher/product.h"
-#include "netloader/netloaderquorcommon/src/dotnet_settings.h"
 #include "netloader/platform/environment.h"
 
 namespace doctor {
@@ -28,7 +27,7 @@ EnvironmentReport ExamineEnvironment(const SettingsReport& settings) {
   for (const auto& [name, value] : launcher::RuntimeEnvironment()) {
     report.variables.push_back({ToUtf8(name), ToUtf8(value), ValueOf(ToUtf8(name))});
   }
-  report.log_folder = ToUtf8(settings.log_folder.empty() ? netloader::quor::DefaultLogFolder() : settings.log_folder);
+  report.log_folder = ToUtf8(settings.taken_log_folder);
   return report;
 }
 

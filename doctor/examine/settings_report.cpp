@@ -1,86 +1,105 @@
 #include "doctor/examine/settings_report.h"
 
-#include <fcntl.h>
-
-#include <cerrno>
 #include <cstring>
-#include <map>
+#include <system_error>
 #include <typeinfo>
+#include <unordered_map>
+#include <utility>
 
-#include "foundation/file_descriptor.h"
-#include "netloader/netloaderquorcommon/src/settings_constants.h"
-#include "netloader/netloaderquorcommon/src/settings_file.h"
+#include "foundation/result_code_exception.h"
+#include "netloader/netloaderquorcommon/src/dotnet_settings.h"
 
 namespace doctor {
 namespace {
 
-namespace quor = netloader::quor;
+namespace quor = netloader::quor::detail;
+using netloader::quor::DotnetSettingsProvider;
 
-// The file system's reason, which a file stream does not keep.
-std::string ReasonNotToOpen(const std::string& path) {
-  const auto file = tov::posix::OpenForReading(AT_FDCWD, path.c_str());
-  return file.IsOpen() ? "" : std::strerror(errno);
-}
-
-class Reader {
+// Keeps each line with its use.
+class Reader final : public quor::SettingsListener {
  public:
   explicit Reader(SettingsReport& report) : report_(report) {}
 
-  void Read(std::string_view line, const std::optional<quor::SettingsLine>& parsed) {
-    ++number_;
-    if (!report_.failure.empty()) {
-      return;  // The launcher never comes this far.
+  void CannotOpen(const tov::WideString& /*path*/, int error) override { report_.reason = std::strerror(error); }
+  void CannotRead(const tov::WideString& /*path*/, int error) override { report_.reason = std::strerror(error); }
+
+  void Skips(std::string_view line) override { Add({}, line, LineUse::kSkipped); }
+
+  void Takes(std::string_view /*line*/, const quor::SettingsLine& parsed) override {
+    Add(parsed.key, parsed.value, LineUse::kMalformed);  // Unless it is stored.
+  }
+
+  void Stores(const quor::SettingsPair& pair, bool replaces) override {
+    SettingsEntry& entry = report_.entries.back();
+    entry.use = quor::FindKey(pair.key) ? LineUse::kUsed : LineUse::kUnused;
+    std::size_t& last = last_with_key_[entry.key];
+    if (replaces) {
+      report_.entries[last].use = LineUse::kReplaced;
+      report_.entries[last].replaced_by = entry.line;
     }
-    if (!parsed) {
-      report_.entries.push_back({number_, {}, std::string(line), LineUse::kSkipped});
-      return;
-    }
-    SettingsEntry entry{number_, std::string(parsed->key), std::string(parsed->value), LineUse::kUnused};
-    try {
-      Take(quor::DecodeSettingsLine(*parsed), entry);
-    } catch (const std::bad_cast& failure) {
-      report_.failure = failure.what();
-      entry.use = LineUse::kMalformed;
-    }
-    report_.entries.push_back(std::move(entry));
+    last = report_.entries.size() - 1;
   }
 
  private:
-  void Take(const quor::SettingsPair& pair, SettingsEntry& entry) {
-    if (const auto earlier = by_key_.find(pair.key); earlier != by_key_.end()) {
-      SettingsEntry& replaced = report_.entries[earlier->second];
-      replaced.use = LineUse::kReplaced;
-      replaced.replaced_by = number_;
-    }
-    by_key_[pair.key] = report_.entries.size();
-    if (pair.key == quor::kDotnetRootFolderKey) {
-      entry.use = LineUse::kUsed;
-      report_.root = quor::SettingsPath(pair.value);
-    } else if (pair.key == quor::kLoaderLoggingDirKey) {
-      entry.use = LineUse::kUsed;
-      report_.log_folder = quor::SettingsPath(pair.value);
-    }
+  void Add(std::string_view key, std::string_view value, LineUse use) {
+    report_.entries.push_back({report_.entries.size() + 1, std::string(key), std::string(value), use});
   }
 
   SettingsReport& report_;
-  std::size_t number_ = 0;
-  std::map<tov::WideString, std::size_t> by_key_;
+  std::unordered_map<std::string, std::size_t> last_with_key_;
 };
+
+SettingsEnd Load(DotnetSettingsProvider& provider, SettingsReport& report) {
+  netloader::logger::LoggerSettings log;
+  quor::UseDefaultLog(log);
+  report.taken_log_folder = log.logsDir;
+  try {
+    quor::InitLogSettings(provider, log);
+    report.taken_log_folder = log.logsDir;
+    return SettingsEnd::kComplete;
+  } catch (const std::system_error& failure) {
+    report.failure = failure.what();
+    return SettingsEnd::kUnreadable;
+  } catch (const std::bad_cast& failure) {
+    report.failure = failure.what();
+    return SettingsEnd::kMalformed;
+  }
+}
+
+void TakeOwnValues(const DotnetSettingsProvider& provider, SettingsReport& report) {
+  netloader::HostFxrModuleParameters parameters;
+  quor::TakeRoot(provider, parameters);
+  report.root = std::move(parameters.dotnetRootPath);
+  netloader::logger::LoggerSettings log;
+  report.names_log_folder = quor::TakeLogFolder(provider, log);
+  report.log_folder = std::move(log.logsDir);
+}
+
+SettingsEnd TakeParameters(DotnetSettingsProvider& provider, SettingsReport& report) {
+  try {
+    netloader::HostFxrModuleParameters parameters;
+    return quor::InitLoaderSettings(provider, parameters) ? SettingsEnd::kComplete : SettingsEnd::kNoRoot;
+  } catch (const tov::CheckResultFailedException& failure) {
+    report.folder_failure = failure.what();
+    return SettingsEnd::kNoProductFolder;
+  }
+}
 
 }  // namespace
 
-SettingsReport ExamineSettings(const std::string& path) {
+SettingsReport ExamineSettings(const std::string& path, const std::optional<tov::WideString>& root) {
   SettingsReport report;
   report.path = path;
-  quor::SettingsFile file(path);
-  report.is_open = file.IsOpen();
-  if (!report.is_open) {
-    report.reason = ReasonNotToOpen(path);
-    report.failure = quor::CannotOpenSettings(path).what();
-    return report;
-  }
   Reader reader(report);
-  quor::ForEachSettingsLine(file, [&](std::string_view line, const auto& parsed) { reader.Read(line, parsed); });
+  DotnetSettingsProvider provider(path, reader);
+  report.end = Load(provider, report);
+  TakeOwnValues(provider, report);
+  if (report.end == SettingsEnd::kComplete) {
+    if (root) {
+      provider.Replace(quor::SettingsKey::kDotnetRootFolder, *root);
+    }
+    report.end = TakeParameters(provider, report);
+  }
   return report;
 }
 

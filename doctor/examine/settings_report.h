@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,17 +27,32 @@ struct SettingsEntry {
   std::size_t replaced_by = 0;  ///< The line that replaces it.
 };
 
-struct SettingsReport {
-  std::string path;
-  bool is_open = false;
-  std::string reason;   ///< Why it cannot be opened, in the system's words.
-  std::string failure;  ///< What the launcher throws because of it; empty when it loads.
-  std::vector<SettingsEntry> entries;
-  tov::WideString root;  ///< The runtime root as the launcher takes it; empty when there is none.
-  tov::WideString log_folder;
+/// Where the part of a launch ends that takes its parameters from the settings.
+enum class SettingsEnd {
+  kUnreadable,       ///< The file cannot be opened, or not be read to its end.
+  kMalformed,        ///< A line is not UTF-8.
+  kNoRoot,           ///< No runtime root is known.
+  kNoProductFolder,  ///< The folder of the executable cannot be determined.
+  kComplete,         ///< All parameters are known.
 };
 
-/// Reads the file at `path` as the launcher reads its own.
-SettingsReport ExamineSettings(const std::string& path);
+struct SettingsReport {
+  std::string path;
+  SettingsEnd end = SettingsEnd::kComplete;
+  std::string reason;   ///< Why the file cannot be read, in the system's words.
+  std::string failure;  ///< What the launcher throws because of the file; empty when it loads.
+  std::vector<SettingsEntry> entries;
+  tov::WideString root;  ///< The runtime root as the launcher takes it from the file; empty when there is none.
+  tov::WideString log_folder;
+  bool names_log_folder = false;     ///< Whether the file has a value for it, be it empty as a path.
+  tov::WideString taken_log_folder;  ///< Where the log would go: there, else to the default folder.
+  std::string folder_failure;        ///< What the launcher throws because of the executable's folder.
+
+  bool IsReadable() const { return end != SettingsEnd::kUnreadable; }
+};
+
+/// Reads the file at `path` as the launcher reads its own, and takes from it what a launch takes. A `root` counts
+/// instead of the one in the file. The folder of the executable is this program's, which stands beside the launcher.
+SettingsReport ExamineSettings(const std::string& path, const std::optional<tov::WideString>& root = std::nullopt);
 
 }  // namespace doctor

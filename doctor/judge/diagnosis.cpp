@@ -1,6 +1,5 @@
 #include "doctor/judge/diagnosis.h"
 
-#include <exception>
 #include <iterator>
 #include <system_error>
 
@@ -8,20 +7,9 @@
 #include "doctor/judge/text.h"
 #include "launcher/product.h"
 #include "netloader/netloaderhostfxr/src/loadermodule.h"
-#include "netloader/netloaderquorcommon/src/executable_folder.h"
 
 namespace doctor {
 namespace {
-
-// The doctor stands beside the launcher, so their folder is the same.
-std::string FolderFailure() {
-  try {
-    static_cast<void>(netloader::quor::ExecutableFolder(netloader::quor::kExecutableLink));
-    return {};
-  } catch (const std::exception& failure) {
-    return failure.what();
-  }
-}
 
 LibraryProber LibraryProberFor(const Question& question) {
   if (!question.probe) {
@@ -65,15 +53,16 @@ Warnings NearMisses(const Diagnosis& diagnosis) {
 
 Diagnosis Diagnose(const Question& question) {
   Diagnosis diagnosis;
-  diagnosis.settings = ExamineSettings(question.settings_path);
-  const tov::WideString root = question.root ? ToUtf16(*question.root) : diagnosis.settings.root;
+  const auto asked = question.root ? std::optional(ToUtf16(*question.root)) : std::nullopt;
+  diagnosis.settings = ExamineSettings(question.settings_path, asked);
+  const tov::WideString root = asked.value_or(diagnosis.settings.root);
   if (!root.empty()) {
     diagnosis.runtime = ExamineRuntime(root, LibraryProberFor(question));
   }
   diagnosis.environment = ExamineEnvironment(diagnosis.settings);
   diagnosis.application = ExamineApplication(root, ContextProberFor(diagnosis, question));
-  diagnosis.verdict = Judge({&diagnosis.settings, FolderFailure(), diagnosis.runtime ? &*diagnosis.runtime : nullptr,
-                             &diagnosis.application});
+  diagnosis.verdict =
+      Judge({&diagnosis.settings, diagnosis.runtime ? &*diagnosis.runtime : nullptr, &diagnosis.application});
   diagnosis.warnings = NearMisses(diagnosis);
   return diagnosis;
 }

@@ -12,7 +12,7 @@ bool IsSetButEmpty(const char* name) {
 }
 
 std::optional<Clue> TmpEmpty(const SettingsReport& settings) {
-  return settings.log_folder.empty() && IsSetButEmpty("TMP") ? std::optional(Clue{"TMP"}) : std::nullopt;
+  return !settings.names_log_folder && IsSetButEmpty("TMP") ? std::optional(Clue{"TMP"}) : std::nullopt;
 }
 
 // What the environment is looked at for, beside the settings.

@@ -1,17 +1,31 @@
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <string_view>
 
 #include "doctor/judge/checks.h"
 #include "doctor/judge/near_misses.h"
 #include "doctor/judge/text.h"
-#include "netloader/netloaderquorcommon/src/settings_constants.h"
+#include "netloader/netloaderquorcommon/src/settings_keys.h"
 
 namespace doctor {
 namespace {
 
+namespace quor = netloader::quor::detail;
+
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kBlanks = " \t\r\f\v";
+
+struct KeyMeaning {
+  quor::SettingsKey key;
+  std::string_view meaning;
+};
+
+constexpr auto kKeyMeanings = std::to_array<KeyMeaning>({
+    {quor::SettingsKey::kDotnetRootFolder, "runtime root"},
+    {quor::SettingsKey::kLoaderLoggingDir, "log folder"},
+});
+static_assert(quor::HasARowForEveryKey(kKeyMeanings), "every key has a meaning");
 
 struct KnownKey {
   std::string name;
@@ -19,8 +33,13 @@ struct KnownKey {
 };
 
 const std::vector<KnownKey>& KnownKeys() {
-  static const std::vector<KnownKey> keys = {{ToUtf8(netloader::quor::kDotnetRootFolderKey), "runtime root"},
-                                             {ToUtf8(netloader::quor::kLoaderLoggingDirKey), "log folder"}};
+  static const auto keys = [] {
+    std::vector<KnownKey> rows;
+    for (const auto& [key, meaning] : kKeyMeanings) {
+      rows.push_back({ToUtf8(NameOf(key)), std::string(meaning)});
+    }
+    return rows;
+  }();
   return keys;
 }
 

@@ -8,7 +8,7 @@
 #include "doctor/judge/status_names.h"
 #include "doctor/judge/text.h"
 #include "foundation/result_code.h"
-#include "netloader/netloaderquorcommon/src/settings_constants.h"
+#include "netloader/netloaderquorcommon/src/settings_keys.h"
 
 namespace doctor {
 namespace {
@@ -47,21 +47,29 @@ Verdict EndsLike(const ChildResult& child, const std::string& doing, std::string
   return {Outcome::kHangs, doing, {}, 0, std::move(cure)};
 }
 
-std::optional<Verdict> JudgeSettings(const SettingsReport& settings, bool hasRoot) {
-  if (!settings.is_open) {
-    return Aborts(settings.failure, "the settings file cannot be read: " + settings.reason,
-                  "Make " + Printable(settings.path) + " readable for the user that launches; it must hold " +
-                      ToUtf8(netloader::quor::kDotnetRootFolderKey) + "= and the .NET root.");
-  }
-  if (!settings.failure.empty()) {
-    return Aborts(settings.failure,
-                  "line " + std::to_string(settings.entries.back().line) + " of the settings is not UTF-8",
-                  "Write that line anew, in UTF-8.");
-  }
-  if (!hasRoot) {
-    return Refuses("the settings name no runtime root", "Write " + ToUtf8(netloader::quor::kDotnetRootFolderKey) +
-                                                            "=/usr/share/dotnet (or where .NET is) into " +
-                                                            Printable(settings.path) + ".");
+std::string RootLine() {
+  return ToUtf8(NameOf(netloader::quor::detail::SettingsKey::kDotnetRootFolder)) + "=";
+}
+
+std::optional<Verdict> JudgeSettings(const SettingsReport& settings) {
+  switch (settings.end) {
+    case SettingsEnd::kUnreadable:
+      return Aborts(settings.failure, "the settings file cannot be read: " + settings.reason,
+                    "Make " + Printable(settings.path) + " readable for the user that launches; it must hold " +
+                        RootLine() + " and the .NET root.");
+    case SettingsEnd::kMalformed:
+      return Aborts(settings.failure,
+                    "line " + std::to_string(settings.entries.back().line) + " of the settings is not UTF-8",
+                    "Write that line anew, in UTF-8.");
+    case SettingsEnd::kNoRoot:
+      return Refuses(
+          "the settings name no runtime root",
+          "Write " + RootLine() + "/usr/share/dotnet (or where .NET is) into " + Printable(settings.path) + ".");
+    case SettingsEnd::kNoProductFolder:
+      return Aborts(settings.folder_failure, "the folder of the executable cannot be told",
+                    "Install the product in a folder whose name is UTF-8, with /proc mounted.");
+    case SettingsEnd::kComplete:
+      break;
   }
   return std::nullopt;
 }
@@ -125,13 +133,8 @@ Verdict JudgeContext(const ContextProbe& context) {
 }  // namespace
 
 Verdict Judge(const Evidence& evidence) {
-  const bool hasRoot = evidence.runtime != nullptr;
-  if (auto verdict = JudgeSettings(*evidence.settings, hasRoot)) {
+  if (auto verdict = JudgeSettings(*evidence.settings)) {
     return *verdict;
-  }
-  if (!evidence.folder_failure.empty()) {
-    return Aborts(evidence.folder_failure, "the folder of the executable cannot be told",
-                  "Install the product in a folder whose name is UTF-8, with /proc mounted.");
   }
   if (auto verdict = JudgeRuntime(*evidence.runtime)) {
     return *verdict;

@@ -51,7 +51,6 @@ struct Verdict {
 /// All that the road of a launch depends on. What a launch would not come to is null.
 struct Evidence {
   const SettingsReport* settings;
-  std::string folder_failure;  ///< What telling the executable's folder throws; empty when nothing.
   const RuntimeReport* runtime;
   const ApplicationReport* application;
 };

@@ -87,7 +87,7 @@ json ToArray(const Range& range) {
 
 json ToJson(const SettingsReport& settings) {
   return {{"path", settings.path},
-          {"readable", settings.is_open},
+          {"readable", settings.IsReadable()},
           {"reason", OrNull(settings.reason)},
           {"failure", OrNull(settings.failure)},
           {"runtime_root", OrNull(ToUtf8(settings.root))},

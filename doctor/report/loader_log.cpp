@@ -8,10 +8,9 @@
 #include "doctor/judge/text.h"
 #include "launcher/product.h"
 #include "netloader/logger/global_logger.h"
-#include "netloader/netloaderhostfxr/src/loader_module_factory.h"
 #include "netloader/netloaderquorcommon/src/dotnet_settings.h"
-#include "netloader/netloaderquorcommon/src/executable_folder.h"
-#include "netloader/netloaderquorcommon/src/settings_constants.h"
+#include "netloader/netloaderquorcommon/src/launch_sequence.h"
+#include "netloader/netloaderquorcommon/src/settings_log.h"
 
 namespace doctor {
 namespace {
@@ -22,35 +21,22 @@ namespace quor = netloader::quor;
 
 constexpr const char* kExtension = ".log";
 
-// The settings as a launch takes them, or as they would be with the root in their place. False when there is no root.
-bool FillParameters(const Walk& walk, netloader::HostFxrModuleParameters& parameters) {
-  if (!walk.root) {
-    logger::LoggerSettings unused;
-    quor::InitNetloaderLoggingSettingsOrUseDefault(unused);
-    return quor::TryInitNetloaderSettings(parameters);
-  }
-  if (walk.root->empty()) {
-    return false;
-  }
-  parameters.dotnetRootPath = *walk.root;
-  parameters.dotnetVersionPrefix = quor::kDotnetVersionPrefix;
-  parameters.productRoot = quor::ExecutableFolder(quor::kExecutableLink);
-  return true;
-}
-
+// A launch up to the context, but for the empty logger, which would discard the lines.
 Answer WalkTheRoad(const logger::LoggerSettings& place, const Walk& walk) {
   logger::InitGlobalFileLogger(place);
   if (!logger::GetLogger()->IsValid() || logger::IsEmptyLoggerCurrent()) {
     return {"not written"};
   }
-  netloader::HostFxrModuleParameters parameters;
-  if (FillParameters(walk, parameters)) {
-    parameters.environmentVariables = launcher::RuntimeEnvironment();
-    if (const auto loader = netloader::LoaderModuleInterfaceFactory::CreateModuleLoader(parameters)) {
-      // The context is left to the end of the process: only running the application closes it.
-      static_cast<void>(loader->LoadAssembly(launcher::kAssemblyFileName, 0, nullptr));
-    }
+  quor::detail::SettingsLog lines;
+  quor::DotnetSettingsProvider provider(walk.settings_path, lines);
+  logger::LoggerSettings unused;
+  quor::detail::InitLogSettings(provider, unused);
+  if (walk.root) {
+    provider.Replace(quor::detail::SettingsKey::kDotnetRootFolder, *walk.root);
   }
+  // The context is left to the end of the process: only running the application closes it.
+  static_cast<void>(
+      quor::detail::LoadAssembly(provider, launcher::kAssemblyFileName, 0, nullptr, launcher::RuntimeEnvironment()));
   return {"written"};
 }
 

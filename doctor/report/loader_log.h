@@ -9,9 +9,10 @@
 
 namespace doctor {
 
-/// What the log is of: the installed settings, or a root in their place.
+/// What the log is of.
 struct Walk {
-  std::optional<tov::WideString> root;  ///< None: the launcher's own settings decide. "": no root is known.
+  std::string settings_path;                 ///< The file that is read as the settings.
+  std::optional<tov::WideString> root = {};  ///< Counts instead of the root in the settings. "": no root is known.
 };
 
 /// Has the file logger write `file` (made absolute; ".log" is added when it does not end so) while a child does what a

@@ -82,7 +82,7 @@ bool Matters(const SettingsEntry& entry) {
 
 void PutSettings(Page& page, const SettingsReport& settings) {
   page.Heading("1. Settings", Printable(settings.path));
-  if (!settings.is_open) {
+  if (!settings.IsReadable()) {
     page.Paragraph("cannot be read: " + settings.reason, kIndent, Paint::kBad);
     return;
   }

@@ -1,14 +1,16 @@
 #include "netloader/netloaderquorcommon/src/dotnet_settings_provider.h"
 
-#include <iterator>
+#include <ios>
 #include <stdexcept>
-#include <string>
+#include <system_error>
 #include <utility>
 
 #include "foundation/cast.h"
+#include "foundation/utf.h"
 #include "netloader/logger/log.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 #include "netloader/netloaderquorcommon/src/settings_file.h"
+#include "netloader/netloaderquorcommon/src/settings_log.h"
 
 namespace netloader::quor {
 
@@ -17,43 +19,59 @@ using logger::Log;
 using tov::WideString;
 using tov::text::Cast;
 
+namespace {
+
+// Has no state, and is there before any other object is created.
+constinit detail::SettingsLog settings_log;
+
+}  // namespace
+
+DotnetSettingsProvider::DotnetSettingsProvider()
+    : DotnetSettingsProvider(Cast<std::string>(detail::SettingsFilePath()), settings_log) {}
+
+DotnetSettingsProvider::DotnetSettingsProvider(std::string path, detail::SettingsListener& listener)
+    : path_(std::move(path)), listener_(&listener) {}
+
 DotnetSettingsProvider& DotnetSettingsProvider::GetInstance() {
-  static DotnetSettingsProvider provider;
+  DotnetSettingsProvider& provider = detail::Provider();
   provider.LoadSettingsFromFile();
   return provider;
 }
 
 void DotnetSettingsProvider::LoadSettingsFromFile() {
   if (loaded) {
-    Log(TRACE, L"LoadSettingsFromFile: settings already loaded");
+    listener_->IsLoadedAlready();
     return;
   }
-  settingsSource = SettingsFilePath();
-  const std::string path = Cast<std::string>(settingsSource);
-  SettingsFile file(path);
+  settingsSource = tov::text::ToUtf16(path_);
+  detail::SettingsFile file(path_);
   if (!file.IsOpen()) {
-    Log(ERROR, L"LoadSettingsFromFile: Failed to open file by path '", settingsSource, L"'");
-    throw CannotOpenSettings(path);
+    listener_->CannotOpen(settingsSource, file.Error());
+    throw std::system_error(std::io_errc::stream, "Cannot open settings file by path: " + path_);
   }
-  auto place = settings.end();
-  ForEachSettingsLine(file, [&](std::string_view line, const std::optional<SettingsLine>& parsed) {
-    place = ProcessLine(line, parsed, place);
-  });
+  ReadLines(file);
+  // Lines are missing then, and with them maybe the ones that count.
+  if (file.Error() != 0) {
+    listener_->CannotRead(settingsSource, file.Error());
+    throw std::system_error(std::io_errc::stream, "Cannot read settings file by path: " + path_);
+  }
   loaded = true;
-  Log(TRACE, L"LoadSettingsFromFile: settings loaded");
+  listener_->IsLoaded();
 }
 
-DotnetSettingsProvider::Settings::iterator DotnetSettingsProvider::ProcessLine(
-    std::string_view line, const std::optional<SettingsLine>& parsed, Settings::iterator place) {
-  if (!parsed) {
-    Log(TRACE, L"LoadSettingsFromFile: skip line '", line, L"'");
-    return place;
+void DotnetSettingsProvider::ReadLines(detail::SettingsFile& file) {
+  detail::SettingsPair pair;  // One for all lines: its memory is used again.
+  while (const auto line = file.NextLine()) {
+    const auto parsed = detail::ParseSettingsLine(*line);
+    if (!parsed) {
+      listener_->Skips(*line);
+      continue;
+    }
+    listener_->Takes(*line, *parsed);
+    tov::text::CastInto(pair.key, parsed->key);
+    tov::text::CastInto(pair.value, parsed->value);
+    listener_->Stores(pair, settings.Store(pair));
   }
-  Log(TRACE, L"LoadSettingsFromFile: process line '", line, L"'");
-  Log(TRACE, L"LoadSettingsFromFile: key = '", parsed->key, L"'", L", value = '", parsed->value, L"'");
-  const SettingsPair pair = DecodeSettingsLine(*parsed);
-  const auto after = place == settings.end() ? place : std::next(place);
-  return settings.insert_or_assign(after, PooledString(pair.key, &pool_), std::u16string_view(pair.value));
 }
 
 WideString DotnetSettingsProvider::GetSettingsSource() {
@@ -68,8 +86,16 @@ WideString DotnetSettingsProvider::GetValue(const WideString& key) const {
     Log(ERROR, L"Requested configuration key is empty");
     throw std::invalid_argument("Cannot read empty configuration key");
   }
-  const auto found = settings.find(std::u16string_view(key));
-  return found != settings.end() ? WideString(found->second) : WideString();
+  return WideString(settings.Find(key));
+}
+
+void DotnetSettingsProvider::Replace(detail::SettingsKey key, const WideString& value) {
+  settings.Store({WideString(NameOf(key)), value});
+}
+
+DotnetSettingsProvider& detail::Provider() {
+  static DotnetSettingsProvider provider;
+  return provider;
 }
 
 }  // namespace netloader::quor

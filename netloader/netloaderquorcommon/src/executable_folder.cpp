@@ -10,7 +10,7 @@
 #include "foundation/result_code.h"
 #include "foundation/result_code_exception.h"
 
-namespace netloader::quor {
+namespace netloader::quor::detail {
 namespace {
 
 constexpr std::size_t kTooLong = 4096;
@@ -53,4 +53,4 @@ std::variant<tov::WideString, int> FolderOfLinkText(std::string_view text) {
   return folder;
 }
 
-}  // namespace netloader::quor
+}  // namespace netloader::quor::detail

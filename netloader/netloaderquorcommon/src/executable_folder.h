@@ -6,13 +6,13 @@
 
 #include "foundation/strings.h"
 
-namespace netloader::quor {
+namespace netloader::quor::detail {
 
 /// The link to the running executable.
 inline constexpr const char* kExecutableLink = "/proc/self/exe";
 
 /// The folder of the executable that the link points at. Throws `tov::CheckResultFailedException` when it cannot be
-/// told.
+/// determined.
 tov::WideString ExecutableFolder(const char* link);
 
 /// The folder that the link (to an executable) points into: its text up to its last "/", "/" itself for a file in the
@@ -23,4 +23,4 @@ std::variant<tov::WideString, int> FolderOfExecutable(const char* link);
 /// The same for a link's text of up to 4096 bytes, all of which together count as too long.
 std::variant<tov::WideString, int> FolderOfLinkText(std::string_view text);
 
-}  // namespace netloader::quor
+}  // namespace netloader::quor::detail

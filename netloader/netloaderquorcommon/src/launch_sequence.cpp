@@ -16,10 +16,16 @@ std::shared_ptr<LibraryInterface> InitAndLoadAssembly(const tov::WideString& loa
   InitNetloaderLoggingSettingsOrUseDefault(loggingSettings);
   loggingSettings.logName = loaderName;
   logger::InitEmptyLogger();
+  return detail::LoadAssembly(detail::Provider(), assemblyPath, argc, argv, environment);
+}
+
+std::shared_ptr<LibraryInterface> detail::LoadAssembly(DotnetSettingsProvider& provider,
+                                                       const tov::WideString& assemblyPath, int argc, const char** argv,
+                                                       const std::map<tov::WideString, tov::WideString>& environment) {
   Log(TRACE, L"InitAndLoadAssembly: Starting ...");
 
   HostFxrModuleParameters parameters;
-  if (!TryInitNetloaderSettings(parameters)) {
+  if (!InitLoaderSettings(provider, parameters)) {
     Log(ERROR, L"InitAndLoadAssembly: Failed to load settings ...");
     return nullptr;
   }

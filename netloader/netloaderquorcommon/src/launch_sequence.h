@@ -6,6 +6,7 @@
 
 #include "foundation/strings.h"
 #include "netloader/netloaderhostfxr/src/library_interface.h"
+#include "netloader/netloaderquorcommon/src/dotnet_settings_provider.h"
 
 namespace netloader::quor {
 
@@ -16,5 +17,14 @@ namespace netloader::quor {
 std::shared_ptr<LibraryInterface> InitAndLoadAssembly(const tov::WideString& loaderName,
                                                       const tov::WideString& assemblyPath, int argc, const char** argv,
                                                       const std::map<tov::WideString, tov::WideString>& environment);
+
+namespace detail {
+
+/// The launch from its first line in the log on, with settings of the caller's choice, whatever logger is current.
+std::shared_ptr<LibraryInterface> LoadAssembly(DotnetSettingsProvider& provider, const tov::WideString& assemblyPath,
+                                               int argc, const char** argv,
+                                               const std::map<tov::WideString, tov::WideString>& environment);
+
+}  // namespace detail
 
 }  // namespace netloader::quor

@@ -1,13 +1,14 @@
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 
 #include "foundation/path.h"
+#include "netloader/netloaderquorcommon/src/settings_keys.h"
 
 namespace netloader::quor {
 
 using tov::WideString;
 
-const WideString kDotnetRootFolderKey = u"DotnetRootFolder";
-const WideString kLoaderLoggingDirKey = u"LoaderLoggingDir";
+const WideString kDotnetRootFolderKey(NameOf(detail::SettingsKey::kDotnetRootFolder));
+const WideString kLoaderLoggingDirKey(NameOf(detail::SettingsKey::kLoaderLoggingDir));
 const WideString kProductRootDirKey = u"ProductRootDir";
 const WideString kDotnetVersionPrefix = u"6.0.";
 const WideString kDefaultLogName = u"netloader_quor_common";
@@ -17,7 +18,7 @@ const WideString kDotnetFolderName = u"dotnet";
 const WideString kTargetFrameworkName = u"net6.0";
 const WideString kInMemorySettingsMarker = u"DEBUG_IN_MEMORY_SETTINGS";
 
-WideString SettingsFilePath() {
+WideString detail::SettingsFilePath() {
   WideString path = kCommonDataFolder;
   return tov::filesystem::detail::PathImplBase::PathAppend(path, kSettingsFileName);
 }

@@ -16,7 +16,11 @@ extern const tov::WideString kDotnetFolderName;        ///< Not read.
 extern const tov::WideString kTargetFrameworkName;     ///< Not read.
 extern const tov::WideString kInMemorySettingsMarker;  ///< Not read: settings come from the file and nowhere else.
 
+namespace detail {
+
 /// The settings file's full path.
 tov::WideString SettingsFilePath();
+
+}  // namespace detail
 
 }  // namespace netloader::quor

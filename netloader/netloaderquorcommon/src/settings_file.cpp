@@ -2,17 +2,20 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <ios>
 #include <new>
 
-#include "foundation/cast.h"
+namespace netloader::quor::detail {
 
-namespace netloader::quor {
-
-using tov::WideString;
-using tov::text::Cast;
-
-SettingsFile::SettingsFile(const std::string& path) : file_(std::fopen(path.c_str(), "re")) {}
+SettingsFile::SettingsFile(const std::string& path) : file_(std::fopen(path.c_str(), "re")) {
+  if (IsOpen()) {
+    return;
+  }
+  error_ = errno;
+  // The file may well be there: this must not pass for a missing one.
+  if (error_ == ENOMEM) {
+    throw std::bad_alloc();
+  }
+}
 
 SettingsFile::~SettingsFile() {
   std::free(line_);
@@ -22,31 +25,26 @@ SettingsFile::~SettingsFile() {
 }
 
 std::optional<std::string_view> SettingsFile::NextLine() {
-  errno = 0;
-  const ssize_t length = ::getline(&line_, &room_, file_);
+  // Not getline, which the C library's headers replace by a name of their own.
+  const ssize_t length = ::getdelim(&line_, &room_, '\n', file_);
   if (length < 0) {
-    if (errno == ENOMEM) {
-      throw std::bad_alloc();
-    }
+    return LastLine(std::nullopt);
+  }
+  const std::string_view line(line_, static_cast<std::size_t>(length));
+  return line.ends_with('\n') ? line.substr(0, line.size() - 1) : LastLine(line);
+}
+
+// The C library returns the beginning of a line as a line when it fails in the middle of it, and nothing at all when
+// it has no memory for the line. Only the stream itself knows whether this is the end of the file.
+std::optional<std::string_view> SettingsFile::LastLine(std::optional<std::string_view> rest) {
+  if (::ferror_unlocked(file_) != 0) {
+    error_ = errno == EISDIR ? 0 : errno;
     return std::nullopt;
   }
-  std::string_view line(line_, static_cast<std::size_t>(length));
-  if (line.ends_with('\n')) {
-    line.remove_suffix(1);
+  if (::feof_unlocked(file_) == 0) {
+    throw std::bad_alloc();
   }
-  return line;
+  return rest;
 }
 
-SettingsPair DecodeSettingsLine(const SettingsLine& line) {
-  return {Cast<WideString>(line.key), Cast<WideString>(line.value)};
-}
-
-std::system_error CannotOpenSettings(const std::string& path) {
-  return {std::io_errc::stream, "Cannot open settings file by path: " + path};
-}
-
-WideString SettingsPath(const WideString& value) {
-  return value.substr(0, value.find(u'\0'));
-}
-
-}  // namespace netloader::quor
+}  // namespace netloader::quor::detail

@@ -1,6 +1,6 @@
 #include "netloader/netloaderquorcommon/src/settings_line.h"
 
-namespace netloader::quor {
+namespace netloader::quor::detail {
 
 std::optional<SettingsLine> ParseSettingsLine(std::string_view line) {
   const auto equals = line.find('=');
@@ -10,4 +10,4 @@ std::optional<SettingsLine> ParseSettingsLine(std::string_view line) {
   return SettingsLine{line.substr(0, equals), line.substr(equals + 1)};
 }
 
-}  // namespace netloader::quor
+}  // namespace netloader::quor::detail

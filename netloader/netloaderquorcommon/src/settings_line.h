@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-namespace netloader::quor {
+namespace netloader::quor::detail {
 
 /// A line that sets something; both parts are pieces of the line, byte for byte.
 struct SettingsLine {
@@ -17,4 +17,4 @@ struct SettingsLine {
 /// the end stay.
 std::optional<SettingsLine> ParseSettingsLine(std::string_view line);
 
-}  // namespace netloader::quor
+}  // namespace netloader::quor::detail

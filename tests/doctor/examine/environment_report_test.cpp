@@ -35,24 +35,17 @@ TEST(EnvironmentReport, TellsWhatALaunchSetsAndRemovesAndWhatIsThereNow) {
   EXPECT_EQ(tests::Variable("DOTNET_MULTILEVEL_LOOKUP"), "1") << "only looked at";
 }
 
-TEST(EnvironmentReport, TheLogFolderIsTheSettingsOrTheTemporaryOne) {
-  ScopedEnvironment environment;
-  environment.Set("TMP", "/t").Set("TEMP", "/temp");
+TEST(EnvironmentReport, TheLogFolderIsThatOfALaunch) {
   SettingsReport settings;
+  settings.taken_log_folder = u"/log";
 
-  EXPECT_EQ(ExamineEnvironment(settings).log_folder, "/t");
-  environment.Remove("TMP");
-  EXPECT_EQ(ExamineEnvironment(settings).log_folder, "/temp");
-  environment.Remove("TEMP");
-  EXPECT_EQ(ExamineEnvironment(settings).log_folder, "/tmp");
-  settings.log_folder = u"/log";
   EXPECT_EQ(ExamineEnvironment(settings).log_folder, "/log");
 }
 
 TEST(EnvironmentNearMisses, AnEmptyTmpIsNamedWhereItDecides) {
   ScopedEnvironment environment;
   SettingsReport with_folder;
-  with_folder.log_folder = u"/log";
+  with_folder.names_log_folder = true;
 
   environment.Set("TMP", "");
   const Warnings warnings = EnvironmentNearMisses({});

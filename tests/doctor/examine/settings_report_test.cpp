@@ -2,13 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/scoped_environment.h"
 #include "tests/support/temp_folder.h"
 
 namespace doctor {
 namespace {
 
-SettingsReport Report(std::string_view bytes) {
-  const tests::TempFolder folder;
+SettingsReport Report(std::string_view bytes, const tests::TempFolder& folder = {}) {
   tests::WriteFile(folder / "settings.ini", bytes);
   return ExamineSettings(folder / "settings.ini");
 }
@@ -61,7 +61,7 @@ TEST(SettingsReport, EveryLineIsToldWithItsUse) {
     SCOPED_TRACE(row.name);
     const SettingsReport report = Report(row.bytes);
 
-    EXPECT_TRUE(report.is_open);
+    EXPECT_TRUE(report.IsReadable());
     EXPECT_EQ(Story(report), row.story);
     EXPECT_EQ(report.failure.empty(), row.story.find("malformed") == std::string::npos);
   }
@@ -79,6 +79,62 @@ TEST(SettingsReport, AFailureIsInTheLaunchersWords) {
   EXPECT_EQ(Report("A=\xff\n").failure, "std::bad_cast");
 }
 
+TEST(SettingsReport, EndsWhereALaunchEnds) {
+  EXPECT_EQ(Report("DotnetRootFolder=/r\n").end, SettingsEnd::kComplete);
+  EXPECT_EQ(Report("Other=1\n").end, SettingsEnd::kNoRoot);
+  EXPECT_EQ(Report("DotnetRootFolder=\n").end, SettingsEnd::kNoRoot);
+  EXPECT_EQ(Report("DotnetRootFolder=/r\nA=\xff\n").end, SettingsEnd::kMalformed);
+  EXPECT_EQ(ExamineSettings("/nothing/there").end, SettingsEnd::kUnreadable);
+}
+
+TEST(SettingsReport, AnotherRootIsALaunchsAndNotTheFiles) {
+  const tests::TempFolder folder;
+  tests::WriteFile(folder / "settings.ini", "DotnetRootFolder=/r\n");
+
+  const SettingsReport with_root = ExamineSettings(folder / "settings.ini", u"/other");
+  const SettingsReport without = ExamineSettings(folder / "settings.ini", u"");
+
+  EXPECT_EQ(with_root.root, u"/r");
+  EXPECT_EQ(with_root.end, SettingsEnd::kComplete);
+  EXPECT_EQ(without.root, u"/r");
+  EXPECT_EQ(without.end, SettingsEnd::kNoRoot);
+}
+
+TEST(SettingsReport, TheLogGoesToTheFoldersOfTheSettingsOrTheTemporaryOne) {
+  const tests::TempFolder folder;
+  tests::ScopedEnvironment environment;
+  environment.Set("TMP", "/t").Set("TEMP", "/temp");
+
+  EXPECT_EQ(Report("", folder).taken_log_folder, u"/t");
+  EXPECT_EQ(Report("LoaderLoggingDir=\n", folder).taken_log_folder, u"/t");
+  EXPECT_EQ(Report("A=\xff\n", folder).taken_log_folder, u"/t");
+  EXPECT_EQ(Report("LoaderLoggingDir=/log\n", folder).taken_log_folder, u"/log");
+  environment.Remove("TMP");
+  EXPECT_EQ(Report("", folder).taken_log_folder, u"/temp");
+  environment.Remove("TEMP");
+  EXPECT_EQ(Report("", folder).taken_log_folder, u"/tmp");
+}
+
+TEST(SettingsReport, ALogFolderThatBeginsWithANulIsEmptyAsForALaunch) {
+  const tests::TempFolder folder;
+  tests::ScopedEnvironment environment;
+  environment.Set("TMP", "/t");
+
+  const SettingsReport report = Report(std::string("LoaderLoggingDir=\0x\n", 20), folder);
+
+  EXPECT_TRUE(report.names_log_folder);
+  EXPECT_EQ(report.log_folder, u"");
+  EXPECT_EQ(report.taken_log_folder, u"");
+}
+
+TEST(SettingsReport, AFileThatCannotBeReadToItsEndIsReportedWithTheSystemsReason) {
+  const SettingsReport report = ExamineSettings("/proc/self/mem");
+
+  EXPECT_EQ(report.end, SettingsEnd::kUnreadable);
+  EXPECT_EQ(report.reason, "Input/output error");
+  EXPECT_EQ(report.failure, "Cannot read settings file by path: /proc/self/mem: iostream error");
+}
+
 TEST(SettingsReport, AFileThatCannotBeOpenedIsToldWithTheSystemsReason) {
   const tests::TempFolder folder;
   tests::WriteFile(folder / "file", "");
@@ -91,7 +147,7 @@ TEST(SettingsReport, AFileThatCannotBeOpenedIsToldWithTheSystemsReason) {
     SCOPED_TRACE(row.path);
     const SettingsReport report = ExamineSettings(row.path);
 
-    EXPECT_FALSE(report.is_open);
+    EXPECT_FALSE(report.IsReadable());
     EXPECT_EQ(report.reason, row.reason);
     EXPECT_NE(report.failure.find(row.path.string()), std::string::npos) << report.failure;
     EXPECT_TRUE(report.entries.empty());

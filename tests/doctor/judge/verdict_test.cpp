@@ -13,7 +13,6 @@ namespace {
 struct World {
   World() {
     settings.path = "/settings";
-    settings.is_open = true;
     settings.root = u"/root";
     runtime.discovery.fxrFolder = u"/root/host/fxr";
     VersionReport version;
@@ -27,12 +26,10 @@ struct World {
   }
 
   VersionReport& Version() { return runtime.versions.at(0); }
-  Verdict Judged() const { return Judge({&settings, folder_failure, has_root ? &runtime : nullptr, &application}); }
+  Verdict Judged() const { return Judge({&settings, &runtime, &application}); }
 
   SettingsReport settings;
-  std::string folder_failure;
   RuntimeReport runtime;
-  bool has_root = true;
   ApplicationReport application;
 };
 
@@ -51,20 +48,24 @@ const Row kRows[] = {
     {Outcome::kAborts,
      "A launch would abort with 'Error occurred: cannot open': the settings file cannot be read: Permission denied",
      [](World& world) {
-       world.settings.is_open = false;
+       world.settings.end = SettingsEnd::kUnreadable;
        world.settings.failure = "cannot open";
        world.settings.reason = "Permission denied";
      }},
     {Outcome::kAborts, "A launch would abort with 'Error occurred: std::bad_cast': line 7 of the settings is not UTF-8",
      [](World& world) {
+       world.settings.end = SettingsEnd::kMalformed;
        world.settings.failure = "std::bad_cast";
        world.settings.entries.push_back({7, "k", "\xff", LineUse::kMalformed});
      }},
     {Outcome::kStatus255, "A launch would end with status 255: the settings name no runtime root",
-     [](World& world) { world.has_root = false; }},
+     [](World& world) { world.settings.end = SettingsEnd::kNoRoot; }},
     {Outcome::kAborts,
      "A launch would abort with 'Error occurred: no folder': the folder of the executable cannot be told",
-     [](World& world) { world.folder_failure = "no folder\nand more"; }},
+     [](World& world) {
+       world.settings.end = SettingsEnd::kNoProductFolder;
+       world.settings.folder_failure = "no folder\nand more";
+     }},
     {Outcome::kStatus255, "A launch would end with status 255: /root/host/fxr is a symbolic link",
      [](World& world) { world.runtime.discovery.state = netloader::FxrFolderState::kIsLink; }},
     {Outcome::kStatus255, "A launch would end with status 255: /root/host/fxr is no folder",
@@ -150,7 +151,7 @@ TEST(Verdict, WhatComesFirstOnTheRoadDecides) {
     SCOPED_TRACE(row.line);
     World world;
     row.spoil(world);
-    world.settings.is_open = false;
+    world.settings.end = SettingsEnd::kUnreadable;
     world.settings.failure = "first of all";
 
     EXPECT_EQ(world.Judged().message, "Error occurred: first of all");
@@ -170,7 +171,8 @@ TEST(Verdict, AFolderThatCannotBeEnteredIsToldWithTheReason) {
 
 TEST(Verdict, TheMessageIsTheLaunchersAndWhole) {
   World world;
-  world.folder_failure = "one\ntwo";
+  world.settings.end = SettingsEnd::kNoProductFolder;
+  world.settings.folder_failure = "one\ntwo";
 
   EXPECT_EQ(world.Judged().message, "Error occurred: one\ntwo");
 }
@@ -182,7 +184,7 @@ TEST(Verdict, NumbersAreForMachines) {
   runs.application.context.reset();
   EXPECT_FALSE(runs.Judged().is_probed);
   World refused;
-  refused.has_root = false;
+  refused.settings.end = SettingsEnd::kNoRoot;
   EXPECT_EQ(refused.Judged().code, 255);
 }
 

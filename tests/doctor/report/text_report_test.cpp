@@ -39,7 +39,6 @@ TEST(TextReport, TheVerdictComesFirstThenWhatToDoThenTheWarnings) {
 TEST(TextReport, LongListsAreShortenedButLinesThatMatterStay) {
   Diagnosis diagnosis;
   diagnosis.verdict = {Outcome::kRuns};
-  diagnosis.settings.is_open = true;
   for (std::size_t line = 1; line <= 100; ++line) {
     diagnosis.settings.entries.push_back({line, "Other", "x", LineUse::kUnused});
   }
@@ -62,7 +61,6 @@ TEST(TextReport, AnOverlongValueIsShortenedAndCounted) {
   constexpr std::size_t kOthers = 0;
   Diagnosis diagnosis;
   diagnosis.verdict = {Outcome::kRuns};
-  diagnosis.settings.is_open = true;
   diagnosis.settings.entries = {{1, "k", std::string(200, 'x'), LineUse::kUnused},
                                 {2, "k", std::string(203, 'y'), LineUse::kUnused}};
 
@@ -76,7 +74,8 @@ TEST(TextReport, FitsThePageAndHoldsNoControlsWhateverTheBytes) {
   const std::string bytes = "\033[2J\r\xff" + std::string(300, 'x') + "\n" + std::string(300, ' ');
   Diagnosis diagnosis;
   diagnosis.verdict = {Outcome::kAborts, "reason", bytes, 0, "cure"};
-  diagnosis.settings = {bytes, true, bytes, bytes, {{1, bytes, bytes, LineUse::kMalformed}}, {}, {}};
+  diagnosis.settings.path = diagnosis.settings.reason = diagnosis.settings.failure = bytes;
+  diagnosis.settings.entries = {{1, bytes, bytes, LineUse::kMalformed}};
   RuntimeReport& runtime = diagnosis.runtime.emplace();
   VersionReport& version = runtime.versions.emplace_back();
   version.name = version.words = bytes;

@@ -11,7 +11,7 @@
 #include "foundation/result_code.h"
 #include "tests/support/temp_folder.h"
 
-namespace netloader::quor {
+namespace netloader::quor::detail {
 namespace {
 
 using tov::WideString;
@@ -93,4 +93,4 @@ TEST(ExecutableFolder, ALinkThatCannotBeReadHasTheSystemsResultCode) {
 }
 
 }  // namespace
-}  // namespace netloader::quor
+}  // namespace netloader::quor::detail

@@ -145,6 +145,12 @@ TEST(LoggingSettings, WhatLoadingTheFileThrowsPassesAndNoDefaultIsApplied) {
             (Lines{kStartLine, "ERROR\tLoadSettingsFromFile: Failed to open file by path '" + kPath + "'"}));
 }
 
+tov::WideString DefaultLogFolder() {
+  LoggerSettings settings;
+  detail::UseDefaultLog(settings);
+  return settings.logsDir;
+}
+
 TEST(DefaultLogFolder, IsTmpBeforeTempBeforeTheFixedOne) {
   tests::ScopedEnvironment environment;
 

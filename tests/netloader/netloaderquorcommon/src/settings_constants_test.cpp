@@ -19,7 +19,7 @@ TEST(SettingsConstants, AreTheProductsNames) {
 }
 
 TEST(SettingsConstants, TheSettingsFileHasOnePlace) {
-  EXPECT_EQ(SettingsFilePath(), u"/var/opt/morvath/quor/common/dotnet_settings.ini");
+  EXPECT_EQ(detail::SettingsFilePath(), u"/var/opt/morvath/quor/common/dotnet_settings.ini");
   EXPECT_EQ(kCommonDataFolder, u"/var/opt/morvath/quor/common");
 }
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace netloader::quor {
+namespace netloader::quor::detail {
 namespace {
 
 using namespace std::string_view_literals;
@@ -62,4 +62,4 @@ TEST(SettingsLine, RefersToTheLineItself) {
 }
 
 }  // namespace
-}  // namespace netloader::quor
+}  // namespace netloader::quor::detail

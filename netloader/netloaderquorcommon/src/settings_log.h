@@ -1,0 +1,19 @@
+// The log lines of a load of the settings.
+#pragma once
+
+#include "netloader/netloaderquorcommon/src/settings_listener.h"
+
+namespace netloader::quor::detail {
+
+/// Writes a line for each step to the current logger.
+class SettingsLog final : public SettingsListener {
+ public:
+  void IsLoadedAlready() override;
+  void CannotOpen(const tov::WideString& path, int error) override;
+  void CannotRead(const tov::WideString& path, int error) override;
+  void Skips(std::string_view line) override;
+  void Takes(std::string_view line, const SettingsLine& parsed) override;
+  void IsLoaded() override;
+};
+
+}  // namespace netloader::quor::detail
