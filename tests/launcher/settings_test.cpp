@@ -124,6 +124,17 @@ TEST(Settings, AnUnreadableFileIsReportedAndAborts) {
   EXPECT_TRUE(AbortedSaying(Launcher().WithoutReadingEverything().Run(), kCannotOpen + ": iostream error"));
 }
 
+TEST(Settings, AFileThatCannotBeReadToItsEndIsReportedAndAborts) {
+  fs::create_directories(fs::path(kSettingsPath).parent_path());
+  fs::create_symlink("/proc/self/mem", kSettingsPath);
+
+  const Outcome outcome = Launcher().Run();
+
+  fs::remove(kSettingsPath);
+  EXPECT_TRUE(AbortedSaying(outcome, "Error occurred: Cannot read settings file by path: " +
+                                         std::string(kSettingsPath) + ": iostream error"));
+}
+
 TEST(Settings, AFolderInTheFilesPlaceIsAnEmptyFile) {
   const SettingsFile settings("");
   fs::remove(kSettingsPath);

@@ -109,6 +109,12 @@ TEST(PredictedSettings, AnythingCanStandInTheFilesPlace) {
          world.start.reads_everything = false;
        },
        "aborts"},
+      {"a file that cannot be read",
+       [](KnownWorld&) {
+         fs::remove(kSettingsPath);
+         fs::create_symlink("/proc/self/mem", kSettingsPath);
+       },
+       "aborts"},
       {"a folder",
        [](KnownWorld&) {
          fs::remove(kSettingsPath);

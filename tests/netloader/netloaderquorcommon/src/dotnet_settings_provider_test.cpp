@@ -3,14 +3,18 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cerrno>
 #include <filesystem>
 #include <ios>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <system_error>
 #include <typeinfo>
 #include <vector>
 
+#include "tests/foundation/open_files.h"
+#include "tests/netloader/netloaderquorcommon/src/interposed_stream.h"
 #include "tests/support/captured_log.h"
 #include "tests/support/settings_file.h"
 #include "tests/support/temp_folder.h"
@@ -81,6 +85,75 @@ TEST(SettingsProvider, AFolderInPlaceOfTheFileIsAnEmptyFile) {
   fs::remove(kSettingsPath);
   EXPECT_EQ(log.Lines(), Lines{kLoadedLine});
   EXPECT_EQ(provider.GetSettingsSource(), kWidePath);
+}
+
+TEST(SettingsProvider, AFileThatMemoryDoesNotSufficeToOpenIsNotAMissingOne) {
+  const tests::CapturedLog log;
+  const tests::SettingsFile file("k=v\n");
+  const tests::UnopenableFile fault(kPath, ENOMEM);
+  DotnetSettingsProvider provider;
+
+  EXPECT_THROW(provider.LoadSettingsFromFile(), std::bad_alloc);
+
+  EXPECT_EQ(log.Lines(), Lines{});
+  EXPECT_EQ(provider.GetSettingsSource(), u"Settings not loaded yet");
+}
+
+TEST(SettingsProvider, ALineThatMemoryDoesNotSufficeForIsNotTheEnd) {
+  const tests::CapturedLog log;
+  const tests::SettingsFile file("a=1\nDotnetRootFolder=/usr/share/dotnet\n");
+  DotnetSettingsProvider provider;
+  {
+    const tests::NoMemoryForLine fault(1);
+
+    EXPECT_THROW(provider.LoadSettingsFromFile(), std::bad_alloc);
+  }
+
+  EXPECT_EQ(log.Lines(), (Lines{"TRACE\tLoadSettingsFromFile: process line 'a=1'",
+                                "TRACE\tLoadSettingsFromFile: key = 'a', value = '1'"}));
+  EXPECT_EQ(provider.GetSettingsSource(), u"Settings not loaded yet");
+  provider.LoadSettingsFromFile();
+  EXPECT_EQ(provider.GetValue(u"DotnetRootFolder"), u"/usr/share/dotnet");
+}
+
+TEST(SettingsProvider, AFileThatCannotBeReadToItsEndIsNeverUsed) {
+  for (const std::string rest : {"", "DotnetRootFolder=/usr", "x"}) {
+    SCOPED_TRACE(rest);
+    const tests::CapturedLog log;
+    const tests::SettingsFile file("");
+    const tests::BrokenFile fault(kPath, "a=1\n" + rest, EIO);
+    DotnetSettingsProvider provider;
+    try {
+      provider.LoadSettingsFromFile();
+      ADD_FAILURE() << "nothing was thrown";
+    } catch (const std::system_error& failure) {
+      EXPECT_EQ(failure.code(), std::error_code(std::io_errc::stream));
+      EXPECT_TRUE(std::string(failure.what()).starts_with("Cannot read settings file by path: " + kPath));
+    }
+
+    EXPECT_EQ(
+        log.Lines(),
+        (Lines{"TRACE\tLoadSettingsFromFile: process line 'a=1'", "TRACE\tLoadSettingsFromFile: key = 'a', value = '1'",
+               "ERROR\tLoadSettingsFromFile: Failed to read file by path '" + kPath + "', error 5"}));
+    EXPECT_EQ(provider.GetValue(u"DotnetRootFolder"), u"");
+    EXPECT_EQ(provider.GetSettingsSource(), u"Settings not loaded yet");
+  }
+}
+
+TEST(SettingsProvider, TheFileIsClosedWhateverBecomesOfItsLoad) {
+  const std::size_t before = tests::OpenFiles();
+  for (const std::string_view bytes : {"", "k=v\n", "k=v", "k=\xff\n"}) {
+    SCOPED_TRACE(bytes);
+    const tests::SettingsFile file(bytes);
+    DotnetSettingsProvider provider;
+    try {
+      provider.LoadSettingsFromFile();
+    } catch (const std::bad_cast&) {
+      EXPECT_EQ(provider.GetSettingsSource(), u"Settings not loaded yet");
+    }
+
+    EXPECT_EQ(tests::OpenFiles(), before);
+  }
 }
 
 // What a load threw, its code's own words left out.
