@@ -29,8 +29,8 @@ bool TakeLoaderSettings(DotnetSettingsProvider& provider, HostFxrModuleParameter
 void InitLogSettings(DotnetSettingsProvider& provider, logger::LoggerSettings& settings);
 bool TakeLogSettings(DotnetSettingsProvider& provider, logger::LoggerSettings& settings);
 
-/// The parts of the above that the pairs decide which are there, loaded or not: the root, and the log's folder and
-/// name, are filled when the pairs have a value for them, even one that is empty as a path. True then.
+/// Fill the root, or the log's folder and name, from what the provider holds, without loading it. False, and nothing is
+/// filled, when it holds no value; a value that is empty as a path is a value.
 bool TakeRoot(const DotnetSettingsProvider& provider, HostFxrModuleParameters& parameters);
 bool TakeLogFolder(const DotnetSettingsProvider& provider, logger::LoggerSettings& settings);
 
