@@ -3,7 +3,7 @@
 #include <memory>
 #include <vector>
 
-#include "launcher/product.h"
+#include "launcher/product/product.h"
 #include "netloader/logger/log.h"
 #include "netloader/netloaderhostfxr/src/library_interface.h"
 #include "netloader/netloaderquorcommon/src/launch_sequence.h"

@@ -3,17 +3,26 @@
 #include <exception>
 
 #include "launcher/impl.h"
+#include "launcher/product/last_words.h"
+
+namespace {
+
+void Report(launcher::LastWords words) {
+  std::fprintf(stderr, "%s%s\n", words.head, words.what);
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
   static_cast<void>(std::setlocale(LC_ALL, ".UTF8"));
+  // Reported in the launcher's own words first; rethrown, a failure then ends the process loudly.
   try {
     return Impl(argc, argv);
   } catch (const std::exception& failure) {
-    // Reported in the launcher's own words first; rethrown, it then ends the process loudly.
-    std::fprintf(stderr, "Error occurred: %s\n", failure.what());
+    Report(launcher::LastWordsAfterException(failure.what()));
     throw;
   } catch (...) {
-    std::fputs("Unknown failure occurred\n", stderr);
+    Report(launcher::kLastWordsAfterAnythingElse);
     throw;
   }
 }

@@ -12,7 +12,7 @@
 
 #include "foundation/file_descriptor.h"
 #include "foundation/utf.h"
-#include "launcher/product.h"
+#include "launcher/product/product.h"
 #include "netloader/netloaderhostfxr/src/loadermodule.h"
 
 namespace doctor {

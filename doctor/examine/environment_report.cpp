@@ -3,7 +3,7 @@
 #include <cstdlib>
 
 #include "foundation/utf.h"
-#include "launcher/product.h"
+#include "launcher/product/product.h"
 #include "netloader/platform/environment.h"
 
 namespace doctor {

@@ -2,7 +2,7 @@
 
 #include <dlfcn.h>
 
-#include "launcher/product.h"
+#include "launcher/product/product.h"
 #include "netloader/netloaderhostfxr/src/host_context.h"
 #include "netloader/netloaderhostfxr/src/host_library.h"
 #include "netloader/platform/environment.h"

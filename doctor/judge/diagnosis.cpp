@@ -5,7 +5,7 @@
 
 #include "doctor/judge/near_misses.h"
 #include "doctor/judge/text.h"
-#include "launcher/product.h"
+#include "launcher/product/product.h"
 #include "netloader/netloaderhostfxr/src/loadermodule.h"
 
 namespace doctor {

@@ -8,6 +8,7 @@
 #include "doctor/judge/status_names.h"
 #include "doctor/judge/text.h"
 #include "foundation/result_code.h"
+#include "launcher/product/last_words.h"
 #include "netloader/netloaderquorcommon/src/settings_keys.h"
 
 namespace doctor {
@@ -15,17 +16,20 @@ namespace {
 
 using netloader::FxrFolderState;
 
-constexpr const char* kErrorOccurred = "Error occurred: ";
-constexpr const char* kUnknownFailure = "Unknown failure occurred";
 constexpr const char* kInstallRuntime =
     "Install the .NET 6.0 runtime for Linux x64 under the runtime root, or name another root in the settings.";
+
+std::string Line(const launcher::LastWords& words) {
+  return std::string(words.head) + words.what;
+}
 
 Verdict Refuses(std::string reason, std::string cure) {
   return {Outcome::kStatus255, std::move(reason), {}, 255, std::move(cure)};
 }
 
 Verdict Aborts(const std::string& what, std::string reason, std::string cure) {
-  return {Outcome::kAborts, std::move(reason), kErrorOccurred + what, 0, std::move(cure)};
+  return {Outcome::kAborts, std::move(reason), Line(launcher::LastWordsAfterException(what.c_str())), 0,
+          std::move(cure)};
 }
 
 // How a child ended that did not finish is how a launch would end. `doing` says at what.
@@ -34,7 +38,7 @@ Verdict EndsLike(const ChildResult& child, const std::string& doing, std::string
     case ChildEnd::kThrew:
       return Aborts(child.message, doing, std::move(cure));
     case ChildEnd::kThrewUnknown:
-      return {Outcome::kAborts, doing, kUnknownFailure, 0, std::move(cure)};
+      return {Outcome::kAborts, doing, Line(launcher::kLastWordsAfterAnythingElse), 0, std::move(cure)};
     case ChildEnd::kCrashed:
       return {Outcome::kDies, doing, {}, child.code, std::move(cure)};
     case ChildEnd::kExited:

@@ -6,7 +6,7 @@
 
 #include "doctor/child/child.h"
 #include "doctor/judge/text.h"
-#include "launcher/product.h"
+#include "launcher/product/product.h"
 #include "netloader/logger/global_logger.h"
 #include "netloader/netloaderquorcommon/src/dotnet_settings.h"
 #include "netloader/netloaderquorcommon/src/launch_sequence.h"

@@ -1,4 +1,4 @@
-// What this launcher runs.
+// What this product runs.
 #pragma once
 
 #include <map>
@@ -14,8 +14,6 @@ inline constexpr const char16_t* kLoaderName = u"grellin_loader";
 inline constexpr const char16_t* kAssemblyFileName = u"grellin_utils.dll";
 
 /// What is set for the runtime, over and above what is set for every product.
-inline std::map<tov::WideString, tov::WideString> RuntimeEnvironment() {
-  return {{u"DOTNET_EnableDiagnostics", u"0"}};
-}
+std::map<tov::WideString, tov::WideString> RuntimeEnvironment();
 
 }  // namespace launcher
