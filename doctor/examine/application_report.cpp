@@ -13,7 +13,7 @@
 #include "foundation/file_descriptor.h"
 #include "foundation/utf.h"
 #include "launcher/product/product.h"
-#include "netloader/netloaderhostfxr/src/loadermodule.h"
+#include "netloader/netloaderhostfxr/src/assembly_path.h"
 
 namespace doctor {
 namespace {

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "foundation/utf.h"
-#include "netloader/netloaderhostfxr/src/loadermodule.h"
 #include "netloader/netloaderhostfxr/src/version_order.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 #include "netloader/utils/path_utils.h"

@@ -6,7 +6,7 @@
 #include "doctor/judge/near_misses.h"
 #include "doctor/judge/text.h"
 #include "launcher/product/product.h"
-#include "netloader/netloaderhostfxr/src/loadermodule.h"
+#include "netloader/netloaderhostfxr/src/assembly_path.h"
 
 namespace doctor {
 namespace {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "netloader/netloaderhostfxr/src/loadermodule.h"
+#include "netloader/netloaderhostfxr/src/platform_string.h"
 #include "netloader/platform/environment.h"
 
 namespace netloader {

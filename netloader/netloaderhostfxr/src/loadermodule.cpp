@@ -2,12 +2,9 @@
 
 #include <dlfcn.h>
 
-#include "foundation/convert_to_container.h"
-#include "foundation/path.h"
-#include "foundation/result_code.h"
-#include "foundation/result_code_exception.h"
 #include "foundation/utf.h"
 #include "netloader/logger/log.h"
+#include "netloader/netloaderhostfxr/src/assembly_path.h"
 #include "netloader/netloaderhostfxr/src/host_context.h"
 #include "netloader/netloaderhostfxr/src/library_module.h"
 #include "netloader/netloaderhostfxr/src/version_order.h"
@@ -19,9 +16,6 @@ namespace netloader {
 using enum logger::LogLevel;
 using logger::Log;
 using tov::WideString;
-
-const WideString kHostFxrFileName = u"libhostfxr.so";
-const WideString kAssemblyDir = u"/opt/morvath/quor/lib64";
 
 namespace {
 
@@ -198,21 +192,6 @@ void LogFunctionLoadError(WideString path, WideString functionName) {  // NOLINT
   Log(ERROR, L"LoaderModule: Failed to load ", functionName, L" function: '", path, L"'");
   // As a rule the reason was fetched before; the line then ends at its opening quote.
   Log(ERROR, L"LoaderModule: Loading ", functionName, L" function completed with error: '", ::dlerror(), L"'");
-}
-
-std::string CastPathToPlatformString(WideString path) {  // NOLINT(performance-unnecessary-value-param)
-  std::string bytes;
-  const int result = tov::text::Utf16ToUtf8::Do(path, bytes, 0);
-  if (tov::result_code::IsFailure(result)) {
-    throw tov::CheckResultFailedException({"netloader/netloaderhostfxr/src/loadermodule", 77}, "Expression failed",
-                                          result);
-  }
-  return bytes;
-}
-
-WideString AssemblyPath(const WideString& fileName) {
-  WideString path = kAssemblyDir;
-  return tov::filesystem::detail::PathImplBase::PathAddLastSeparator(path) += fileName;
 }
 
 }  // namespace netloader

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <memory>
-#include <string>
 
 #include "foundation/strings.h"
 #include "netloader/netloaderhostfxr/src/host_fxr_module_parameters.h"
@@ -12,9 +11,6 @@
 #include "netloader/netloaderhostfxr/src/version_discovery.h"
 
 namespace netloader {
-
-extern const tov::WideString kHostFxrFileName;  ///< "libhostfxr.so"
-extern const tov::WideString kAssemblyDir;      ///< The folder of the managed assembly.
 
 /// Finds, loads and calls a runtime host. Every failure is logged; nothing throws but where a declaration says so, and
 /// for want of memory. Used by one thread.
@@ -62,11 +58,5 @@ class LoaderModule : public LoaderModuleInterface, public std::enable_shared_fro
 
 /// Logs that a function could not be bound, with what the dynamic loader still has to say.
 void LogFunctionLoadError(tov::WideString path, tov::WideString functionName);
-
-/// The path as UTF-8. Throws `tov::CheckResultFailedException` when it has none.
-std::string CastPathToPlatformString(tov::WideString path);
-
-/// `kAssemblyDir` and the file name joined.
-tov::WideString AssemblyPath(const tov::WideString& fileName);
 
 }  // namespace netloader

@@ -14,10 +14,14 @@
 #include "netloader/utils/path_utils.h"
 
 namespace netloader {
-namespace {
 
 using tov::NarrowString;
 using tov::WideString;
+
+const WideString kHostFxrFileName = u"libhostfxr.so";
+
+namespace {
+
 using tov::filesystem::NoFollowSymLinksResolvingStrategy;
 using tov::filesystem::detail::PathImplBase;
 using Enumerator =

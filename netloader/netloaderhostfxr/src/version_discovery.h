@@ -7,6 +7,8 @@
 
 namespace netloader {
 
+extern const tov::WideString kHostFxrFileName;  ///< "libhostfxr.so"
+
 /// What was thought of one version folder.
 enum class VersionVerdict {
   kAccepted,

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "foundation/result_code.h"
 #include "foundation/result_code_exception.h"
+#include "netloader/netloaderhostfxr/src/assembly_path.h"
 #include "netloader/netloaderhostfxr/src/loadermodule.h"
 #include "tests/netloader/netloaderhostfxr/src/interposed_calls.h"
 #include "tests/netloader/netloaderhostfxr/src/loader_world.h"
@@ -235,32 +235,6 @@ TEST(LoadAssemblyUnlogged, AnAssemblyPathThatDoesNotConvertThrows) {
   const tests::FailingAllocation fault(AssemblyPath(name).size() + 1);
 
   EXPECT_THROW(loader->LoadAssembly(name, 0, nullptr), tov::CheckResultFailedException);
-}
-
-TEST(AssemblyPath, IsTheFileInTheProductsFolder) {
-  EXPECT_EQ(AssemblyPath(u"grellin_utils.dll"), u"/opt/morvath/quor/lib64/grellin_utils.dll");
-  EXPECT_EQ(AssemblyPath(u""), u"/opt/morvath/quor/lib64/");
-  EXPECT_EQ(AssemblyPath(u"/x.dll"), u"/opt/morvath/quor/lib64//x.dll");
-}
-
-TEST(CastPathToPlatformString, IsTheUtf8FormOfAnyPath) {
-  EXPECT_EQ(CastPathToPlatformString(u""), "");
-  EXPECT_EQ(CastPathToPlatformString(u"/a/\u00e9\u20ac\U0001F600"), "/a/\u00e9\u20ac\U0001F600");
-  EXPECT_EQ(CastPathToPlatformString(tov::WideString(1, u'\xd800')), "\xed\xa0\x80");
-}
-
-TEST(CastPathToPlatformString, ThrowsWithTheResultOfAConversionThatFails) {
-  const tov::WideString path(5001, u'/');
-  const tests::FailingAllocation fault(path.size() + 1);
-  try {
-    CastPathToPlatformString(path);
-    FAIL() << "nothing was thrown";
-  } catch (const tov::CheckResultFailedException& failure) {
-    EXPECT_EQ(failure.ResultCode(), tov::result_code::kOutOfMemory);
-    EXPECT_TRUE(
-        std::string(failure.what()).starts_with("netloader/netloaderhostfxr/src/loadermodule(77): Expression failed."))
-        << failure.what();
-  }
 }
 
 }  // namespace

@@ -23,11 +23,6 @@ using tests::operator+;
 using tests::Variable;
 using tov::WideString;
 
-TEST(LoaderModule, TheHostAndTheAssemblyHaveFixedNames) {
-  EXPECT_EQ(kHostFxrFileName, u"libhostfxr.so");
-  EXPECT_EQ(kAssemblyDir, u"/opt/morvath/quor/lib64");
-}
-
 TEST(LoaderModule, LogsItsParametersWhenItIsMade) {
   const LoaderWorld world;
 

@@ -48,6 +48,10 @@ Findings Sorted(Findings findings) {
   return findings;
 }
 
+TEST(HostLibraryPath, TheFileNameOfAHostIsFixed) {
+  EXPECT_EQ(kHostFxrFileName, u"libhostfxr.so");
+}
+
 TEST(FxrFolder, IsHostFxrUnderTheRootWithOneSlashBetween) {
   EXPECT_EQ(FxrFolder(u"/usr/share/dotnet"), u"/usr/share/dotnet/host/fxr");
   EXPECT_EQ(FxrFolder(u"/usr/share/dotnet/"), u"/usr/share/dotnet/host/fxr");
