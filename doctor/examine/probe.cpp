@@ -3,8 +3,8 @@
 #include <dlfcn.h>
 
 #include "launcher/product/product.h"
+#include "netloader/netloaderhostfxr/src/host_binding.h"
 #include "netloader/netloaderhostfxr/src/host_context.h"
-#include "netloader/netloaderhostfxr/src/host_library.h"
 #include "netloader/platform/environment.h"
 
 namespace doctor {
@@ -30,43 +30,40 @@ void ListenToHost(void* library) {
   }
 }
 
-template <typename Function>
-Function Bound(void* library, const char* name) {
-  return reinterpret_cast<Function>(netloader::ResolveFunction(library, name).address);
-}
+// Keeps why a host could not be bound.
+class BindingReason final : public netloader::BindingListener {
+ public:
+  void LibraryNotOpened(const std::string& error) override { answer_ = {error, {}}; }
+  void LibraryOpened() override {}
+  void FunctionNotFound(const char* name, const std::string& error) override { answer_ = {error, name}; }
+  void FunctionIsNull(const char* name) override { answer_ = {"a null pointer", name}; }
+  void HostBound() override {}
+
+  const Answer& Get() const { return answer_; }
+
+ private:
+  Answer answer_ = {std::string(), std::string()};
+};
 
 Answer LoadLibrary(const tov::WideString& path) {
   ApplyLaunchEnvironment();
-  const netloader::OpenedLibrary opened = netloader::OpenLibrary(path);
-  if (!opened.error.empty()) {
-    return {opened.error, {}};
-  }
-  std::string null;
-  for (const char* name : netloader::kHostFunctions) {
-    auto function = netloader::ResolveFunction(opened.handle, name);
-    if (!function.error.empty()) {
-      ::dlclose(opened.handle);  // As a launch does, which a library may not survive either.
-      return {std::move(function.error), name};
-    }
-    if (function.address == nullptr) {
-      null = name;
-    }
-  }
-  return {null.empty() ? std::string() : "a null pointer", null};
+  BindingReason reason;
+  netloader::HostBinding host = netloader::BindHost(path, reason);
+  host.library.release();  // A launch closes it only when the application has run.
+  return reason.Get();
 }
 
 Answer CreateContext(const tov::WideString& path, const tov::WideString& root, const tov::WideString& assembly) {
   ApplyLaunchEnvironment();
-  void* library = netloader::OpenLibrary(path).handle;
-  ListenToHost(library);
-  const auto initialize = Bound<netloader::HostFxrInitializeFn>(library, netloader::kHostFunctions[0]);
-  const auto close = Bound<netloader::HostFxrCloseFn>(library, netloader::kHostFunctions[2]);
-  const netloader::HostContext context = netloader::CreateHostContext(initialize, root, path, assembly, 0, nullptr);
+  BindingReason unused;
+  netloader::HostBinding host = netloader::BindHost(path, unused);
+  ListenToHost(host.library.get());
+  const netloader::HostContext context =
+      netloader::CreateHostContext(host.functions.initialize, root, path, assembly, 0, nullptr);
   if (context.IsUsable()) {
-    close(context.handle);
-  } else {
-    ::dlclose(library);  // As a launch does, without closing what there may be of a context.
-  }
+    host.functions.close(context.handle);
+    host.library.release();
+  }  // Else the library is closed, as a launch does, without closing what there may be of a context.
   return {std::to_string(context.result), context.handle != nullptr ? "handle" : "", std::to_string(context.error),
           HostText()};
 }

@@ -44,7 +44,7 @@ LibraryHandle::~LibraryHandle() {
 }
 
 void LibraryHandle::reset() noexcept {
-  if (void* handle = std::exchange(handle_, nullptr)) {
+  if (void* handle = release()) {
     ::dlclose(handle);
   }
 }
@@ -67,16 +67,16 @@ std::string BoundedErrorText(std::string text, std::string_view path) {
 OpenedLibrary OpenLibrary(const tov::WideString& path) {
   tov::NarrowString file;
   if (tov::result_code::IsFailure(tov::text::Utf16ToUtf8::Do(path, file, 0))) {
-    return {nullptr, "can't convert fileName"};
+    return {{}, "can't convert fileName"};
   }
   if (const std::string reason = ReasonToRefuse(file); !reason.empty()) {
     static_cast<void>(::dlerror());  // As after a failed opening, nothing older is left to be asked for.
-    return {nullptr, BoundedErrorText(file + ": " + reason, file)};
+    return {{}, BoundedErrorText(file + ": " + reason, file)};
   }
   if (void* handle = ::dlopen(file.c_str(), RTLD_NOW)) {
-    return {handle, {}};
+    return {LibraryHandle(handle), {}};
   }
-  return {nullptr, BoundedErrorText(DynamicLoaderError(), file)};
+  return {{}, BoundedErrorText(DynamicLoaderError(), file)};
 }
 
 ResolvedFunction ResolveFunction(void* library, const char* name) {

@@ -1,9 +1,9 @@
 // The dynamic loader, and what it says of a host library.
 #pragma once
 
-#include <array>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "foundation/strings.h"
 
@@ -13,31 +13,27 @@ namespace netloader {
 class LibraryHandle {
  public:
   LibraryHandle() noexcept = default;
-  LibraryHandle(const LibraryHandle&) = delete;
-  LibraryHandle& operator=(const LibraryHandle&) = delete;
+  explicit LibraryHandle(void* handle) noexcept : handle_(handle) {}
+  LibraryHandle(LibraryHandle&& other) noexcept : handle_(other.release()) {}
+  LibraryHandle& operator=(LibraryHandle&&) = delete;
   ~LibraryHandle();
 
   void* get() const noexcept { return handle_; }
   /// Closes the library if there is one; holds nothing afterwards.
   void reset() noexcept;
-  /// Takes a library over without closing the one held before.
-  void overwrite(void* handle) noexcept { handle_ = handle; }
+  /// Gives the library up without closing it.
+  void* release() noexcept { return std::exchange(handle_, nullptr); }
+  /// Takes over what `other` holds. The library held before, if any, is not closed: nobody owns it from here on.
+  void overwrite(LibraryHandle other) noexcept { handle_ = other.release(); }
 
  private:
   void* handle_ = nullptr;
 };
 
-/// The functions that a host must have, in the order in which they are looked up.
-inline constexpr auto kHostFunctions = std::to_array<const char*>({
-    "hostfxr_initialize_for_dotnet_command_line",
-    "hostfxr_run_app",
-    "hostfxr_close",
-});
-
 /// A library that was opened, or why it was not.
 struct OpenedLibrary {
-  void* handle;       ///< To be closed by the caller; null on failure.
-  std::string error;  ///< The reason, at most 255 bytes; empty on success.
+  LibraryHandle library;  ///< Holds nothing on failure.
+  std::string error;      ///< The reason, at most 255 bytes; empty on success.
 };
 
 /// Opens a library with every symbol bound now. Refused before the dynamic loader sees it is a file that is not a whole

@@ -2,9 +2,12 @@
 
 #include <dlfcn.h>
 
+#include <utility>
+
 #include "foundation/utf.h"
 #include "netloader/logger/log.h"
 #include "netloader/netloaderhostfxr/src/assembly_path.h"
+#include "netloader/netloaderhostfxr/src/host_binding.h"
 #include "netloader/netloaderhostfxr/src/host_context.h"
 #include "netloader/netloaderhostfxr/src/library_module.h"
 #include "netloader/netloaderhostfxr/src/version_order.h"
@@ -49,6 +52,31 @@ void LogUnwalkedFolder(const Discovery& discovery) {
     Log(ERROR, L"LoaderModule: Loading dotnet failed. Invalid path to dotnet fxr folder: '", discovery.fxrFolder, L"'");
   }
 }
+
+// Writes the lines of binding one host.
+class BindingLog final : public BindingListener {
+ public:
+  explicit BindingLog(const WideString& path) : path_(path) {}
+
+  void LibraryNotOpened(const std::string& /*error*/) override {
+    Log(ERROR, L"LoaderModule: Failed to load hostfxr library: '", path_, L"'");
+    // The reason was fetched when the opening failed, so there is none left, and the line ends at its opening quote.
+    Log(ERROR, L"LoaderModule: Loading hostfxr library completed with error: '", ::dlerror(), L"'");
+  }
+  void LibraryOpened() override { Log(TRACE, L"LoaderModule: hostfxr library loaded: '", path_, L"'"); }
+  void FunctionNotFound(const char* name, const std::string& /*error*/) override {
+    LogFunctionLoadError(path_, tov::text::ToUtf16(name));
+  }
+  void FunctionIsNull(const char* /*name*/) override {
+    Log(ERROR, L"LoaderModule: Failed to get necessary functions from hostfxr library");
+  }
+  void HostBound() override {
+    Log(TRACE, L"LoaderModule: All function has been obtained successfully from hostfxr library");
+  }
+
+ private:
+  const WideString& path_;
+};
 
 }  // namespace
 
@@ -109,42 +137,17 @@ bool LoaderModule::LoadDotNet(const WideString& path) {
     Log(ERROR, L"LoaderModule: Loading from relative path is prohibited path: '", path, L"'");
     return false;
   }
-  return OpenHost(path) && BindFunctions(path);
-}
-
-bool LoaderModule::OpenHost(const WideString& path) {
-  const OpenedLibrary opened = OpenLibrary(path);
-  if (opened.error.empty()) {
-    hostFxrHandle.overwrite(opened.handle);
-    Log(TRACE, L"LoaderModule: hostfxr library loaded: '", path, L"'");
-    return true;
-  }
-  Log(ERROR, L"LoaderModule: Failed to load hostfxr library: '", path, L"'");
-  // The reason was fetched when the opening failed, so there is none left, and the line ends at its opening quote.
-  Log(ERROR, L"LoaderModule: Loading hostfxr library completed with error: '", ::dlerror(), L"'");
-  hostFxrHandle.reset();
-  return false;
-}
-
-bool LoaderModule::BindFunctions(const WideString& path) {
-  const auto bind = [&](const char* name, auto& function) {
-    const ResolvedFunction resolved = ResolveFunction(hostFxrHandle.get(), name);
-    function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(resolved.address);
-    if (!resolved.error.empty()) {
-      LogFunctionLoadError(path, tov::text::ToUtf16(name));
-      hostFxrHandle.reset();
-    }
-    return resolved.error.empty();
-  };
-  if (!bind(kHostFunctions[0], initFn) || !bind(kHostFunctions[1], runAppFn) || !bind(kHostFunctions[2], closeFn)) {
+  BindingLog log(path);
+  HostBinding host = BindHost(path, log);
+  if (!host.isOpened) {
+    hostFxrHandle.reset();
     return false;
   }
-  if (initFn == nullptr || runAppFn == nullptr || closeFn == nullptr) {
-    Log(ERROR, L"LoaderModule: Failed to get necessary functions from hostfxr library");
-    return false;  // The library stays open on purpose.
-  }
-  Log(TRACE, L"LoaderModule: All function has been obtained successfully from hostfxr library");
-  return true;
+  hostFxrHandle.overwrite(std::move(host.library));  // Also a library whose functions are null: it stays open.
+  initFn = host.functions.initialize;
+  runAppFn = host.functions.runApp;
+  closeFn = host.functions.close;
+  return host.functions.AreComplete();
 }
 
 std::shared_ptr<LibraryInterface> LoaderModule::LoadAssembly(const WideString& path, int argc, const char** argv) {

@@ -40,8 +40,6 @@ class LoaderModule : public LoaderModuleInterface, public std::enable_shared_fro
 
  private:
   bool TryVersion(const tov::WideString& fxrFolder, const tov::WideString& version);
-  bool OpenHost(const tov::WideString& path);
-  bool BindFunctions(const tov::WideString& path);
   bool ArePathsValid(const tov::WideString& assembly) const;
   void* InitializeContext(const tov::WideString& assembly, int argc, const char** argv) const;
 

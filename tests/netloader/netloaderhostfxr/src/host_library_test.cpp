@@ -23,21 +23,13 @@ namespace {
 using tests::HostVariant;
 using Story = std::vector<std::string>;
 
-TEST(HostLibrary, TheThreeFunctionsAreLookedUpInThisOrder) {
-  const std::vector<std::string> names(kHostFunctions.begin(), kHostFunctions.end());
-
-  EXPECT_EQ(names, (Story{"hostfxr_initialize_for_dotnet_command_line", "hostfxr_run_app", "hostfxr_close"}));
-}
-
 TEST(HostLibrary, AnOpenedLibraryHasAHandleAndNoError) {
   tests::RuntimeTree runtime;
   runtime.AddHost("6.0.1");
 
   const OpenedLibrary opened = OpenLibrary(runtime.HostFile("6.0.1").u16string());
 
-  LibraryHandle handle;
-  handle.overwrite(opened.handle);
-  EXPECT_NE(handle.get(), nullptr);
+  EXPECT_NE(opened.library.get(), nullptr);
   EXPECT_EQ(opened.error, "");
 }
 
@@ -47,7 +39,7 @@ TEST(HostLibrary, APathThatDoesNotConvertIsNotOpened) {
 
   const OpenedLibrary opened = OpenLibrary(path);
 
-  EXPECT_EQ(opened.handle, nullptr);
+  EXPECT_EQ(opened.library.get(), nullptr);
   EXPECT_EQ(opened.error, "can't convert fileName");
 }
 
@@ -57,7 +49,7 @@ TEST(HostLibrary, AFileThatIsNoLibraryIsRefusedWithItsPathAndTheReason) {
 
   const OpenedLibrary opened = OpenLibrary(runtime.HostFile("6.0.1").u16string());
 
-  EXPECT_EQ(opened.handle, nullptr);
+  EXPECT_EQ(opened.library.get(), nullptr);
   EXPECT_EQ(opened.error, runtime.HostFile("6.0.1").string() + ": not an ELF file");
 }
 
@@ -70,7 +62,7 @@ TEST(HostLibrary, AFifoInTheLibrarysPlaceIsRefusedAtOnce) {
   const OpenedLibrary opened = OpenLibrary(fifo.u16string());
   ::alarm(0);
 
-  EXPECT_EQ(opened.handle, nullptr);
+  EXPECT_EQ(opened.library.get(), nullptr);
   EXPECT_EQ(opened.error, fifo.string() + ": not a regular file");
 }
 
@@ -81,7 +73,7 @@ TEST(HostLibrary, AFileWhosePathMeansAnotherFileToTheDynamicLoaderIsRefused) {
 
   const OpenedLibrary opened = OpenLibrary(file.u16string());
 
-  EXPECT_EQ(opened.handle, nullptr);
+  EXPECT_EQ(opened.library.get(), nullptr);
   EXPECT_EQ(opened.error, file.string() + ": its path contains $ORIGIN, which the dynamic loader replaces");
 }
 
@@ -93,16 +85,15 @@ TEST(HostLibrary, ACutLibraryWhereTheReplacedPathLeadsIsNotMapped) {
   tests::WriteFile(file, library);
   tests::WriteFile(folder.Path().string() + "/" + own + "/libhostfxr.so", library.substr(0, 5000));
 
-  EXPECT_EQ(OpenLibrary(file.u16string()).handle, nullptr);
+  EXPECT_EQ(OpenLibrary(file.u16string()).library.get(), nullptr);
 }
 
 TEST(HostLibrary, AFolderWhoseNameOnlyResemblesATokenIsAsGoodAsAnyOther) {
   const tests::TempFolder folder;
   const auto file = folder / "$LIBRARY/a$b/libhostfxr.so";
   tests::WriteFile(file, tests::ReadFile(tests::HostLibrary()));
-  LibraryHandle handle;
 
-  handle.overwrite(OpenLibrary(file.u16string()).handle);
+  const LibraryHandle handle = OpenLibrary(file.u16string()).library;
 
   EXPECT_NE(handle.get(), nullptr);
 }
@@ -123,7 +114,7 @@ TEST(HostLibrary, EverySymbolIsBoundAtOnceSoThatAMissingOneFailsTheOpening) {
 
   const OpenedLibrary opened = OpenLibrary(runtime.HostFile("6.0.1").u16string());
 
-  EXPECT_EQ(opened.handle, nullptr);
+  EXPECT_EQ(opened.library.get(), nullptr);
   EXPECT_EQ(opened.error,
             runtime.HostFile("6.0.1").string() + ": undefined symbol: stand_in_function_that_no_library_has");
   EXPECT_STREQ(::dlerror(), nullptr);
@@ -132,9 +123,8 @@ TEST(HostLibrary, EverySymbolIsBoundAtOnceSoThatAMissingOneFailsTheOpening) {
 TEST(HostLibrary, SymbolsStayLocalToTheLibrary) {
   tests::RuntimeTree runtime;
   runtime.AddHost("6.0.1");
-  LibraryHandle handle;
 
-  handle.overwrite(OpenLibrary(runtime.HostFile("6.0.1").u16string()).handle);
+  const LibraryHandle handle = OpenLibrary(runtime.HostFile("6.0.1").u16string()).library;
 
   EXPECT_EQ(::dlsym(RTLD_DEFAULT, "hostfxr_run_app"), nullptr);
   EXPECT_NE(::dlsym(handle.get(), "hostfxr_run_app"), nullptr);
@@ -143,9 +133,8 @@ TEST(HostLibrary, SymbolsStayLocalToTheLibrary) {
 TEST(HostLibrary, BindingAtOnceIsAllThatIsAskedOfTheDynamicLoader) {
   tests::RuntimeTree runtime;
   runtime.AddHost("6.0.1");
-  LibraryHandle handle;
 
-  handle.overwrite(OpenLibrary(runtime.HostFile("6.0.1").u16string()).handle);
+  static_cast<void>(OpenLibrary(runtime.HostFile("6.0.1").u16string()));
 
   EXPECT_EQ(tests::LastOpenFlags(), RTLD_NOW);
 }
@@ -153,8 +142,7 @@ TEST(HostLibrary, BindingAtOnceIsAllThatIsAskedOfTheDynamicLoader) {
 TEST(HostLibrary, ADynamicLoaderWithoutWordsIsQuotedAsSuch) {
   tests::RuntimeTree runtime;
   runtime.AddHost("6.0.1", HostVariant::kNullRun);
-  LibraryHandle handle;
-  handle.overwrite(OpenLibrary(runtime.HostFile("6.0.1").u16string()).handle);
+  LibraryHandle handle = OpenLibrary(runtime.HostFile("6.0.1").u16string()).library;
 
   const ResolvedFunction function = ResolveFunction(handle.get(), "hostfxr_run_app");
 
@@ -165,10 +153,9 @@ TEST(HostLibrary, ADynamicLoaderWithoutWordsIsQuotedAsSuch) {
 TEST(HostLibrary, AFunctionThatIsThereHasAnAddressAndNoError) {
   tests::RuntimeTree runtime;
   runtime.AddHost("6.0.1");
-  LibraryHandle handle;
-  handle.overwrite(OpenLibrary(runtime.HostFile("6.0.1").u16string()).handle);
+  LibraryHandle handle = OpenLibrary(runtime.HostFile("6.0.1").u16string()).library;
 
-  for (const char* name : kHostFunctions) {
+  for (const char* name : {"hostfxr_initialize_for_dotnet_command_line", "hostfxr_run_app", "hostfxr_close"}) {
     SCOPED_TRACE(name);
     const ResolvedFunction function = ResolveFunction(handle.get(), name);
     EXPECT_EQ(function.address, ::dlsym(handle.get(), name));
@@ -179,8 +166,7 @@ TEST(HostLibrary, AFunctionThatIsThereHasAnAddressAndNoError) {
 TEST(HostLibrary, AFunctionThatIsMissingIsNamedByTheDynamicLoader) {
   tests::RuntimeTree runtime;
   runtime.AddHost("6.0.1", HostVariant::kLacksClose);
-  LibraryHandle handle;
-  handle.overwrite(OpenLibrary(runtime.HostFile("6.0.1").u16string()).handle);
+  LibraryHandle handle = OpenLibrary(runtime.HostFile("6.0.1").u16string()).library;
 
   const ResolvedFunction function = ResolveFunction(handle.get(), "hostfxr_close");
 
@@ -202,8 +188,7 @@ TEST(HostLibrary, AHandleClosesItsLibraryOnceAndHoldsNothingAfterwards) {
   const tests::StandInHost host;
   const tests::ScopedEnvironment environment(host.Environment());
   {
-    LibraryHandle handle;
-    handle.overwrite(OpenLibrary(runtime.HostFile("6.0.1").u16string()).handle);
+    LibraryHandle handle = OpenLibrary(runtime.HostFile("6.0.1").u16string()).library;
     EXPECT_EQ(host.Story(), (Story{"6.0.1 loaded"}));
 
     handle.reset();
@@ -221,10 +206,18 @@ TEST(HostLibrary, AHandleClosesItsLibraryWhenDestroyed) {
   const tests::StandInHost host;
   const tests::ScopedEnvironment environment(host.Environment());
 
-  {
-    LibraryHandle handle;
-    handle.overwrite(OpenLibrary(runtime.HostFile("6.0.1").u16string()).handle);
-  }
+  { LibraryHandle handle = OpenLibrary(runtime.HostFile("6.0.1").u16string()).library; }
+
+  EXPECT_EQ(host.Story(), (Story{"6.0.1 loaded", "6.0.1 unloaded"}));
+}
+
+TEST(HostLibrary, AnOpenedLibraryThatNobodyTakesIsClosed) {
+  tests::RuntimeTree runtime;
+  runtime.AddHost("6.0.1");
+  const tests::StandInHost host;
+  const tests::ScopedEnvironment environment(host.Environment());
+
+  static_cast<void>(OpenLibrary(runtime.HostFile("6.0.1").u16string()));
 
   EXPECT_EQ(host.Story(), (Story{"6.0.1 loaded", "6.0.1 unloaded"}));
 }
