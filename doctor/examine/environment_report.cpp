@@ -1,6 +1,7 @@
 #include "doctor/examine/environment_report.h"
 
 #include <cstdlib>
+#include <utility>
 
 #include "foundation/utf.h"
 #include "launcher/product/product.h"
@@ -20,13 +21,13 @@ std::optional<std::string> ValueOf(const std::string& name) {
 
 EnvironmentReport ExamineEnvironment(const SettingsReport& settings) {
   EnvironmentReport report;
-  for (const auto& [name, value] : netloader::platform_utils::kStaticVariables) {
-    report.variables.push_back(
-        {name, value != nullptr ? std::optional<std::string>(value) : std::nullopt, ValueOf(name)});
-  }
-  for (const auto& [name, value] : launcher::RuntimeEnvironment()) {
-    report.variables.push_back({ToUtf8(name), ToUtf8(value), ValueOf(ToUtf8(name))});
-  }
+  const auto add = [&](const std::string& name, std::optional<std::string> value) {
+    report.variables.push_back({name, std::move(value), ValueOf(name)});
+  };
+  netloader::platform_utils::ForEachRuntimeVariable(
+      launcher::RuntimeEnvironment(),
+      [&](const auto& fixed) { add(fixed.name, fixed.value ? std::optional<std::string>(fixed.value) : std::nullopt); },
+      [&](const auto& name, const auto& value) { add(ToUtf8(name), ToUtf8(value)); });
   report.log_folder = ToUtf8(settings.taken_log_folder);
   return report;
 }

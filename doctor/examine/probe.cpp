@@ -71,10 +71,7 @@ Answer CreateContext(const tov::WideString& path, const tov::WideString& root, c
 }  // namespace
 
 void ApplyLaunchEnvironment() {
-  netloader::platform_utils::ConfigureStaticEnvironmentsVariables();
-  for (const auto& [name, value] : launcher::RuntimeEnvironment()) {
-    netloader::platform_utils::SetEnvVariable(name, value);
-  }
+  netloader::platform_utils::ApplyRuntimeEnvironment(launcher::RuntimeEnvironment());
 }
 
 LibraryProbe ProbeLibrary(const tov::WideString& path, std::chrono::milliseconds limit) {

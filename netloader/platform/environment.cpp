@@ -7,21 +7,30 @@
 #include "foundation/cast.h"
 
 namespace netloader::platform_utils {
+namespace {
+
+void Apply(const StaticVariable& variable) {
+  if (variable.value != nullptr) {
+    ::setenv(variable.name, variable.value, 1);
+  } else {
+    ::unsetenv(variable.name);
+  }
+}
+
+}  // namespace
 
 void ConfigureStaticEnvironmentsVariables() {
-  for (const StaticVariable& variable : kStaticVariables) {
-    if (variable.value != nullptr) {
-      ::setenv(variable.name, variable.value, 1);
-    } else {
-      ::unsetenv(variable.name);
-    }
-  }
+  ApplyRuntimeEnvironment({});
 }
 
 void SetEnvVariable(const tov::WideString& name, const tov::WideString& value) {
   const auto narrowValue = tov::text::Cast<std::string>(value);
   const auto narrowName = tov::text::Cast<std::string>(name);
   ::setenv(narrowName.c_str(), narrowValue.c_str(), 1);
+}
+
+void ApplyRuntimeEnvironment(const Variables& variables) {
+  ForEachRuntimeVariable(variables, Apply, SetEnvVariable);
 }
 
 std::uint32_t GetErrorCode() {

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 
 #include "foundation/strings.h"
 
@@ -29,6 +30,25 @@ void ConfigureStaticEnvironmentsVariables();
 /// Sets a variable, replacing any value; name and value become UTF-8. Throws `std::bad_cast` for text that is not valid
 /// UTF-16; a name that the system refuses is ignored.
 void SetEnvVariable(const tov::WideString& name, const tov::WideString& value);
+
+using Variables = std::map<tov::WideString, tov::WideString>;
+
+/// Hands out all that is changed for the runtime, in the order in which it is applied: each of `kStaticVariables` to
+/// `fixed`, then name and value of each of `variables` to `own`, so that these win. One without a name is left out.
+template <typename Fixed, typename Own>
+void ForEachRuntimeVariable(const Variables& variables, Fixed fixed, Own own) {
+  for (const StaticVariable& variable : kStaticVariables) {
+    fixed(variable);
+  }
+  for (const auto& [name, value] : variables) {
+    if (!name.empty()) {
+      own(name, value);
+    }
+  }
+}
+
+/// Applies them all. Throws what `SetEnvVariable` throws; what came before it stays applied.
+void ApplyRuntimeEnvironment(const Variables& variables);
 
 /// The calling thread's errno.
 std::uint32_t GetErrorCode();

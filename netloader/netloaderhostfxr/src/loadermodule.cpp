@@ -85,12 +85,7 @@ LoaderModule::LoaderModule(const HostFxrModuleParameters& params)
       dotnetRootPath(params.dotnetRootPath),
       dotnetVersionPrefix(params.dotnetVersionPrefix),
       hostFxrSegment(kHostFxrFileName) {
-  platform_utils::ConfigureStaticEnvironmentsVariables();
-  for (const auto& [name, value] : params.environmentVariables) {
-    if (!name.empty()) {
-      platform_utils::SetEnvVariable(name, value);
-    }
-  }
+  platform_utils::ApplyRuntimeEnvironment(params.environmentVariables);
   Log(TRACE, L"LoaderModule: Created with params: ", L"dotnetRootPath = '", dotnetRootPath, L"'",
       L", dotnetVersionPrefix = '", dotnetVersionPrefix, L"'", L", productRoot = '", productRoot, L"'",
       L", hostFxrSegment = '", hostFxrSegment, L"'");

@@ -9,6 +9,7 @@
 #include <string>
 #include <thread>
 #include <typeinfo>
+#include <vector>
 
 #include "tests/support/scoped_environment.h"
 
@@ -172,6 +173,44 @@ TEST(Environment, AnotherThreadsErrorNumberIsItsOwn) {
   errno = EACCES;
   EXPECT_EQ(GetErrorCode(), static_cast<std::uint32_t>(EACCES));
   EXPECT_EQ(other, static_cast<std::uint32_t>(ENOENT));
+}
+
+using Changes = std::vector<std::string>;
+
+std::string Narrow(const tov::WideString& ascii) {
+  return {ascii.begin(), ascii.end()};
+}
+
+TEST(RuntimeEnvironment, TheFixedVariablesComeFirstAndTheOwnOnesByNameAfterThem) {
+  Changes changes;
+
+  ForEachRuntimeVariable(
+      {{u"a", u"3"}, {u"B", u"2"}, {u"A", u"1"}, {u"", u"nameless"}, {u"C", u""}},
+      [&](const StaticVariable& fixed) { changes.push_back(fixed.name); },
+      [&](const auto& name, const auto& value) { changes.push_back(Narrow(name) + "=" + Narrow(value)); });
+
+  EXPECT_EQ(changes, (Changes{"DOTNET_MULTILEVEL_LOOKUP", "COMPlus_GCName", "DOTNET_GCName", "DOTNET_STARTUP_HOOKS",
+                              "A=1", "B=2", "C=", "a=3"}));
+}
+
+TEST(RuntimeEnvironment, AnOwnVariableWinsOverAFixedOne) {
+  const ScopedEnvironment environment({{"DOTNET_STARTUP_HOOKS", "theirs"}, {"DOTNET_GCName", "theirs"}});
+
+  ApplyRuntimeEnvironment({{u"DOTNET_STARTUP_HOOKS", u"own"}});
+
+  EXPECT_EQ(Variable("DOTNET_STARTUP_HOOKS"), "own");
+  EXPECT_EQ(Variable("DOTNET_GCName"), std::nullopt);
+}
+
+TEST(RuntimeEnvironment, WhatComesBeforeATextThatDoesNotConvertStaysApplied) {
+  const ScopedEnvironment environment({{"DOTNET_MULTILEVEL_LOOKUP", "1"}, {"RUNTIME_TEST_A", ""}});
+
+  EXPECT_THROW(ApplyRuntimeEnvironment({{u"RUNTIME_TEST_A", u"1"}, {u"RUNTIME_TEST_B", tov::WideString(1, u'\xd800')}}),
+               std::bad_cast);
+
+  EXPECT_EQ(Variable("DOTNET_MULTILEVEL_LOOKUP"), "0");
+  EXPECT_EQ(Variable("RUNTIME_TEST_A"), "1");
+  EXPECT_EQ(Variable("RUNTIME_TEST_B"), std::nullopt);
 }
 
 }  // namespace
