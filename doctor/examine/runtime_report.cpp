@@ -135,7 +135,7 @@ class Examiner {
   VersionReport Report(const tov::WideString& name) const {
     VersionReport version;
     version.name = tov::text::ToUtf8(name);
-    version.library = netloader::HostLibraryPath(report_.discovery.fxrFolder, name, netloader::kHostFxrFileName);
+    version.library = netloader::HostLibraryPath(report_.discovery.fxr_folder, name, netloader::kHostFxrFileName);
     return version;
   }
 

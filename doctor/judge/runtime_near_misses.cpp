@@ -28,7 +28,7 @@ std::optional<Clue> When(bool isSo, const fs::path& place) {
 }
 
 std::string FxrFolder(const RuntimeReport& runtime) {
-  return ToUtf8(runtime.discovery.fxrFolder);
+  return ToUtf8(runtime.discovery.fxr_folder);
 }
 
 // With the rights that a launch by this user has.

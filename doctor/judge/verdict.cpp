@@ -79,7 +79,7 @@ std::optional<Verdict> JudgeSettings(const SettingsReport& settings) {
 }
 
 std::string FolderReason(const netloader::Discovery& discovery) {
-  const std::string folder = Printable(ToUtf8(discovery.fxrFolder));
+  const std::string folder = Printable(ToUtf8(discovery.fxr_folder));
   switch (discovery.state) {
     case FxrFolderState::kWalked:
       break;

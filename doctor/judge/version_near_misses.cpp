@@ -182,7 +182,7 @@ Warnings VersionNearMisses(const RuntimeReport& report) {
   const VersionReport* earlier = nullptr;
   for (const VersionReport& version : report.versions) {
     if (version.is_candidate && earlier != nullptr) {
-      Apply(kNeighbourChecks, Neighbours{*earlier, version, report.discovery.fxrFolder}, warnings);
+      Apply(kNeighbourChecks, Neighbours{*earlier, version, report.discovery.fxr_folder}, warnings);
     }
     earlier = version.is_candidate ? &version : earlier;
   }

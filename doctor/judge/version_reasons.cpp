@@ -4,7 +4,7 @@
 #include "doctor/judge/message.h"
 #include "doctor/judge/text.h"
 #include "foundation/result_code.h"
-#include "netloader/netloaderhostfxr/src/loadermodule.h"
+#include "netloader/netloaderhostfxr/src/version_discovery.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 
 namespace doctor {

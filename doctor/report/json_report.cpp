@@ -98,7 +98,7 @@ json ToJson(const SettingsReport& settings) {
 json ToJson(const RuntimeReport& runtime) {
   const VersionReport* decisive = runtime.Decisive();
   return {{"root", ToUtf8(runtime.root)},
-          {"folder", ToUtf8(runtime.discovery.fxrFolder)},
+          {"folder", ToUtf8(runtime.discovery.fxr_folder)},
           {"folder_state", RowOf(kFolderStates, runtime.discovery.state).code},
           {"failure", OrNull(runtime.failure)},
           {"decisive_version", decisive != nullptr ? json(decisive->name) : json()},

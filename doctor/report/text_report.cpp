@@ -140,7 +140,7 @@ void PutRuntime(Page& page, const std::optional<RuntimeReport>& runtime) {
     page.Paragraph("not looked for: no runtime root is known", kIndent, Paint::kFaint);
     return;
   }
-  page.Heading("2. Runtime", Printable(ToUtf8(runtime->discovery.fxrFolder)));
+  page.Heading("2. Runtime", Printable(ToUtf8(runtime->discovery.fxr_folder)));
   if (const std::string words = FolderWords(runtime->discovery); !words.empty()) {
     page.Paragraph(words, kIndent, Paint::kBad);
   }

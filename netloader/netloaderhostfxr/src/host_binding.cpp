@@ -18,7 +18,7 @@ bool Find(const LibraryHandle& library, const char* name, Function& function, Bi
 
 bool FindAll(HostBinding& host, BindingListener& listener) {
   return Find(host.library, kHostFunctions[0], host.functions.initialize, listener) &&
-         Find(host.library, kHostFunctions[1], host.functions.runApp, listener) &&
+         Find(host.library, kHostFunctions[1], host.functions.run_app, listener) &&
          Find(host.library, kHostFunctions[2], host.functions.close, listener);
 }
 
@@ -26,7 +26,7 @@ const char* FirstNull(const HostFunctions& functions) {
   if (functions.initialize == nullptr) {
     return kHostFunctions[0];
   }
-  return functions.runApp == nullptr ? kHostFunctions[1] : kHostFunctions[2];
+  return functions.run_app == nullptr ? kHostFunctions[1] : kHostFunctions[2];
 }
 
 }  // namespace

@@ -20,10 +20,10 @@ inline constexpr auto kHostFunctions = std::to_array<const char*>({
 /// Their addresses, each null when it was not found or not looked up.
 struct HostFunctions {
   HostFxrInitializeFn initialize = nullptr;
-  HostFxrRunAppFn runApp = nullptr;
+  HostFxrRunAppFn run_app = nullptr;
   HostFxrCloseFn close = nullptr;
 
-  bool AreComplete() const { return initialize != nullptr && runApp != nullptr && close != nullptr; }
+  bool AreComplete() const { return initialize != nullptr && run_app != nullptr && close != nullptr; }
 };
 
 /// Hears of each step of binding a host when it is taken. One of all but `LibraryOpened` is the last step.
@@ -43,7 +43,7 @@ class BindingListener {
 
 /// A host as far as it could be bound.
 struct HostBinding {
-  bool isOpened = false;
+  bool is_opened = false;
   LibraryHandle library;    ///< Holds nothing when the library did not open, or was closed for want of a function.
   HostFunctions functions;  ///< Complete only when the host is bound.
 };

@@ -22,34 +22,41 @@ using tov::WideString;
 
 namespace {
 
-void LogFinding(const Discovery& discovery, const VersionFinding& finding, const WideString& library) {
-  if (finding.verdict == VersionVerdict::kNotAFolder) {
-    Log(TRACE, L"LoaderModule: Loading dotnet skipped processing fxr path: '", finding.name, L"'",
-        L". Not a directory.");
-    return;
-  }
-  Log(TRACE, L"LoaderModule: Loading dotnet processing version file: '",
-      HostLibraryPath(discovery.fxrFolder, finding.name, library), L"'", L", version: '", finding.name, L"'");
-  const bool accepted = finding.verdict == VersionVerdict::kAccepted;
-  Log(TRACE, accepted ? L"LoaderModule: Version candidate is ok: '" : L"LoaderModule: Version candidate is skipped: '",
-      finding.name, L"'");
-}
+// Writes the lines of a walk.
+class DiscoveryLog final : public DiscoveryListener {
+ public:
+  explicit DiscoveryLog(const WideString& library) : library_(library) {}
 
-void LogFindings(const Discovery& discovery, const WideString& library) {
-  if (logger::IsEmptyLoggerCurrent()) {
-    return;  // Not even the paths are built.
+  void VersionMet(const WideString& fxrFolder, const WideString& version) override {
+    if (logger::IsEmptyLoggerCurrent()) {
+      return;  // Not even the path is built.
+    }
+    Log(TRACE, L"LoaderModule: Loading dotnet processing version file: '",
+        HostLibraryPath(fxrFolder, version, library_), L"'", L", version: '", version, L"'");
   }
-  for (const VersionFinding& finding : discovery.findings) {
-    LogFinding(discovery, finding, library);
+  void FolderJudged(const VersionFinding& finding) override {
+    switch (finding.verdict) {
+      case VersionVerdict::kNotAFolder:
+        return Log(TRACE, L"LoaderModule: Loading dotnet skipped processing fxr path: '", finding.name, L"'",
+                   L". Not a directory.");
+      case VersionVerdict::kAccepted:
+        return Log(TRACE, L"LoaderModule: Version candidate is ok: '", finding.name, L"'");
+      default:
+        return Log(TRACE, L"LoaderModule: Version candidate is skipped: '", finding.name, L"'");
+    }
   }
-}
+
+ private:
+  const WideString& library_;
+};
 
 void LogUnwalkedFolder(const Discovery& discovery) {
   if (discovery.state == FxrFolderState::kUnreadable) {
-    Log(ERROR, L"LoaderModule: Could not find hostfxr version from path ", discovery.fxrFolder,
+    Log(ERROR, L"LoaderModule: Could not find hostfxr version from path ", discovery.fxr_folder,
         L". Initialization has been failed.");
   } else {
-    Log(ERROR, L"LoaderModule: Loading dotnet failed. Invalid path to dotnet fxr folder: '", discovery.fxrFolder, L"'");
+    Log(ERROR, L"LoaderModule: Loading dotnet failed. Invalid path to dotnet fxr folder: '", discovery.fxr_folder,
+        L"'");
   }
 }
 
@@ -96,23 +103,21 @@ LoaderModule::~LoaderModule() {
 }
 
 bool LoaderModule::LoadDotNetWithHigerVersion() {
-  const Discovery discovery = DiscoverVersions(dotnetRootPath, dotnetVersionPrefix, hostFxrSegment);
+  DiscoveryLog log(hostFxrSegment);
+  const Discovery discovery = DiscoverVersions(dotnetRootPath, dotnetVersionPrefix, hostFxrSegment, log);
   if (discovery.state != FxrFolderState::kWalked) {
     LogUnwalkedFolder(discovery);
     return false;
   }
-  LogFindings(discovery, hostFxrSegment);
-  for (const WideString& version : NewestFirst(discovery.Accepted(), dotnetVersionPrefix)) {
-    if (TryVersion(discovery.fxrFolder, version)) {
-      return true;
-    }
+  const auto attempt = [&](const WideString& version, const WideString& path) { return TryVersion(version, path); };
+  if (TryNewestFirst(discovery, dotnetVersionPrefix, hostFxrSegment, attempt)) {
+    return true;
   }
   Log(ERROR, L"LoaderModule: Could not load hostfxr. Initialization has been failed.");
   return false;
 }
 
-bool LoaderModule::TryVersion(const WideString& fxrFolder, const WideString& version) {
-  const WideString path = HostLibraryPath(fxrFolder, version, hostFxrSegment);
+bool LoaderModule::TryVersion(const WideString& version, const WideString& path) {
   Log(TRACE, L"LoaderModule: Attempt to load fxr file: '", path, L"'", L", version: '", version, L"'");
   if (!LoadDotNet(path)) {
     Log(ERROR, L"LoaderModule: Failed to load fxr: '", path, L"'");
@@ -134,13 +139,13 @@ bool LoaderModule::LoadDotNet(const WideString& path) {
   }
   BindingLog log(path);
   HostBinding host = BindHost(path, log);
-  if (!host.isOpened) {
+  if (!host.is_opened) {
     hostFxrHandle.reset();
     return false;
   }
   hostFxrHandle.overwrite(std::move(host.library));  // Also a library whose functions are null: it stays open.
   initFn = host.functions.initialize;
-  runAppFn = host.functions.runApp;
+  runAppFn = host.functions.run_app;
   closeFn = host.functions.close;
   return host.functions.AreComplete();
 }

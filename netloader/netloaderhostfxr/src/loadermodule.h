@@ -39,7 +39,7 @@ class LoaderModule : public LoaderModuleInterface, public std::enable_shared_fro
   bool LoadDotNet(const tov::WideString& path);
 
  private:
-  bool TryVersion(const tov::WideString& fxrFolder, const tov::WideString& version);
+  bool TryVersion(const tov::WideString& version, const tov::WideString& path);
   bool ArePathsValid(const tov::WideString& assembly) const;
   void* InitializeContext(const tov::WideString& assembly, int argc, const char** argv) const;
 

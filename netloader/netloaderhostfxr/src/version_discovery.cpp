@@ -69,25 +69,27 @@ VersionVerdict JudgeLibrary(const FileMode& library) {
 // Looks at each folder that the walk comes through.
 class VersionWalk {
  public:
-  VersionWalk(Discovery& discovery, const WideString& prefix, const WideString& library)
-      : discovery_(discovery), prefix_(prefix), library_(library) {}
+  VersionWalk(Discovery& discovery, const WideString& prefix, const WideString& library, DiscoveryListener& listener)
+      : discovery_(discovery), prefix_(prefix), library_(library), listener_(listener) {}
 
   void Examine(const NarrowString& folder) {
     if (folder == last_processed_bytes_) {
       return;
     }
     WideString path = tov::text::ToUtf16(folder);  // A name that is not UTF-8 makes it empty, and so no folder.
-    if (path == last_processed_ || path == discovery_.fxrFolder) {
+    if (path == last_processed_ || path == discovery_.fxr_folder) {
       return;
     }
     const FileMode mode = ModeOf(path);
     if (tov::result_code::IsFailure(mode.result) || !S_ISDIR(mode.mode)) {
-      discovery_.findings.push_back({std::move(path), VersionVerdict::kNotAFolder, mode.result});
+      Keep({std::move(path), VersionVerdict::kNotAFolder, mode.result});
       return;
     }
     last_processed_bytes_ = folder;
     last_processed_ = std::move(path);
-    discovery_.findings.push_back(JudgeVersion(utils::GetLastFolderName(last_processed_)));
+    WideString version = utils::GetLastFolderName(last_processed_);
+    listener_.VersionMet(discovery_.fxr_folder, version);
+    Keep(JudgeVersion(std::move(version)));
   }
 
  private:
@@ -95,13 +97,19 @@ class VersionWalk {
     if (!version.starts_with(prefix_)) {
       return {std::move(version), VersionVerdict::kWrongPrefix};
     }
-    const FileMode library = ModeOf(HostLibraryPath(discovery_.fxrFolder, version, library_));
+    const FileMode library = ModeOf(HostLibraryPath(discovery_.fxr_folder, version, library_));
     return {std::move(version), JudgeLibrary(library), library.result};
+  }
+
+  void Keep(VersionFinding finding) {
+    discovery_.findings.push_back(std::move(finding));
+    listener_.FolderJudged(discovery_.findings.back());
   }
 
   Discovery& discovery_;
   const WideString& prefix_;
   const WideString& library_;
+  DiscoveryListener& listener_;
   WideString last_processed_;
   NarrowString last_processed_bytes_;  // The same, to spare the conversion for the other entries of the folder.
 };
@@ -118,26 +126,35 @@ std::vector<WideString> Discovery::Accepted() const {
   return accepted;
 }
 
-Discovery DiscoverVersions(const WideString& root, const WideString& prefix, const WideString& library) {
+Discovery DiscoverVersions(const WideString& root, const WideString& prefix, const WideString& library,
+                           DiscoveryListener& listener) {
   Discovery discovery;
-  discovery.fxrFolder = FxrFolder(root);
-  const FileMode folder = ModeOf(discovery.fxrFolder);
+  discovery.fxr_folder = FxrFolder(root);
+  const FileMode folder = ModeOf(discovery.fxr_folder);
   discovery.state = JudgeFxrFolder(folder);
   discovery.result = folder.result;
   if (discovery.state != FxrFolderState::kWalked) {
     return discovery;
   }
   Enumerator enumerator;
-  discovery.result = enumerator.Open(discovery.fxrFolder, NoFollowSymLinksResolvingStrategy());
+  discovery.result = enumerator.Open(discovery.fxr_folder, NoFollowSymLinksResolvingStrategy());
   if (tov::result_code::IsFailure(discovery.result)) {
     discovery.state = FxrFolderState::kUnreadable;
     return discovery;
   }
-  VersionWalk walk(discovery, prefix, library);
+  VersionWalk walk(discovery, prefix, library, listener);
   for (; !enumerator.IsFinished(); enumerator.Next()) {
     walk.Examine(enumerator.CurrentFolder());
   }
   return discovery;
+}
+
+Discovery DiscoverVersions(const WideString& root, const WideString& prefix, const WideString& library) {
+  struct : DiscoveryListener {
+    void VersionMet(const WideString& /*fxrFolder*/, const WideString& /*version*/) override {}
+    void FolderJudged(const VersionFinding& /*finding*/) override {}
+  } nobody;
+  return DiscoverVersions(root, prefix, library, nobody);
 }
 
 WideString FxrFolder(const WideString& root) {

@@ -38,7 +38,7 @@ enum class FxrFolderState {
 /// All that was found, in the order in which it was met. A folder that is met again when the walk comes back to it from
 /// a subfolder is found twice.
 struct Discovery {
-  tov::WideString fxrFolder;
+  tov::WideString fxr_folder;
   FxrFolderState state = FxrFolderState::kWalked;
   int result = 0;  ///< Why the folder was not walked, as a result code.
   std::vector<VersionFinding> findings;
@@ -47,8 +47,24 @@ struct Discovery {
   std::vector<tov::WideString> Accepted() const;
 };
 
+/// Hears of each version folder while the walk is there.
+class DiscoveryListener {
+ public:
+  /// A version is about to be judged by its name and its library.
+  virtual void VersionMet(const tov::WideString& fxrFolder, const tov::WideString& version) = 0;
+  /// A version was judged, or a folder that is none (`kNotAFolder`), which was not announced.
+  virtual void FolderJudged(const VersionFinding& finding) = 0;
+
+ protected:
+  ~DiscoveryListener() = default;
+};
+
 /// Walks `<root>/host/fxr`. A version is accepted when it begins with `prefix` and `library` stands directly in its
 /// folder as a regular file. A folder that cannot be entered is no version. Throws only for want of memory.
+Discovery DiscoverVersions(const tov::WideString& root, const tov::WideString& prefix, const tov::WideString& library,
+                           DiscoveryListener& listener);
+
+/// The same for those who only want the result.
 Discovery DiscoverVersions(const tov::WideString& root, const tov::WideString& prefix, const tov::WideString& library);
 
 /// `<root>/host/fxr`, with one "/" where the root has none at its end.

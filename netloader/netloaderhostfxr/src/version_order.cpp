@@ -38,4 +38,12 @@ std::vector<WideString> NewestFirst(std::vector<WideString> versions, const Wide
   return versions;
 }
 
+bool TryNewestFirst(const Discovery& discovery, const WideString& prefix, const WideString& library,
+                    const std::function<bool(const WideString&, const WideString&)>& attempt) {
+  const auto versions = NewestFirst(discovery.Accepted(), prefix);
+  return std::ranges::any_of(versions, [&](const WideString& version) {
+    return attempt(version, HostLibraryPath(discovery.fxr_folder, version, library));
+  });
+}
+
 }  // namespace netloader

@@ -14,7 +14,7 @@ struct World {
   World() {
     settings.path = "/settings";
     settings.root = u"/root";
-    runtime.discovery.fxrFolder = u"/root/host/fxr";
+    runtime.discovery.fxr_folder = u"/root/host/fxr";
     VersionReport version;
     version.name = "6.0.36";
     version.library = u"/root/host/fxr/6.0.36/libhostfxr.so";

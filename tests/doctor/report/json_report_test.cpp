@@ -158,7 +158,7 @@ TEST(JsonReport, IsUtf8WhateverTheBytes) {
   diagnosis.settings.root = diagnosis.settings.log_folder = tov::WideString(1, char16_t{0xDC00});
   diagnosis.settings.entries = {{1, bytes, bytes, LineUse::kMalformed}};
   RuntimeReport& runtime = diagnosis.runtime.emplace();
-  runtime.root = runtime.discovery.fxrFolder = tov::WideString(1, char16_t{0xD800});
+  runtime.root = runtime.discovery.fxr_folder = tov::WideString(1, char16_t{0xD800});
   runtime.failure = bytes;
   VersionReport& version = runtime.versions.emplace_back();
   version.name = version.words = bytes;

@@ -66,7 +66,7 @@ TEST(BindHost, AWholeHostIsOpenedAndBound) {
   const HostBinding bound = world.Bind(HostVariant::kWhole);
 
   EXPECT_EQ(world.steps.Taken(), (Story{"opened (6.0.1 loaded)", "bound (6.0.1 loaded)"}));
-  EXPECT_TRUE(bound.isOpened);
+  EXPECT_TRUE(bound.is_opened);
   EXPECT_NE(bound.library.get(), nullptr);
   EXPECT_TRUE(bound.functions.AreComplete());
 }
@@ -79,7 +79,7 @@ TEST(BindHost, AFileThatDoesNotOpenIsReportedWithItsReason) {
   ASSERT_EQ(world.steps.Taken().size(), 1U);
   EXPECT_NE(world.steps.Taken().front().find("undefined symbol: stand_in_function_that_no_library_has"),
             std::string::npos);
-  EXPECT_FALSE(bound.isOpened);
+  EXPECT_FALSE(bound.is_opened);
   EXPECT_EQ(bound.library.get(), nullptr);
 }
 
@@ -90,7 +90,7 @@ TEST(BindHost, TheLibraryIsStillOpenWhenAMissingFunctionIsReportedAndClosedThen)
 
   EXPECT_EQ(world.steps.Taken(),
             (Story{"opened (6.0.1 loaded)", "not found: hostfxr_run_app, with words (6.0.1 loaded)"}));
-  EXPECT_TRUE(bound.isOpened);
+  EXPECT_TRUE(bound.is_opened);
   EXPECT_EQ(bound.library.get(), nullptr);
   EXPECT_NE(bound.functions.initialize, nullptr);
   EXPECT_EQ(bound.functions.close, nullptr);

@@ -1,6 +1,7 @@
 #include "tests/netloader/netloaderhostfxr/src/interposed_calls.h"
 
 #include <dlfcn.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/types.h>
 
@@ -23,6 +24,8 @@ int read_error = 0;
 int reads_before_error = 0;
 
 std::size_t failing_size = 0;
+
+std::function<void(const std::string&)> status_watcher;
 
 std::vector<std::string> loader_errors;
 std::size_t next_loader_error = 0;
@@ -73,6 +76,14 @@ FailingAllocation::~FailingAllocation() {
   failing_size = 0;
 }
 
+WatchedStatus::WatchedStatus(std::function<void(const std::string&)> look) {
+  status_watcher = std::move(look);
+}
+
+WatchedStatus::~WatchedStatus() {
+  status_watcher = nullptr;
+}
+
 ScriptedLoaderErrors::ScriptedLoaderErrors(std::vector<std::string> texts) {
   loader_errors = std::move(texts);
   next_loader_error = 0;
@@ -108,6 +119,13 @@ extern "C" void* dlopen(const char* file, int flags) noexcept {
   static const auto real = reinterpret_cast<Open>(::dlsym(RTLD_NEXT, "dlopen"));
   tests::last_open_flags = flags;
   return real(file, flags);
+}
+
+extern "C" int fstatat(int folder, const char* path, struct stat* status, int flags) noexcept {
+  if (tests::status_watcher) {
+    tests::status_watcher(path);
+  }
+  return static_cast<int>(::syscall(SYS_newfstatat, folder, path, status, flags));
 }
 
 extern "C" char* dlerror() noexcept {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,15 @@ class FailingAllocation {
   ~FailingAllocation();
   FailingAllocation(const FailingAllocation&) = delete;
   FailingAllocation& operator=(const FailingAllocation&) = delete;
+};
+
+/// Calls `look` with the path each time a file's status is asked for, before it is answered.
+class WatchedStatus {
+ public:
+  explicit WatchedStatus(std::function<void(const std::string& path)> look);
+  ~WatchedStatus();
+  WatchedStatus(const WatchedStatus&) = delete;
+  WatchedStatus& operator=(const WatchedStatus&) = delete;
 };
 
 /// Answers the next calls of `dlerror` with these texts, then lets the dynamic loader answer again.

@@ -170,6 +170,23 @@ TEST(LoaderDiscovery, WhenNoVersionLoadsEachHasItsFailedLineAndTheSearchHasOne) 
                     Lines{world.FailedLine("6.0.1"), LoaderWorld::NothingLoadedLine()}));
 }
 
+TEST(LoaderDiscovery, EachLineIsWrittenWhenItsStepIsTaken) {
+  LoaderWorld world;
+  world.runtime.AddHost("6.0.1").AddHost("6.0.2").AddHost("6.0.3");
+  LoaderModule loader(world.Parameters());
+  Lines seen;  // The last line that was there each time a file was looked at.
+  {
+    const tests::WatchedStatus watched([&](const std::string&) { seen.push_back(world.log.Lines().back()); });
+    ASSERT_TRUE(loader.LoadDotNetWithHigerVersion());
+  }
+
+  for (const std::string& version : world.Listed()) {
+    const Lines lines = world.FoundLines(version, true);
+    EXPECT_GE(std::ranges::count(seen, lines.front()), 1) << "its library is looked at after " << lines.front();
+    EXPECT_GE(std::ranges::count(seen, lines.back()), 1) << "the walk goes on after " << lines.back();
+  }
+}
+
 TEST(LoaderDiscovery, AFileOrALinkInPlaceOfTheFxrFolderIsAnInvalidPath) {
   LoaderWorld world;
   const std::string fxr = world.runtime.FxrFolder();

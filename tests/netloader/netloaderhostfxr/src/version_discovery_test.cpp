@@ -71,7 +71,7 @@ TEST(Discovery, FindsEveryVersionWithARegularLibrary) {
 
   EXPECT_EQ(found.state, FxrFolderState::kWalked);
   EXPECT_EQ(found.result, 0);
-  EXPECT_EQ(found.fxrFolder, runtime.FxrFolder().u16string());
+  EXPECT_EQ(found.fxr_folder, runtime.FxrFolder().u16string());
   EXPECT_EQ(Sorted(found.findings),
             (Findings{{u"6.0.10", VersionVerdict::kAccepted}, {u"6.0.5", VersionVerdict::kAccepted}}));
 }
@@ -213,7 +213,7 @@ TEST(Discovery, AMissingFxrFolderHasNoStatus) {
 
   EXPECT_EQ(found.state, FxrFolderState::kNoStatus);
   EXPECT_EQ(found.result, kNoSuchFile);
-  EXPECT_EQ(found.fxrFolder, (root / "host/fxr").u16string());
+  EXPECT_EQ(found.fxr_folder, (root / "host/fxr").u16string());
   EXPECT_TRUE(found.findings.empty());
 }
 

@@ -133,5 +133,34 @@ TEST(NewestFirst, AgreesWithTheLoadersPredicate) {
   }
 }
 
+Discovery Found(const Versions& versions) {
+  Discovery discovery;
+  discovery.fxr_folder = u"/fxr";
+  for (const WideString& version : versions) {
+    discovery.findings.push_back({version, VersionVerdict::kAccepted});
+  }
+  discovery.findings.push_back({u"6.0.99", VersionVerdict::kNoLibrary});
+  return discovery;
+}
+
+TEST(TryNewestFirst, HandsOutTheAcceptedVersionsWithTheirLibrariesUntilOneIsTaken) {
+  Versions tried;
+  Versions paths;
+
+  EXPECT_TRUE(TryNewestFirst(Found({u"6.0.9", u"6.0.10", u"6.0.8"}), kPrefix, u"lib", [&](auto& version, auto& path) {
+    tried.push_back(version);
+    paths.push_back(path);
+    return version == u"6.0.9";
+  }));
+
+  EXPECT_EQ(tried, (Versions{u"6.0.10", u"6.0.9"}));
+  EXPECT_EQ(paths, (Versions{u"/fxr/6.0.10/lib", u"/fxr/6.0.9/lib"}));
+}
+
+TEST(TryNewestFirst, IsFalseWhenNoneIsTaken) {
+  EXPECT_FALSE(TryNewestFirst(Found({u"6.0.9"}), kPrefix, u"lib", [](auto&, auto&) { return false; }));
+  EXPECT_FALSE(TryNewestFirst(Found({}), kPrefix, u"lib", [](auto&, auto&) { return true; }));
+}
+
 }  // namespace
 }  // namespace netloader
