@@ -12,3 +12,11 @@ std::ostream& operator<<(std::ostream& os, const wchar_t* text) {
 std::ostream& operator<<(std::ostream& os, const std::wstring& text) {
   return os << text.c_str();
 }
+
+std::ostream& operator<<(std::ostream&& os, const wchar_t* text) {
+  return os << text;
+}
+
+std::ostream& operator<<(std::ostream&& os, const std::wstring& text) {
+  return os << text;
+}

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "netloader/logger/global_logger.h"
+#include "netloader/logger/wide_text_output.h"
 #include "tests/support/captured_log.h"
 
 namespace netloader::logger {
@@ -40,6 +41,16 @@ TEST(LoggerWrapper, ALevelWithoutANameIsUnknown) {
   LoggerWrapper(static_cast<LogLevel>(7)).stream << "x";
 
   EXPECT_EQ(log.Lines(), Lines{"UNKN\tx"});
+}
+
+TEST(LoggerWrapper, AWrapperThatIsATemporaryTakesWideTextToo) {
+  const CapturedLog log;
+
+  LoggerWrapper(LogLevel::TRACE).stream << L"wide \u20ac";
+  LoggerWrapper(LogLevel::TRACE).stream << std::wstring(L"string") << L" and more";
+  LoggerWrapper(LogLevel::TRACE).stream << "narrow " << L"before wide";
+
+  EXPECT_EQ(log.Lines(), (Lines{"TRACE\twide \u20ac", "TRACE\tstring and more", "TRACE\tnarrow before wide"}));
 }
 
 TEST(LoggerWrapper, ANulCutsTheLine) {
