@@ -174,7 +174,7 @@ TEST(LauncherFile, ExportsNothingElseThatIsNotItsOwn) {
   if (const char* why = WHY_OTHER_SYMBOLS; *why != '\0') {
     GTEST_SKIP() << "more is exported by " << why;
   }
-  const std::regex own("^((non-virtual thunk to|guard variable for) )?netloader::");
+  const std::regex own("^((non-virtual thunk to|guard variable for) )?(netloader|tov)::");
   for (const std::string& name : OtherKinds()) {
     EXPECT_TRUE(std::regex_search(name, own)) << name;
   }
