@@ -103,14 +103,14 @@ TEST_F(ImplTest, AnAssemblyThatCannotBeLoadedHasOneErrorLine) {
   EXPECT_EQ(world_.log.Lines().back(), kFailedLine);
 }
 
-TEST_F(ImplTest, AnExceptionOfTheApplicationPassesAfterTheFirstLine) {
+TEST_F(ImplTest, AnExceptionOfTheApplicationPassesAfterTheFirstLineAndLeavesTheHostLoaded) {
   world_.host.Throws(HostFunction::kRun, "the host's words");
   world_.Apply();
 
   EXPECT_THROW(RunWith({"grellin_loader"}), std::runtime_error);
 
   EXPECT_EQ(OwnLines(world_), (Lines{kStartingLine}));
-  EXPECT_EQ(world_.host.Story().back(), "6.0.1 unloaded");
+  EXPECT_EQ(world_.host.Story().back(), "6.0.1 run_app");
 }
 
 TEST(ImplWithoutSettings, LetsTheFailurePass) {

@@ -112,6 +112,16 @@ TEST(Main, AnExceptionIsReportedInOneLineAndAborts) {
   }
 }
 
+TEST(Main, AnExceptionOfAClassOfTheHostsOwnIsReportedTooAndAborts) {
+  for (const HostFunction function : {HostFunction::kInitialize, HostFunction::kRun, HostFunction::kClose}) {
+    SCOPED_TRACE(static_cast<int>(function));
+    World world;
+    world.host.ThrowsOwnClass(function, "words of a class that only the host has");
+
+    EXPECT_TRUE(AbortedSaying(Launcher(world.host).Run(), "Error occurred: words of a class that only the host has"));
+  }
+}
+
 TEST(Main, AThrownNumberIsAnUnknownFailureAndAborts) {
   for (const HostFunction function : {HostFunction::kInitialize, HostFunction::kRun, HostFunction::kClose}) {
     SCOPED_TRACE(static_cast<int>(function));

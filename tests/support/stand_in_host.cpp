@@ -86,6 +86,10 @@ StandInHost& StandInHost::Throws(HostFunction function, const std::string& what)
   return Tell(function, "THROWS", what);
 }
 
+StandInHost& StandInHost::ThrowsOwnClass(HostFunction function, const std::string& what) {
+  return Tell(function, "THROWS_OWN_CLASS", what);
+}
+
 StandInHost& StandInHost::Says(HostFunction function, const std::string& words) {
   return Tell(function, "SAYS", words);
 }

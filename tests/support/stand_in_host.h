@@ -46,6 +46,8 @@ class StandInHost {
   StandInHost& Returns(HostFunction function, int status);
   /// `function` throws std::runtime_error with the text `what`, or the number 42 for the text "int".
   StandInHost& Throws(HostFunction function, const std::string& what);
+  /// `function` throws an exception of a class that only the host has, with the text `what`.
+  StandInHost& ThrowsOwnClass(HostFunction function, const std::string& what);
   /// `function` writes `words` and a line end to standard error, or hands `words` to the error writer that was set.
   StandInHost& Says(HostFunction function, const std::string& words);
   /// `function` ends the process with that exit status.

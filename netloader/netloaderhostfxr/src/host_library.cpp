@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <exception>
 #include <utility>
 
 #include "foundation/convert_to_container.h"
@@ -40,7 +41,9 @@ std::string ReasonToRefuse(const tov::NarrowString& file) {
 }  // namespace
 
 LibraryHandle::~LibraryHandle() {
-  reset();
+  if (std::uncaught_exceptions() == 0) {
+    reset();
+  }
 }
 
 void LibraryHandle::reset() noexcept {

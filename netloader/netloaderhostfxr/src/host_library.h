@@ -9,7 +9,8 @@
 
 namespace netloader {
 
-/// Owns one loaded library; closes it when destroyed or reset.
+/// Owns one loaded library; closes it when destroyed or reset. Destroyed by an exception on its way up, it leaves the
+/// library open: the exception may be of one of the library's own classes, and its text be asked for later.
 class LibraryHandle {
  public:
   LibraryHandle() noexcept = default;

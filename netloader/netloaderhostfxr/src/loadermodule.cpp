@@ -99,7 +99,7 @@ LoaderModule::LoaderModule(const HostFxrModuleParameters& params)
 }
 
 LoaderModule::~LoaderModule() {
-  hostFxrHandle.reset();
+  const LibraryHandle goes_first = std::move(hostFxrHandle);
 }
 
 bool LoaderModule::LoadDotNetWithHigerVersion() {

@@ -19,7 +19,7 @@ class LoaderModule : public LoaderModuleInterface, public std::enable_shared_fro
   /// Sets the runtime's environment: the fixed variables first, so that the parameters' own, applied in the order of
   /// their names, win. An entry without a name is skipped. Throws `std::bad_cast` for text that is not valid UTF-16.
   explicit LoaderModule(const HostFxrModuleParameters& params);
-  /// Closes the host library.
+  /// Closes the host library, unless an exception is on its way up (see host_library.h).
   ~LoaderModule() override;
 
   /// Throws `tov::CheckResultFailedException` for a path that has no UTF-8 form, a pointer to `std::invalid_argument`

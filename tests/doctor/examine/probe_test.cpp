@@ -164,6 +164,16 @@ TEST(ContextProbe, OnlySuccessWithAHandleIsUsable) {
   EXPECT_FALSE(Context(no_handle).IsUsable());
 }
 
+TEST(ContextProbe, AnExceptionOfAClassOfTheHostsOwnKeepsItsWords) {
+  StandInHost throws;
+  throws.ThrowsOwnClass(HostFunction::kInitialize, "its own words");
+
+  const ContextProbe probe = Context(throws);
+
+  EXPECT_EQ(probe.child.end, ChildEnd::kThrew);
+  EXPECT_EQ(probe.child.message, "its own words");
+}
+
 TEST(ContextProbe, AHostThatThrowsOrExitsIsAFinding) {
   StandInHost throws;
   throws.Throws(HostFunction::kInitialize, "its words");

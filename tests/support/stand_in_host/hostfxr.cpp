@@ -147,6 +147,16 @@ void RecordHandle(const char* call, void* handle) {
 }
 #endif
 
+// Its text is code and data of this library.
+class OwnFailure : public std::exception {
+ public:
+  explicit OwnFailure(const char* what) : what_(what) {}
+  const char* what() const noexcept override { return what_.c_str(); }
+
+ private:
+  std::string what_;
+};
+
 // Does what was asked of one function, which is named by the beginning of its variables' names.
 int Obey(const std::string& function) {
   if (const char* what = Told((function + "_THROWS").c_str())) {
@@ -154,6 +164,9 @@ int Obey(const std::string& function) {
       throw 42;
     }
     throw std::runtime_error(what);
+  }
+  if (const char* what = Told((function + "_THROWS_OWN_CLASS").c_str())) {
+    throw OwnFailure(what);
   }
   if (const char* words = Told((function + "_SAYS").c_str())) {
     if (error_writer != nullptr) {

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -219,6 +220,27 @@ TEST(HostLibrary, AnOpenedLibraryThatNobodyTakesIsClosed) {
 
   static_cast<void>(OpenLibrary(runtime.HostFile("6.0.1").u16string()));
 
+  EXPECT_EQ(host.Story(), (Story{"6.0.1 loaded", "6.0.1 unloaded"}));
+}
+
+TEST(HostLibrary, AHandleThatAnExceptionDestroysLeavesItsLibraryOpenOnPurpose) {
+  tests::RuntimeTree runtime;
+  runtime.AddHost("6.0.1");
+  const tests::StandInHost host;
+  const tests::ScopedEnvironment environment(host.Environment());
+  const tov::WideString file = runtime.HostFile("6.0.1").u16string();
+
+  EXPECT_THROW(
+      {
+        const LibraryHandle handle = OpenLibrary(file).library;
+        throw std::runtime_error("on its way up");
+      },
+      std::runtime_error);
+
+  EXPECT_EQ(host.Story(), (Story{"6.0.1 loaded"}));
+  void* const left = ::dlopen(runtime.HostFile("6.0.1").c_str(), RTLD_NOW | RTLD_NOLOAD);
+  ::dlclose(left);
+  ::dlclose(left);
   EXPECT_EQ(host.Story(), (Story{"6.0.1 loaded", "6.0.1 unloaded"}));
 }
 
