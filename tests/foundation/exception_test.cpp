@@ -9,6 +9,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "tests/support/virtual_slot.h"
+
 namespace tov {
 namespace {
 
@@ -133,6 +135,11 @@ TEST(Exception, CopiesMayGoOnAnyThread) {
   for (std::thread& thread : threads) {
     thread.join();
   }
+}
+
+TEST(Exception, TheOperationsStandInTheTableBehindTheDestructor) {
+  EXPECT_EQ(tests::VirtualSlot(&tov::exception::what), 2);
+  EXPECT_EQ(tests::VirtualSlot(&Exception::Text), 3);
 }
 
 }  // namespace

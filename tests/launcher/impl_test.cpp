@@ -9,6 +9,7 @@
 #include <system_error>
 #include <vector>
 
+#include "tests/netloader/netloaderhostfxr/src/interposed_calls.h"
 #include "tests/netloader/netloaderhostfxr/src/loader_world.h"
 #include "tests/netloader/netloaderquorcommon/src/kept_logger.h"
 #include "tests/support/settings_file.h"
@@ -82,6 +83,16 @@ TEST_F(ImplTest, SwitchesTheRuntimesDiagnosticsOff) {
   EXPECT_EQ(RunWith({"grellin_loader"}), 0);
 
   EXPECT_EQ(world_.host.Call("loaded").Variable("DOTNET_EnableDiagnostics"), "0");
+}
+
+TEST_F(ImplTest, ReleasesTheApplicationAfterTheLastLine) {
+  Lines lines;
+  const tests::WatchedClosing watched([&] { lines = world_.log.Lines(); });
+
+  EXPECT_EQ(RunWith({"grellin_loader"}), 0);
+
+  ASSERT_FALSE(lines.empty());
+  EXPECT_EQ(lines.back(), kFinishedLine);
 }
 
 TEST_F(ImplTest, IsNeverWhatTheApplicationOrItsClosingReturns) {

@@ -56,6 +56,15 @@ TEST(Main, WithoutEvenANameOnlyTheAssemblyIsPassedOn) {
   EXPECT_EQ(world.host.Call("initialize").arguments, Texts{kAssembly});
 }
 
+TEST(Main, OneArgumentIsPassedOnAsWell) {
+  const World world;
+
+  const auto outcome = Launcher(world.host).Arguments({"only"}).Run();
+
+  EXPECT_TRUE(EndedSilently(outcome, 0));
+  EXPECT_EQ(world.host.Call("initialize").arguments, (Texts{kAssembly, "only"}));
+}
+
 TEST(Main, ArgumentsFollowTheAssemblyAndTheOwnNameIsNeverPassedOn) {
   const ReadyToLaunch world;
 
@@ -85,6 +94,7 @@ TEST(Main, WhatTheApplicationAndTheCloseReturnIsNeverTheExitStatus) {
     world.host.Returns(HostFunction::kRun, result).Returns(HostFunction::kClose, result);
 
     EXPECT_TRUE(EndedSilently(Launcher(world.host).Run(), 0));
+    EXPECT_EQ(world.host.VersionThatRan(), "6.0.36");
   }
 }
 
@@ -181,6 +191,7 @@ TEST(Main, AnExecutableReachedThroughALinkWorks) {
   fs::create_symlink(LauncherFile(), folder / "link");
 
   EXPECT_TRUE(EndedSilently(Command(folder / "link").Variables(world.host.Environment()).Run(), 0));
+  EXPECT_EQ(world.host.VersionThatRan(), "6.0.36");
 }
 
 TEST(Main, NoLocaleOfTheMachineIsNeeded) {
@@ -189,6 +200,7 @@ TEST(Main, NoLocaleOfTheMachineIsNeeded) {
     const ReadyToLaunch world;
 
     EXPECT_TRUE(EndedSilently(Launcher(world.host).Variable("LC_ALL", locale).Variable("LANG", locale).Run(), 0));
+    EXPECT_EQ(world.host.VersionThatRan(), "6.0.36");
   }
 }
 

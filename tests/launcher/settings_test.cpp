@@ -48,7 +48,9 @@ TEST(Settings, TheRootIsFoundWhereverTheGrammarHasIt) {
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
-    EXPECT_TRUE(EndedSilently(LaunchWith(row.settings), 0));
+    const StandInHost host;
+    EXPECT_TRUE(EndedSilently(LaunchWith(row.settings, host), 0));
+    EXPECT_EQ(host.VersionThatRan(), "6.0.36");
   }
 }
 
@@ -151,7 +153,9 @@ TEST(Settings, ALinkInTheFilesPlaceIsFollowed) {
   fs::remove(kSettingsPath);
   fs::create_symlink(runtime.Root() / "elsewhere.ini", kSettingsPath);
 
-  EXPECT_TRUE(EndedSilently(Launcher().Variable("STAND_IN_RECORD", "/dev/null").Run(), 0));
+  const StandInHost host;
+  EXPECT_TRUE(EndedSilently(Launcher(host).Run(), 0));
+  EXPECT_EQ(host.VersionThatRan(), "6.0.36");
 }
 
 TEST(Settings, KeysAndValuesThatAreNotUtf8AreABadCastAndAbort) {
@@ -187,6 +191,7 @@ TEST(Settings, NoLogFileIsEverMade) {
 
     EXPECT_TRUE(EndedSilently(
         Launcher(host).Folder(logs.Path()).Variable("TMP", logs.Path()).Variable("TEMP", logs.Path()).Run(), 0));
+    EXPECT_EQ(host.VersionThatRan(), "6.0.36");
     EXPECT_TRUE(fs::is_empty(logs.Path()));
   }
 }
@@ -200,6 +205,7 @@ TEST(Settings, TemporaryFoldersOfAnyKindStopNothing) {
     const StandInHost host;
     EXPECT_TRUE(EndedSilently(Launcher(host).Variable("TMP", folder).Run(), 0));
     EXPECT_TRUE(EndedSilently(Launcher(host).Variable("TEMP", folder).Run(), 0));
+    EXPECT_EQ(host.VersionThatRan(), "6.0.36, 6.0.36");
   }
 }
 

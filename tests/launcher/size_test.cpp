@@ -59,6 +59,7 @@ TEST(Size, AMillionSettingsLinesWork) {
 
   EXPECT_TRUE(EndedSilently(small, 0));
   EXPECT_TRUE(EndedSilently(large, 0));
+  EXPECT_EQ(host.VersionThatRan(), "6.0.36, 6.0.36");
   ExpectInProportion(small, large);
 }
 
@@ -75,6 +76,7 @@ TEST(Size, OneSettingsLineOf64MebibytesWorks) {
 
   EXPECT_TRUE(EndedSilently(small, 0));
   EXPECT_TRUE(EndedSilently(large, 0));
+  EXPECT_EQ(host.VersionThatRan(), "6.0.36, 6.0.36");
   ExpectInProportion(small, large);
 }
 

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "tests/support/virtual_slot.h"
+
 namespace netloader::logger {
 namespace {
 
@@ -16,6 +18,11 @@ TEST(Logger, TheLevelsHaveTheirNumbers) {
   EXPECT_EQ(static_cast<std::uint32_t>(LogLevel::TRACE), 0U);
   EXPECT_EQ(static_cast<std::uint32_t>(LogLevel::ERROR), 1U);
   EXPECT_EQ(static_cast<std::uint32_t>(LogLevel::INFRA), 2U);
+}
+
+TEST(Logger, TheOperationsStandInTheTableInThisOrderBehindTheDestructor) {
+  EXPECT_EQ(tests::VirtualSlot(&ILogger::IsValid), 2);
+  EXPECT_EQ(tests::VirtualSlot(&ILogger::Trace), 3);
 }
 
 TEST(Logger, TheEmptyLoggerIsAlwaysValidAndTakesAnything) {

@@ -81,6 +81,13 @@ TEST(LoggerWrapper, WithoutALoggerALineHasNoEffect) {
   EXPECT_EQ(log.Lines(), Lines());
 }
 
+TEST(LoggerWrapper, TheLevelStandsBeforeTheStream) {
+  const LoggerWrapper line(LogLevel::TRACE);
+
+  EXPECT_EQ(static_cast<const void*>(&line), &line.level);
+  EXPECT_LT(static_cast<const void*>(&line.level), static_cast<const void*>(&line.stream));
+}
+
 TEST(LoggerWrapper, TheStreamCanBeReadBack) {
   LoggerWrapper line(LogLevel::TRACE);
   line.stream << "42";

@@ -27,6 +27,8 @@ std::size_t failing_size = 0;
 
 std::function<void(const std::string&)> status_watcher;
 
+std::function<void()> closing_watcher;
+
 std::vector<std::string> loader_errors;
 std::size_t next_loader_error = 0;
 
@@ -84,6 +86,14 @@ WatchedStatus::~WatchedStatus() {
   status_watcher = nullptr;
 }
 
+WatchedClosing::WatchedClosing(std::function<void()> look) {
+  closing_watcher = std::move(look);
+}
+
+WatchedClosing::~WatchedClosing() {
+  closing_watcher = nullptr;
+}
+
 ScriptedLoaderErrors::ScriptedLoaderErrors(std::vector<std::string> texts) {
   loader_errors = std::move(texts);
   next_loader_error = 0;
@@ -126,6 +136,14 @@ extern "C" int fstatat(int folder, const char* path, struct stat* status, int fl
     tests::status_watcher(path);
   }
   return static_cast<int>(::syscall(SYS_newfstatat, folder, path, status, flags));
+}
+
+extern "C" int dlclose(void* library) noexcept {
+  static const auto real = reinterpret_cast<int (*)(void*)>(::dlsym(RTLD_NEXT, "dlclose"));
+  if (tests::closing_watcher) {
+    tests::closing_watcher();
+  }
+  return real(library);
 }
 
 extern "C" char* dlerror() noexcept {

@@ -46,6 +46,15 @@ class WatchedStatus {
   WatchedStatus& operator=(const WatchedStatus&) = delete;
 };
 
+/// Calls `look` each time a library is about to be closed.
+class WatchedClosing {
+ public:
+  explicit WatchedClosing(std::function<void()> look);
+  ~WatchedClosing();
+  WatchedClosing(const WatchedClosing&) = delete;
+  WatchedClosing& operator=(const WatchedClosing&) = delete;
+};
+
 /// Answers the next calls of `dlerror` with these texts, then lets the dynamic loader answer again.
 class ScriptedLoaderErrors {
  public:

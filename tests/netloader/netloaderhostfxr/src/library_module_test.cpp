@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/virtual_slot.h"
+
 namespace netloader {
 namespace {
 
@@ -62,6 +64,11 @@ TEST_F(LibraryModuleTest, KeepsItsLoaderForAsLongAsItLives) {
     EXPECT_EQ(Happened(), Story());
   }
   EXPECT_EQ(Happened(), (Story{"loader gone"}));
+}
+
+TEST(LibraryInterface, TheOperationsStandInTheTablesBehindTheDestructors) {
+  EXPECT_EQ(tests::VirtualSlot(&LibraryInterface::Run), 2);
+  EXPECT_EQ(tests::VirtualSlot(&LoaderModuleInterface::LoadAssembly), 2);
 }
 
 }  // namespace

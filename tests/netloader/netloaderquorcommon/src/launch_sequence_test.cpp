@@ -14,6 +14,7 @@
 
 #include "netloader/logger/global_logger.h"
 #include "tests/netloader/netloaderquorcommon/src/interposed_readlink.h"
+#include "tests/support/captured_log.h"
 #include "tests/support/runtime_tree.h"
 #include "tests/support/scoped_environment.h"
 #include "tests/support/settings_file.h"
@@ -71,6 +72,20 @@ TEST(LaunchSequence, LoadsTheAssemblyAndDoesNotRunIt) {
   EXPECT_EQ(world.host.Story(), (Story{"6.0.1 loaded", "6.0.1 initialize"}));
   EXPECT_EQ(world.host.Call("initialize").arguments, (Story{"/opt/morvath/quor/lib64/app.dll"}));
   EXPECT_EQ(world.host.Call("initialize").fields.at("dotnet_root"), world.Runtime().Root());
+}
+
+TEST(LaunchSequence, InstallsTheEmptyLoggerBeforeItsFirstLine) {
+  World world;
+  world.Runtime().AddHost("6.0.1");
+  const tests::CapturedLog log;
+  // Abandoned by the launch, on purpose; kept here, so that it is no leak.
+  [[maybe_unused]] static const logger::ILogger* const abandoned = logger::GetLogger();
+
+  static_cast<void>(Launch());
+
+  EXPECT_TRUE(logger::IsEmptyLoggerCurrent());
+  ASSERT_FALSE(log.Lines().empty());
+  EXPECT_EQ(log.Lines().back(), "TRACE\tInitNetloaderLoggingSettingsOrUseDefault: logging settings set");
 }
 
 TEST(LaunchSequence, PassesTheArgumentsOn) {
