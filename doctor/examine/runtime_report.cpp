@@ -111,9 +111,7 @@ class Examiner {
   Examiner(RuntimeReport& report, const LibraryProber& prober) : report_(report), prober_(prober) {}
 
   void Examine() {
-    for (const tov::WideString& name : Ordered()) {
-      AddCandidate(name);
-    }
+    TryCandidates();
     const std::size_t candidates = report_.versions.size();
     for (const VersionFinding& finding : report_.discovery.findings) {
       AddOther(finding);
@@ -123,12 +121,17 @@ class Examiner {
   }
 
  private:
-  std::vector<tov::WideString> Ordered() {
+  // Every candidate is reported, also those that a launch would not come to; so none is taken.
+  void TryCandidates() {
+    const auto attempt = [this](const tov::WideString& name, const tov::WideString& /*library*/) {
+      AddCandidate(name);
+      return false;
+    };
     try {
-      return netloader::NewestFirst(report_.discovery.Accepted(), netloader::quor::kDotnetVersionPrefix);
+      netloader::TryNewestFirst(report_.discovery, netloader::quor::kDotnetVersionPrefix, netloader::kHostFxrFileName,
+                                attempt);
     } catch (const std::bad_cast& failure) {
       report_.failure = failure.what();
-      return {};
     }
   }
 
