@@ -14,6 +14,7 @@ void Report(launcher::LastWords words) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // Where there is no such locale the plain one stays, and does as well: the launcher's own text is UTF-8 under each.
   static_cast<void>(std::setlocale(LC_ALL, ".UTF8"));
   // Reported in the launcher's own words first; rethrown, a failure then ends the process loudly.
   try {

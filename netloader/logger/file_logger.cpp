@@ -17,6 +17,8 @@ using tov::WideString;
 using tov::filesystem::detail::PathImplBase;
 
 const WideString kLogFileExtension = u".log";
+
+// What stands in the way of a name (a folder, a file of another user) may not stand in the way of the next.
 constexpr unsigned int kAttempts = 10;
 
 WideString LevelText(LogLevel level) {

@@ -27,6 +27,7 @@ bool IsEmptyLoggerCurrent() {
 }
 
 void InitEmptyLogger() {
+  // What was there is left alone: a line that is being written elsewhere may still use it.
   globalLogger = defaultEmptyLogger;
 }
 

@@ -9,6 +9,7 @@
 namespace netloader::platform_utils {
 namespace {
 
+// A variable that cannot be set is no reason not to launch: the runtime works without, only less safely.
 void Apply(const StaticVariable& variable) {
   if (variable.value != nullptr) {
     ::setenv(variable.name, variable.value, 1);

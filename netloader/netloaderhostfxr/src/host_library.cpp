@@ -76,6 +76,7 @@ OpenedLibrary OpenLibrary(const tov::WideString& path) {
     static_cast<void>(::dlerror());  // As after a failed opening, nothing older is left to be asked for.
     return {{}, BoundedErrorText(file + ": " + reason, file)};
   }
+  // Bound now, so that a library that lacks a symbol fails here, where the next version can still be tried.
   if (void* handle = ::dlopen(file.c_str(), RTLD_NOW)) {
     return {LibraryHandle(handle), {}};
   }

@@ -13,7 +13,7 @@ LibraryModule::LibraryModule(const std::shared_ptr<LoaderModuleInterface>& loade
 LibraryModule::~LibraryModule() = default;
 
 int LibraryModule::Run() {
-  run_(handle_);
+  run_(handle_);  // Its result is the application's own affair.
   return close_(handle_);
 }
 

@@ -30,7 +30,8 @@ using Enumerator =
 const WideString kHostFolder = u"host";
 const WideString kFxrFolder = u"fxr";
 
-// A file's mode, a final link not followed; or why it cannot be had.
+// A file's mode, or why it cannot be had. A final link is not followed: only what is installed under the root itself is
+// to be loaded, not what some link points at.
 struct FileMode {
   mode_t mode;
   int result;
