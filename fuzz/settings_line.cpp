@@ -17,6 +17,7 @@ using tov::text::Cast;
 
 namespace {
 
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): no listener is destroyed through its base.
 class Checker final : public detail::SettingsListener {
  public:
   void Skips(std::string_view line) override {

@@ -16,6 +16,7 @@ namespace quor = netloader::quor::detail;
 using netloader::quor::DotnetSettingsProvider;
 
 // Keeps each line with its use.
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): no listener is destroyed through its base.
 class Reader final : public quor::SettingsListener {
  public:
   explicit Reader(SettingsReport& report) : report_(report) {}

@@ -6,6 +6,7 @@
 namespace netloader::quor::detail {
 
 /// Writes a line for each step to the current logger.
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): no listener is destroyed through its base.
 class SettingsLog final : public SettingsListener {
  public:
   void IsLoadedAlready() override;

@@ -3,9 +3,7 @@
 #include <dlfcn.h>
 #include <stdio.h>  // NOLINT(modernize-deprecated-headers): fopencookie is the C library's.
 
-#include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <optional>
 #include <utility>
 
@@ -28,8 +26,7 @@ ssize_t Read(void* /*cookie*/, char* buffer, std::size_t size) {
     errno = read_error;
     return -1;
   }
-  const std::size_t length = std::min(size, text_before.size());
-  std::memcpy(buffer, text_before.data(), length);
+  const std::size_t length = text_before.copy(buffer, size);
   text_before.erase(0, length);
   return static_cast<ssize_t>(length);
 }
