@@ -1,33 +1,21 @@
 #include "doctor/examine/probe.h"
 
-#include <dlfcn.h>
-
-#include "launcher/product/product.h"
+#include "doctor/examine/asked_host.h"
 #include "netloader/netloaderhostfxr/src/host_binding.h"
-#include "netloader/netloaderhostfxr/src/host_context.h"
-#include "netloader/platform/environment.h"
 
 namespace doctor {
 namespace {
 
-// `hostfxr_set_error_writer` of the hosting interface.
-using ErrorWriter = void (*)(const char* message);
-using SetErrorWriter = ErrorWriter (*)(ErrorWriter writer);
+constexpr const char* kAssemblies = "TRUSTED_PLATFORM_ASSEMBLIES";
 
-// The writer has no context of its own; the process that fills this lives for one probe.
-std::string& HostText() {
-  static std::string text;
-  return text;
-}
+// `hostfxr_get_runtime_property_value` of the hosting interface.
+using GetProperty = std::int32_t (*)(void* handle, const char* name, const char** value);
 
-void WriteHostText(const char* message) {
-  HostText().append(message).append("\n");
-}
-
-void ListenToHost(void* library) {
-  if (void* setter = ::dlsym(library, "hostfxr_set_error_writer")) {
-    reinterpret_cast<SetErrorWriter>(setter)(WriteHostText);
-  }
+// Empty when the host does not say.
+std::string AssembliesOf(const AskedHost& host) {
+  const auto get = reinterpret_cast<GetProperty>(host.Function("hostfxr_get_runtime_property_value"));
+  const char* value = nullptr;
+  return get != nullptr && get(host.context.handle, kAssemblies, &value) == 0 && value != nullptr ? value : "";
 }
 
 // Keeps why a host could not be bound.
@@ -54,25 +42,18 @@ Answer LoadLibrary(const tov::WideString& path) {
 }
 
 Answer CreateContext(const tov::WideString& path, const tov::WideString& root, const tov::WideString& assembly) {
-  ApplyLaunchEnvironment();
-  BindingReason unused;
-  netloader::HostBinding host = netloader::BindHost(path, unused);
-  ListenToHost(host.library.get());
-  const netloader::HostContext context =
-      netloader::CreateHostContext(host.functions.initialize, root, path, assembly, 0, nullptr);
-  if (context.IsUsable()) {
-    host.functions.close(context.handle);
-    host.library.release();
+  AskedHost host = AskHost(path, root, assembly);
+  std::string assemblies;
+  if (host.context.IsUsable()) {
+    assemblies = AssembliesOf(host);
+    host.binding.functions.close(host.context.handle);
+    host.binding.library.release();
   }  // Else the library is closed, as a launch does, without closing what there may be of a context.
-  return {std::to_string(context.result), context.handle != nullptr ? "handle" : "", std::to_string(context.error),
-          HostText()};
+  return {std::to_string(host.context.result), host.context.handle != nullptr ? "handle" : "",
+          std::to_string(host.context.error), HostWords(), assemblies};
 }
 
 }  // namespace
-
-void ApplyLaunchEnvironment() {
-  netloader::platform_utils::ApplyRuntimeEnvironment(launcher::RuntimeEnvironment());
-}
 
 LibraryProbe ProbeLibrary(const tov::WideString& path, std::chrono::milliseconds limit) {
   LibraryProbe probe{RunInChild([&] { return LoadLibrary(path); }, limit)};
@@ -92,6 +73,7 @@ ContextProbe ProbeContext(const tov::WideString& library, const tov::WideString&
     probe.has_handle = !answer.at(1).empty();
     probe.error = static_cast<std::uint32_t>(std::stoul(answer.at(2)));
     probe.host_text = answer.at(3);
+    probe.assemblies = answer.at(4);
   }
   return probe;
 }

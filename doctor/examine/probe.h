@@ -30,8 +30,9 @@ struct ContextProbe {
   ChildResult child = {};
   std::int32_t result = 0;  ///< The host's status code.
   bool has_handle = false;
-  std::uint32_t error = 0;     ///< errno after the call.
-  std::string host_text = {};  ///< What the host wrote through its error writer.
+  std::uint32_t error = 0;      ///< errno after the call.
+  std::string host_text = {};   ///< What the host wrote through its error writer.
+  std::string assemblies = {};  ///< The assemblies that the runtime is to know, parted by colons; empty when not known.
 
   bool IsUsable() const { return child.end == ChildEnd::kFinished && result == 0 && has_handle; }
 };
@@ -40,8 +41,5 @@ struct ContextProbe {
 /// runs.
 ContextProbe ProbeContext(const tov::WideString& library, const tov::WideString& dotnetRoot,
                           const tov::WideString& assembly, std::chrono::milliseconds limit);
-
-/// The variables that a launch sets and removes, applied to this process.
-void ApplyLaunchEnvironment();
 
 }  // namespace doctor

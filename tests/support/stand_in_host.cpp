@@ -12,8 +12,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::array kVariantFolders{"whole", "lacks_initialize", "lacks_run", "lacks_close", "null_run", "unresolved"};
-constexpr std::array kFunctionNames{"INITIALIZE", "RUN", "CLOSE"};
+constexpr std::array kVariantFolders{"whole",       "lacks_initialize", "lacks_run", "lacks_close",
+                                     "lacks_start", "null_run",         "unresolved"};
+constexpr std::array kFunctionNames{"INITIALIZE", "RUN", "CLOSE", "START"};
 
 int HexDigit(char c) {
   return c <= '9' ? c - '0' : c - 'a' + 10;
@@ -98,12 +99,28 @@ StandInHost& StandInHost::Exits(HostFunction function, int status) {
   return Tell(function, "EXITS", std::to_string(status));
 }
 
+StandInHost& StandInHost::Dies(HostFunction function, int signal) {
+  return Tell(function, "DIES", std::to_string(signal));
+}
+
 StandInHost& StandInHost::SetsErrno(HostFunction function, int error) {
   return Tell(function, "ERRNO", std::to_string(error));
 }
 
 StandInHost& StandInHost::GivesNoHandle() {
   return Tell(HostFunction::kInitialize, "GIVES_NO_HANDLE", "1");
+}
+
+StandInHost& StandInHost::OffersOnly(int type) {
+  return Tell(HostFunction::kStart, "OFFERS", std::to_string(type));
+}
+
+StandInHost& StandInHost::Knows(const std::vector<fs::path>& assemblies) {
+  std::string& list = environment_["STAND_IN_ASSEMBLIES"];
+  for (const fs::path& assembly : assemblies) {
+    list += assembly.string() + ":";
+  }
+  return *this;
 }
 
 std::vector<HostCall> StandInHost::Calls() const {

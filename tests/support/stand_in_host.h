@@ -16,6 +16,7 @@ enum class HostVariant {
   kLacksInitialize,
   kLacksRun,
   kLacksClose,
+  kLacksStart,  ///< Cannot start a runtime without running the application.
   kNullRun,     ///< hostfxr_run_app is found, and is a null pointer.
   kUnresolved,  ///< Needs a function that nobody has, so that binding every symbol at once fails.
 };
@@ -25,10 +26,10 @@ enum class HostVariant {
 
 /// One thing that happened in a stand-in host.
 struct HostCall {
-  std::string name;                                ///< loaded, initialize, run_app, close or unloaded
+  std::string name;                                ///< loaded, initialize, run_app, close, unloaded, get_runtime_...
   std::string version;                             ///< the folder that the library was loaded from
   std::vector<std::string> arguments;              ///< of initialize, the assembly first
-  std::map<std::string, std::string> fields;       ///< argc, size, host_path, dotnet_root, handle, file
+  std::map<std::string, std::string> fields;       ///< argc, size, host_path, dotnet_root, handle, file, type, name
   std::map<std::string, std::string> environment;  ///< of the process, as loaded, initialize and unloaded saw it
 
   /// The variable's value, or "(not set)".
@@ -36,7 +37,7 @@ struct HostCall {
 };
 
 /// The functions of a host whose behaviour can be chosen.
-enum class HostFunction { kInitialize, kRun, kClose };
+enum class HostFunction { kInitialize, kRun, kClose, kStart };
 
 /// Chooses what the stand-in hosts of a process do, through its environment, and reads back what they recorded. What
 /// nothing is chosen for succeeds.
@@ -52,10 +53,17 @@ class StandInHost {
   StandInHost& Says(HostFunction function, const std::string& words);
   /// `function` ends the process with that exit status.
   StandInHost& Exits(HostFunction function, int status);
+  /// `function` ends the process with that signal.
+  StandInHost& Dies(HostFunction function, int signal);
   /// `function` leaves that error number behind.
   StandInHost& SetsErrno(HostFunction function, int error);
   /// Initialising leaves the handle null.
   StandInHost& GivesNoHandle();
+
+  /// The runtime is started for this type of function only; the other types are refused as invalid.
+  StandInHost& OffersOnly(int type);
+  /// The assemblies that the runtime is to know; without, the host does not say.
+  StandInHost& Knows(const std::vector<std::filesystem::path>& assemblies);
 
   /// The variables that make a process's stand-in hosts obey and record.
   [[nodiscard]] const std::map<std::string, std::string>& Environment() const { return environment_; }

@@ -129,12 +129,21 @@ TEST(ContextProbe, CreatesTheContextOfALaunchWithoutArgumentsClosesItAndRunsNoth
   for (const auto& call : host.Calls()) {
     calls.push_back(call.name);
   }
-  EXPECT_EQ(calls, (std::vector<std::string>{"loaded", "initialize", "close"}));
+  EXPECT_EQ(calls, (std::vector<std::string>{"loaded", "initialize", "get_runtime_property_value", "close"}));
   const auto call = host.Call("initialize");
   EXPECT_EQ(call.arguments, std::vector<std::string>{"/app.dll"});
   EXPECT_EQ(call.fields.at("dotnet_root"), "/root");
   EXPECT_EQ(call.fields.at("host_path"), tests::HostLibrary().string());
   EXPECT_EQ(call.Variable("DOTNET_EnableDiagnostics"), "0");
+}
+
+TEST(ContextProbe, HoldsTheAssembliesThatTheRuntimeIsToKnow) {
+  StandInHost host;
+  EXPECT_EQ(Context(host).assemblies, "") << "a host that does not say";
+
+  host.Knows({"/a.dll", "/b.dll"});
+
+  EXPECT_EQ(Context(host).assemblies, "/a.dll:/b.dll:");
 }
 
 TEST(ContextProbe, ARefusalIsToldWithStatusErrnoAndTheHostsWords) {

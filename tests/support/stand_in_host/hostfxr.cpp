@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -22,6 +23,10 @@ struct InitializeParameters {
   const char* dotnet_root;
 };
 using ErrorWriter = void (*)(const char* message);
+
+// Of the host's documented statuses.
+constexpr auto kInvalidArgument = static_cast<std::int32_t>(0x80008081);
+constexpr auto kPropertyNotFound = static_cast<std::int32_t>(0x800080a4);
 
 ErrorWriter error_writer = nullptr;
 int context = 0;  // Its address is the handle.
@@ -175,6 +180,10 @@ int Obey(const std::string& function) {
       std::fprintf(stderr, "%s\n", words);
     }
   }
+  if (const int signal = ToldNumber((function + "_DIES").c_str(), 0); signal != 0) {
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+  }
   if (Told((function + "_EXITS").c_str()) != nullptr) {
     std::exit(ToldNumber((function + "_EXITS").c_str(), 0));
   }
@@ -231,6 +240,38 @@ extern "C" [[gnu::visibility("default")]] std::int32_t hostfxr_run_app(void* han
 extern "C" [[gnu::visibility("default")]] std::int32_t hostfxr_close(void* handle) {
   RecordHandle("close", handle);
   return Obey("STAND_IN_CLOSE");
+}
+#endif
+
+#ifndef LACKS_START
+extern "C" [[gnu::visibility("default")]] std::int32_t hostfxr_get_runtime_delegate(void* handle, std::int32_t type,
+                                                                                    void** delegate) {
+  if (const char* record = Record()) {
+    Event("get_runtime_delegate")
+        .Field("handle", Hex(handle))
+        .Field("type", std::to_string(type))
+        .Environment()
+        .Write(record);
+  }
+  if (type != ToldNumber("STAND_IN_START_OFFERS", type)) {
+    return kInvalidArgument;
+  }
+  *delegate = &context;
+  return Obey("STAND_IN_START");
+}
+
+extern "C" [[gnu::visibility("default")]] std::int32_t hostfxr_get_runtime_property_value(void* handle,
+                                                                                          const char* name,
+                                                                                          const char** value) {
+  if (const char* record = Record()) {
+    Event("get_runtime_property_value").Field("handle", Hex(handle)).Field("name", name).Write(record);
+  }
+  const char* assemblies = Told("STAND_IN_ASSEMBLIES");
+  if (assemblies == nullptr || std::strcmp(name, "TRUSTED_PLATFORM_ASSEMBLIES") != 0) {
+    return kPropertyNotFound;
+  }
+  *value = assemblies;
+  return 0;
 }
 #endif
 

@@ -1,0 +1,64 @@
+#include "doctor/examine/asked_host.h"
+
+#include <dlfcn.h>
+
+#include "launcher/product/product.h"
+#include "netloader/platform/environment.h"
+
+namespace doctor {
+namespace {
+
+// `hostfxr_set_error_writer` of the hosting interface.
+using ErrorWriter = void (*)(const char* message);
+using SetErrorWriter = ErrorWriter (*)(ErrorWriter writer);
+
+// The writer has no context of its own; the process that fills this lives for one probe.
+std::string& Words() {
+  static std::string words;
+  return words;
+}
+
+void WriteWords(const char* message) {
+  Words().append(message).append("\n");
+}
+
+void ListenTo(const AskedHost& host) {
+  if (void* setter = host.Function("hostfxr_set_error_writer")) {
+    reinterpret_cast<SetErrorWriter>(setter)(WriteWords);
+  }
+}
+
+// Whoever asks a host has seen before that it can be bound.
+class Unheard final : public netloader::BindingListener {
+ public:
+  void LibraryNotOpened(const std::string&) override {}
+  void LibraryOpened() override {}
+  void FunctionNotFound(const char*, const std::string&) override {}
+  void FunctionIsNull(const char*) override {}
+  void HostBound() override {}
+};
+
+}  // namespace
+
+void* AskedHost::Function(const char* name) const {
+  return ::dlsym(binding.library.get(), name);
+}
+
+AskedHost AskHost(const tov::WideString& path, const tov::WideString& root, const tov::WideString& assembly) {
+  ApplyLaunchEnvironment();
+  Unheard unheard;
+  AskedHost host{netloader::BindHost(path, unheard)};
+  ListenTo(host);
+  host.context = netloader::CreateHostContext(host.binding.functions.initialize, root, path, assembly, 0, nullptr);
+  return host;
+}
+
+const std::string& HostWords() {
+  return Words();
+}
+
+void ApplyLaunchEnvironment() {
+  netloader::platform_utils::ApplyRuntimeEnvironment(launcher::RuntimeEnvironment());
+}
+
+}  // namespace doctor

@@ -1,0 +1,71 @@
+#include "doctor/examine/start_probe.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+
+#include "doctor/examine/asked_host.h"
+
+namespace doctor {
+namespace {
+
+// `hostfxr_get_runtime_delegate` of the hosting interface. Asked for a managed function, the host starts the runtime
+// first.
+using GetDelegate = std::int32_t (*)(void* handle, std::int32_t type, void** delegate);
+
+// hdt_get_function_pointer, and hdt_load_assembly_and_get_function_pointer for hosts that refuse the first. The runtime
+// has both functions within itself; nothing of the application is loaded for them.
+constexpr auto kDelegates = std::to_array<std::int32_t>({6, 5});
+
+// What a host answers that gives no such function for an application: the runtime was not started.
+bool IsNotOffered(std::int32_t status) {
+  constexpr auto kAnswers = std::to_array<std::uint32_t>({0x80008081, 0x800080a6});
+  return std::ranges::find(kAnswers, static_cast<std::uint32_t>(status)) != kAnswers.end();
+}
+
+// A runtime that dies writes a dump where it is set up to; a diagnosis leaves no file behind.
+void PreventDumps() {
+  ::unsetenv("DOTNET_DbgEnableMiniDump");
+  ::unsetenv("COMPlus_DbgEnableMiniDump");
+}
+
+Answer Tried(std::int32_t result) {
+  return {"tried", std::to_string(result), HostWords()};
+}
+
+Answer NotTried() {
+  return {"", "0", HostWords()};
+}
+
+Answer Start(const tov::WideString& path, const tov::WideString& root, const tov::WideString& assembly) {
+  PreventDumps();
+  AskedHost host = AskHost(path, root, assembly);
+  const auto get = reinterpret_cast<GetDelegate>(host.Function("hostfxr_get_runtime_delegate"));
+  if (get == nullptr || !host.context.IsUsable()) {
+    return NotTried();
+  }
+  host.binding.library.release();  // The runtime's threads go on until the process ends.
+  for (const std::int32_t type : kDelegates) {
+    void* delegate = nullptr;
+    if (const std::int32_t result = get(host.context.handle, type, &delegate); !IsNotOffered(result)) {
+      return Tried(result);
+    }
+  }
+  return NotTried();
+}
+
+}  // namespace
+
+StartProbe ProbeStart(const tov::WideString& library, const tov::WideString& dotnetRoot,
+                      const tov::WideString& assembly, std::chrono::milliseconds limit) {
+  StartProbe probe{RunInChild([&] { return Start(library, dotnetRoot, assembly); }, limit)};
+  if (probe.child.end == ChildEnd::kFinished) {
+    const Answer& answer = probe.child.answer;
+    probe.was_tried = !answer.at(0).empty();
+    probe.result = std::stoi(answer.at(1));
+    probe.host_text = answer.at(2);
+  }
+  return probe;
+}
+
+}  // namespace doctor
