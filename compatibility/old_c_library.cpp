@@ -9,6 +9,8 @@
 
 #define HIDDEN [[gnu::visibility("hidden")]]
 
+// The names are the C library's.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 
 // Dynamic loading, which moved from libdl to libc in 2.34.
@@ -84,3 +86,4 @@ HIDDEN extern const char __libc_single_threaded;
 const char __libc_single_threaded = 0;
 
 }  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)

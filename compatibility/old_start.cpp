@@ -5,6 +5,8 @@
 
 #define HIDDEN [[gnu::visibility("hidden")]]
 
+// The names are the C library's.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 
 using Main = int (*)(int, char**, char**);
@@ -32,3 +34,4 @@ HIDDEN int __libc_start_main(Main main, int argc, char** argv, Initializer /*ini
 }
 
 }  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)
