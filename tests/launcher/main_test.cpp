@@ -57,7 +57,7 @@ TEST(Main, WithoutEvenANameOnlyTheAssemblyIsPassedOn) {
 }
 
 TEST(Main, OneArgumentIsPassedOnAsWell) {
-  const World world;
+  const ReadyToLaunch world;
 
   const auto outcome = Launcher(world.host).Arguments({"only"}).Run();
 
@@ -125,7 +125,7 @@ TEST(Main, AnExceptionIsReportedInOneLineAndAborts) {
 TEST(Main, AnExceptionOfAClassOfTheHostsOwnIsReportedTooAndAborts) {
   for (const HostFunction function : {HostFunction::kInitialize, HostFunction::kRun, HostFunction::kClose}) {
     SCOPED_TRACE(static_cast<int>(function));
-    World world;
+    ReadyToLaunch world;
     world.host.ThrowsOwnClass(function, "words of a class that only the host has");
 
     EXPECT_TRUE(AbortedSaying(Launcher(world.host).Run(), "Error occurred: words of a class that only the host has"));

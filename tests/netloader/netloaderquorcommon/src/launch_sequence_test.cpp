@@ -75,7 +75,7 @@ TEST(LaunchSequence, LoadsTheAssemblyAndDoesNotRunIt) {
 }
 
 TEST(LaunchSequence, InstallsTheEmptyLoggerBeforeItsFirstLine) {
-  World world;
+  InstalledRuntime world;
   world.Runtime().AddHost("6.0.1");
   const tests::CapturedLog log;
   // Abandoned by the launch, on purpose; kept here, so that it is no leak.
@@ -258,7 +258,7 @@ TEST(LaunchSequence, AVariableThatDoesNotConvertThrows) {
   EXPECT_THROW(Launch({{u"LAUNCH_TEST", WideString(1, u'\xd800')}}), std::bad_cast);
 }
 
-TEST(LaunchSequence, WhatTheHostThrowsPassesAndTheHostIsUnloaded) {
+TEST(LaunchSequence, WhatTheHostThrowsPassesAndTheHostStaysLoaded) {
   InstalledRuntime world;
   world.Runtime().AddHost("6.0.1");
   world.host.Throws(HostFunction::kInitialize, "int");
@@ -266,7 +266,7 @@ TEST(LaunchSequence, WhatTheHostThrowsPassesAndTheHostIsUnloaded) {
 
   EXPECT_THROW(Launch(), int);
 
-  EXPECT_EQ(world.host.Story().back(), "6.0.1 unloaded");
+  EXPECT_EQ(world.host.Story().back(), "6.0.1 initialize");
 }
 
 }  // namespace
