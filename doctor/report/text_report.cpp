@@ -87,10 +87,10 @@ void PutSettings(Page& page, const SettingsReport& settings) {
     return;
   }
   Rows rows;
-  std::size_t left_out = 0;
+  std::size_t leftOut = 0;
   for (const SettingsEntry& entry : settings.entries) {
     if (rows.size() >= kLongestList && !Matters(entry)) {
-      ++left_out;
+      ++leftOut;
       continue;
     }
     const std::string text =
@@ -98,8 +98,8 @@ void PutSettings(Page& page, const SettingsReport& settings) {
     rows.push_back({{"line " + std::to_string(entry.line)}, UseCell(entry), {text}});
   }
   page.Table(rows, kIndent);
-  if (left_out > 0) {
-    page.Paragraph("and " + std::to_string(left_out) + " lines more that are not used", kIndent, Paint::kFaint);
+  if (leftOut > 0) {
+    page.Paragraph("and " + std::to_string(leftOut) + " lines more that are not used", kIndent, Paint::kFaint);
   }
   if (settings.entries.empty()) {
     page.Paragraph("holds no line", kIndent, Paint::kOdd);

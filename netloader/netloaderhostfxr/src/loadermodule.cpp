@@ -99,7 +99,7 @@ LoaderModule::LoaderModule(const HostFxrModuleParameters& params)
 }
 
 LoaderModule::~LoaderModule() {
-  const LibraryHandle goes_first = std::move(hostFxrHandle);  // While the other members are still there.
+  const LibraryHandle goesFirst = std::move(hostFxrHandle);  // While the other members are still there.
 }
 
 bool LoaderModule::LoadDotNetWithHigerVersion() {
