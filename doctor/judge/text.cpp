@@ -58,6 +58,21 @@ std::string Quoted(std::string_view bytes) {
   return text += "'";
 }
 
+std::string ShellWord(std::string_view bytes) {
+  constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_@%+=:,./-";
+  if (!bytes.empty() && bytes.front() != '-' && bytes.find_first_not_of(kPlain) == std::string_view::npos) {
+    return std::string(bytes);
+  }
+  std::string shown(bytes);
+  std::erase(shown, '\\');
+  const bool isShown = Printable(shown) == shown;
+  std::string word = isShown ? "'" : "$'";
+  for (const char letter : isShown ? std::string(bytes) : Printable(bytes)) {
+    word += letter != '\'' ? std::string(1, letter) : isShown ? "'\\''" : "\\'";
+  }
+  return word += "'";
+}
+
 std::size_t Columns(std::string_view text) {
   return static_cast<std::size_t>(
       std::ranges::count_if(text, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));

@@ -18,6 +18,10 @@ std::string Printable(std::string_view bytes);
 /// Between single quotes, so that blanks show, and printable.
 std::string Quoted(std::string_view bytes);
 
+/// The bytes as one word of a command line: as they are where a shell takes them so, else between quotes that give a
+/// POSIX shell or, where a byte cannot be shown, bash exactly these bytes.
+std::string ShellWord(std::string_view bytes);
+
 /// How many columns a printable text takes, a code point one column each.
 std::size_t Columns(std::string_view text);
 

@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <filesystem>
+
+#include "tests/support/temp_folder.h"
+
 namespace doctor {
 namespace {
 
@@ -40,6 +45,39 @@ TEST(Text, ColumnsAreCodePoints) {
   EXPECT_EQ(Columns(""), 0U);
   EXPECT_EQ(Columns("abc"), 3U);
   EXPECT_EQ(Columns("\u00e4\u20ac\U0001F600"), 3U);
+}
+
+// What bash makes of the word.
+std::string FromShell(const std::string& word) {
+  const tests::TempFolder folder;
+  tests::WriteFile(folder / "script", "printf %s " + word);
+  FILE* shell = ::popen(("bash " + std::filesystem::path(folder / "script").string()).c_str(), "r");
+  std::string text;
+  for (int letter = std::fgetc(shell); letter != EOF; letter = std::fgetc(shell)) {
+    text += static_cast<char>(letter);
+  }
+  ::pclose(shell);
+  return text;
+}
+
+TEST(ShellWord, GivesAShellTheBytes) {
+  for (const char* bytes : {"/usr/share/dotnet", "/a b", "it's", "", "-x", "$HOME", "a\\b", "*", "\"q\"", "\u00e4", "~",
+                            "a\r'\\b", "caf\xe9 \\",
+                            "\x01"
+                            "1"}) {
+    EXPECT_EQ(FromShell(ShellWord(bytes)), bytes) << ShellWord(bytes);
+  }
+}
+
+TEST(ShellWord, IsPlainWhereNothingNeedsQuotes) {
+  EXPECT_EQ(ShellWord("/usr/share/dotnet-6.0"), "/usr/share/dotnet-6.0");
+  EXPECT_EQ(ShellWord("/a b"), "'/a b'");
+  EXPECT_EQ(ShellWord("it's"), "'it'\\''s'");
+}
+
+TEST(ShellWord, ShowsWhatCannotBeSeen) {
+  EXPECT_EQ(ShellWord("a\r'\\"), "$'a\\r\\'\\\\'");
+  EXPECT_EQ(ShellWord("caf\xe9"), "$'caf\\xe9'");
 }
 
 }  // namespace
