@@ -97,6 +97,12 @@ void Page::Paragraph(const std::string& text, std::size_t indent, Paint paint) {
   }
 }
 
+void Page::Line(const std::string& text, std::size_t indent) {
+  text_.append(indent, ' ');
+  text_ += text;
+  text_ += '\n';
+}
+
 void Page::Table(const std::vector<std::vector<Cell>>& rows, std::size_t indent) {
   if (rows.empty()) {
     return;

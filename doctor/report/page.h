@@ -29,6 +29,9 @@ class Page {
   /// Text with an indentation, broken between words, inside them only where one is longer than a line.
   void Paragraph(const std::string& text, std::size_t indent, Paint paint = Paint::kPlain);
 
+  /// Text with an indentation, in one line however long it is: to be copied.
+  void Line(const std::string& text, std::size_t indent);
+
   /// Rows of equally many cells, the columns aligned; what does not fit its column is broken.
   void Table(const std::vector<std::vector<Cell>>& rows, std::size_t indent);
 
