@@ -22,7 +22,7 @@ namespace {
 constexpr int kWouldRun = 0;
 constexpr int kWouldNot = 1;
 constexpr int kWrongUsage = 2;
-constexpr int kCannotWork = 3;
+constexpr int kNotKnown = 3;
 
 bool IsColored(doctor::Color color) {
   if (color != doctor::Color::kAuto) {
@@ -34,7 +34,7 @@ bool IsColored(doctor::Color color) {
 
 int CannotWrite() {
   std::cerr << "grellin_doctor: the report cannot be written" << std::endl;
-  return kCannotWork;
+  return kNotKnown;
 }
 
 int Refuse(const doctor::Refusal& refusal) {
@@ -52,13 +52,18 @@ void WriteLog(const std::string& file, const doctor::Question& question) {
   std::cerr << "grellin_doctor: the loader's log is in " << doctor::Printable(path) << std::endl;
 }
 
+int StatusOf(doctor::Outcome outcome) {
+  return outcome == doctor::Outcome::kRuns ? kWouldRun : outcome == doctor::Outcome::kNotKnown ? kNotKnown : kWouldNot;
+}
+
 int Run(const doctor::Options& options) {
   doctor::Question question;
   question.settings_path = options.settings.value_or(doctor::ToUtf8(netloader::quor::detail::SettingsFilePath()));
   question.root = options.root;
   question.probe = options.probe;
   const doctor::Diagnosis diagnosis = doctor::Diagnose(question);
-  std::cout << (options.json ? doctor::JsonReport(diagnosis) : doctor::TextReport(diagnosis, IsColored(options.color)))
+  std::cout << (options.json ? doctor::JsonReport(diagnosis)
+                             : doctor::TextReport(diagnosis, {IsColored(options.color), options.verbose}))
             << std::flush;
   if (!std::cout) {
     return CannotWrite();
@@ -66,7 +71,7 @@ int Run(const doctor::Options& options) {
   if (options.log) {
     WriteLog(*options.log, question);
   }
-  return diagnosis.verdict.outcome == doctor::Outcome::kRuns ? kWouldRun : kWouldNot;
+  return StatusOf(diagnosis.verdict.outcome);
 }
 
 }  // namespace
@@ -74,7 +79,7 @@ int Run(const doctor::Options& options) {
 int main(int argc, char** argv) {
   // As the launcher does, for the libraries that are loaded.
   static_cast<void>(std::setlocale(LC_ALL, ".UTF8"));
-  // Inherited when ignored, and then nobody is told how a child ended.
+  // Inherited when ignored, and then nobody learns how a child ended.
   static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
   try {
     const auto parsed = doctor::ParseOptions(argc, argv);
@@ -84,6 +89,6 @@ int main(int argc, char** argv) {
     return Run(std::get<doctor::Options>(parsed));
   } catch (const std::exception& failure) {
     std::cerr << "grellin_doctor: it cannot work: " << doctor::Printable(failure.what()) << std::endl;
-    return kCannotWork;
+    return kNotKnown;
   }
 }

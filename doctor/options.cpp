@@ -11,12 +11,12 @@ namespace doctor {
 namespace {
 
 constexpr const char* kDescription =
-    "Tells why a launch of the product's managed application fails, or that it won't: where the launcher looks, what "
-    "it finds, and why it refuses it. Runs nothing managed and changes nothing.";
+    "Reports why a launch of the product's managed application fails, or that it does not: where the launcher looks, "
+    "what it finds, and why it refuses it. Runs nothing managed and changes nothing.";
 
 constexpr const char* kFooter =
-    "Exit status: 0 a launch would run the application, 1 it would not, 2 wrong usage, 3 the doctor itself could not "
-    "work. Warnings alone keep 0.";
+    "Exit status: 0 a launch would run the application, 1 it would not, 2 wrong usage, 3 not known: the "
+    "doctor itself could not work, or what it tried did not finish in time. Warnings alone keep 0.";
 
 }  // namespace
 
@@ -27,6 +27,7 @@ std::variant<Options, Refusal> ParseOptions(int argc, const char* const* argv) {
   app.footer(kFooter);
   app.set_version_flag("--version", std::string("grellin_doctor ") + kVersion);
   app.add_flag("--json", options.json, "Write one JSON object, for machines");
+  app.add_flag("--verbose", options.verbose, "Show every part in detail, not only where something is wrong");
   auto* log = app.add_option("--log", options.log, "Write the loader's own log of the walk to this file");
   log->option_text("FILE");
   app.add_option("--settings", options.settings, "Ask about this settings file instead of the installed one")

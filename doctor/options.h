@@ -12,6 +12,7 @@ enum class Color { kAuto, kAlways, kNever };
 struct Options {
   bool json = false;
   bool probe = true;
+  bool verbose = false;
   Color color = Color::kAuto;
   std::optional<std::string> log;
   std::optional<std::string> settings;

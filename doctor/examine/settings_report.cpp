@@ -1,6 +1,7 @@
 #include "doctor/examine/settings_report.h"
 
 #include <cstring>
+#include <filesystem>
 #include <system_error>
 #include <typeinfo>
 #include <unordered_map>
@@ -14,6 +15,11 @@ namespace {
 
 namespace quor = netloader::quor::detail;
 using netloader::quor::DotnetSettingsProvider;
+
+bool IsPipe(const std::string& path) {
+  std::error_code ignored;
+  return std::filesystem::is_fifo(path, ignored);
+}
 
 // Keeps each line with its use.
 // NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): no listener is destroyed through its base.
@@ -54,6 +60,9 @@ SettingsEnd Load(DotnetSettingsProvider& provider, SettingsReport& report) {
   netloader::logger::LoggerSettings log;
   quor::UseDefaultLog(log);
   report.taken_log_folder = log.logsDir;
+  if (IsPipe(report.path)) {
+    return SettingsEnd::kNeverEnds;
+  }
   try {
     quor::InitLogSettings(provider, log);
     report.taken_log_folder = log.logsDir;

@@ -30,6 +30,7 @@ struct SettingsEntry {
 /// Where the part of a launch ends that takes its parameters from the settings.
 enum class SettingsEnd {
   kUnreadable,       ///< The file cannot be opened, or not be read to its end.
+  kNeverEnds,        ///< It is a pipe: opening it would wait until somebody writes to it, so it was not opened.
   kMalformed,        ///< A line is not UTF-8.
   kNoRoot,           ///< No runtime root is known.
   kNoProductFolder,  ///< The folder of the executable cannot be determined.
@@ -48,7 +49,7 @@ struct SettingsReport {
   tov::WideString taken_log_folder;  ///< Where the log would go: there, else to the default folder.
   std::string folder_failure;        ///< What the launcher throws because of the executable's folder.
 
-  bool IsReadable() const { return end != SettingsEnd::kUnreadable; }
+  bool IsReadable() const { return end != SettingsEnd::kUnreadable && end != SettingsEnd::kNeverEnds; }
 };
 
 /// Reads the file at `path` as the launcher reads its own, and takes from it what a launch takes. A `root` counts

@@ -1,3 +1,5 @@
+#include <vector>
+
 #include "doctor/judge/checks.h"
 #include "doctor/judge/near_misses.h"
 #include "doctor/judge/text.h"
@@ -6,13 +8,19 @@ namespace doctor {
 namespace {
 
 std::optional<Clue> MissingAssembly(const ApplicationReport& report) {
-  return report.assembly_file.state == FileState::kMissing ? std::optional(Clue{Printable(report.assembly_file.path)})
+  return report.assembly_file.state == FileState::kMissing ? std::optional(AtPath(report.assembly_file.path))
                                                            : std::nullopt;
+}
+
+std::optional<Clue> MalformedConfiguration(const ApplicationReport& report) {
+  return report.runtime_config.state == FileState::kMalformed ? std::optional(AtPath(report.runtime_config.path))
+                                                              : std::nullopt;
 }
 
 // What the application as a whole is looked at for.
 constexpr auto kApplicationChecks = std::to_array<Check<ApplicationReport>>({
     {Finding::kMissingAssembly, MissingAssembly},
+    {Finding::kMalformedConfig, MalformedConfiguration},
 });
 
 struct Needed {
@@ -35,10 +43,10 @@ constexpr auto kFrameworkChecks = std::to_array<Check<Needed>>({
 
 }  // namespace
 
-Warnings ApplicationNearMisses(const ApplicationReport& report) {
+Warnings ApplicationNearMisses(const ApplicationReport& report, bool hasVersion) {
   Warnings warnings;
   Apply(kApplicationChecks, report, warnings);
-  for (const FrameworkReport& framework : report.frameworks) {
+  for (const FrameworkReport& framework : hasVersion ? report.frameworks : std::vector<FrameworkReport>()) {
     Apply(kFrameworkChecks, Needed{framework, report.runtime_config}, warnings);
   }
   return warnings;

@@ -1,10 +1,24 @@
 #include "doctor/judge/checks.h"
 
+#include "doctor/judge/text.h"
+
 namespace doctor {
+
+Clue AtPath(const std::string& path, Values values) {
+  values.emplace("place_word", ShellWord(path));
+  return {Printable(path), std::move(values)};
+}
 
 Warning Worded(Finding finding, const Clue& clue) {
   const FindingText& text = RowOf(kFindings, finding);
-  return {finding, clue.place, Filled(text.meaning, clue.values), Filled(text.cure, clue.values)};
+  Values values = clue.values;
+  values.emplace("place", clue.place);
+  Warning warning{finding, clue.place};
+  warning.text = Filled(text.cause, values);
+  warning.meaning = Filled(text.meaning, values);
+  warning.cure = Filled(text.cure, values);
+  warning.may_decide = clue.may_decide;
+  return warning;
 }
 
 }  // namespace doctor

@@ -10,10 +10,12 @@
 
 namespace doctor {
 
-/// Where a check found something, and the values for its message; printable.
+/// Where a check found something, and the values for its message; printable. A message also knows `{place}`, and
+/// `{place_word}` quoted for a shell where the place is a path.
 struct Clue {
   std::string place;
   Values values = {};
+  bool may_decide = true;  ///< False when a launch does not depend on it.
 };
 
 /// One row of a table of checks that look at the same kind of thing.
@@ -22,6 +24,9 @@ struct Check {
   Finding finding;
   std::optional<Clue> (*look)(const Subject& subject);
 };
+
+/// The clue to a path, with its word for a shell.
+Clue AtPath(const std::string& path, Values values = {});
 
 /// The finding's message about what was found.
 Warning Worded(Finding finding, const Clue& clue);

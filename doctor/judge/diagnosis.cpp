@@ -39,13 +39,24 @@ void Append(Warnings& all, Warnings more) {
   std::move(more.begin(), more.end(), std::back_inserter(all));
 }
 
-Warnings NearMisses(const Diagnosis& diagnosis) {
+// Where another root is asked about, the one in the settings cannot be why a launch ends.
+Warnings AboutSettings(const Diagnosis& diagnosis, const Question& question) {
   Warnings warnings = SettingsNearMisses(diagnosis.settings);
+  for (Warning& warning : warnings) {
+    const bool isRead = Contains(RowOf(kFindings, warning.finding).explains, Stop::kSettings | Stop::kText);
+    warning.may_decide = warning.may_decide && (isRead || !question.root);
+  }
+  return warnings;
+}
+
+Warnings NearMisses(const Diagnosis& diagnosis, const Question& question) {
+  Warnings warnings = AboutSettings(diagnosis, question);
   if (diagnosis.runtime) {
     Append(warnings, RuntimeNearMisses(*diagnosis.runtime));
   }
   Append(warnings, EnvironmentNearMisses(diagnosis.settings));
-  Append(warnings, ApplicationNearMisses(diagnosis.application));
+  const bool hasVersion = diagnosis.runtime && diagnosis.runtime->decisive;
+  Append(warnings, ApplicationNearMisses(diagnosis.application, hasVersion));
   return warnings;
 }
 
@@ -63,7 +74,8 @@ Diagnosis Diagnose(const Question& question) {
   diagnosis.application = ExamineApplication(root, ContextProberFor(diagnosis, question));
   diagnosis.verdict =
       Judge({&diagnosis.settings, diagnosis.runtime ? &*diagnosis.runtime : nullptr, &diagnosis.application});
-  diagnosis.warnings = NearMisses(diagnosis);
+  diagnosis.warnings = NearMisses(diagnosis, question);
+  Explain(diagnosis.verdict, diagnosis.warnings);
   return diagnosis;
 }
 

@@ -8,8 +8,12 @@
 
 namespace doctor {
 
-/// Blanks, carriage returns, quotes, letter case, byte-order mark, repeated keys.
+/// The file as a whole (`SettingsFileNearMisses`), then line by line: blanks, carriage returns, quotes, letter case and
+/// other slips of the pen, repeated keys.
 Warnings SettingsNearMisses(const SettingsReport& report);
+
+/// A folder or a file of another name in place of the settings, UTF-16, folders that cannot be entered.
+Warnings SettingsFileNearMisses(const SettingsReport& report);
 
 /// The root, links, folders that cannot be entered, noexec, and what `VersionNearMisses` finds.
 Warnings RuntimeNearMisses(const RuntimeReport& report);
@@ -20,7 +24,8 @@ Warnings VersionNearMisses(const RuntimeReport& report);
 /// A TMP that is set but empty.
 Warnings EnvironmentNearMisses(const SettingsReport& settings);
 
-/// A missing assembly, a framework that the root does not have.
-Warnings ApplicationNearMisses(const ApplicationReport& report);
+/// A missing assembly, a configuration that is not JSON; where the root holds a version at all, a framework that it
+/// does not have.
+Warnings ApplicationNearMisses(const ApplicationReport& report, bool hasVersion);
 
 }  // namespace doctor

@@ -1,4 +1,4 @@
-#include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
@@ -8,6 +8,7 @@
 #include <set>
 #include <string_view>
 
+#include "doctor/judge/access.h"
 #include "doctor/judge/checks.h"
 #include "doctor/judge/near_misses.h"
 #include "doctor/judge/text.h"
@@ -19,21 +20,22 @@ namespace {
 namespace fs = std::filesystem;
 using netloader::FxrFolderState;
 
-Clue At(const fs::path& place, Values values = {}) {
-  return {Printable(place.string()), std::move(values)};
-}
-
 std::optional<Clue> When(bool isSo, const fs::path& place) {
-  return isSo ? std::optional(At(place)) : std::nullopt;
+  return isSo ? std::optional(AtPath(place.string())) : std::nullopt;
 }
 
 std::string FxrFolder(const RuntimeReport& runtime) {
   return ToUtf8(runtime.discovery.fxr_folder);
 }
 
-// With the rights that a launch by this user has.
-bool MayUse(const fs::path& folder, int mode) {
-  return ::faccessat(AT_FDCWD, folder.c_str(), mode, AT_EACCESS) == 0;
+std::optional<Clue> Link(bool isSo, const fs::path& link) {
+  if (!isSo) {
+    return std::nullopt;
+  }
+  std::error_code error;
+  const fs::path target = fs::canonical(link, error);
+  return AtPath(link.string(),
+                {{"target_word", ShellWord(error ? fs::read_symlink(link, error).string() : target.string())}});
 }
 
 std::optional<Clue> RelativeRoot(const RuntimeReport& runtime) {
@@ -53,7 +55,7 @@ std::optional<Clue> RootIsFile(const RuntimeReport& runtime) {
   if (!fs::is_regular_file(root, ignored)) {
     return std::nullopt;
   }
-  return At(root, {{"folder", Printable(FolderOf(root))}});
+  return AtPath(root, {{"folder", Printable(FolderOf(root))}});
 }
 
 // The root that was probably meant when it ends in host/fxr or host.
@@ -76,11 +78,11 @@ std::optional<Clue> RootIsFxr(const RuntimeReport& runtime) {
   if (above.empty() || runtime.discovery.state != FxrFolderState::kNoStatus) {
     return std::nullopt;
   }
-  return At(root, {{"folder", Printable(above)}});
+  return AtPath(root, {{"folder", Printable(above)}});
 }
 
 std::optional<Clue> FxrFolderIsLink(const RuntimeReport& runtime) {
-  return When(runtime.discovery.state == FxrFolderState::kIsLink, FxrFolder(runtime));
+  return Link(runtime.discovery.state == FxrFolderState::kIsLink, FxrFolder(runtime));
 }
 
 std::optional<Clue> FxrFolderNotEntered(const RuntimeReport& runtime) {
@@ -92,21 +94,29 @@ std::optional<Clue> FolderAboveNotEntered(const RuntimeReport& runtime) {
   if (runtime.discovery.state != FxrFolderState::kNoStatus) {
     return std::nullopt;
   }
-  fs::path above;
-  for (const fs::path& name : fs::path(FxrFolder(runtime)).parent_path()) {
-    above /= name;
-    std::error_code ignored;
-    if (fs::is_directory(above, ignored) && !MayUse(above, X_OK)) {
-      return At(above);
-    }
+  return ClosedFolderAbove(FxrFolder(runtime));
+}
+
+// The folder where the file system of a folder is mounted.
+std::string MountOf(fs::path folder) {
+  struct stat here {};
+  struct stat above {};
+  ::stat(folder.c_str(), &here);
+  while (folder != folder.root_path() && ::stat(folder.parent_path().c_str(), &above) == 0 &&
+         above.st_dev == here.st_dev) {
+    folder = folder.parent_path();
   }
-  return std::nullopt;
+  return folder.string();
 }
 
 std::optional<Clue> Noexec(const RuntimeReport& runtime) {
   struct statvfs system {};
-  return When(::statvfs(FxrFolder(runtime).c_str(), &system) == 0 && (system.f_flag & ST_NOEXEC) != 0,
-              FxrFolder(runtime));
+  const std::string folder = FxrFolder(runtime);
+  if (::statvfs(folder.c_str(), &system) != 0 || (system.f_flag & ST_NOEXEC) == 0) {
+    return std::nullopt;
+  }
+  const std::string mount = MountOf(folder);
+  return AtPath(folder, {{"mount", Printable(mount)}, {"mount_word", ShellWord(mount)}});
 }
 
 // What the root and its host/fxr folder are looked at for.
@@ -122,7 +132,7 @@ constexpr auto kRootChecks = std::to_array<Check<RuntimeReport>>({
 
 std::optional<Clue> EntryIsLink(const fs::path& entry) {
   std::error_code ignored;
-  return When(fs::is_symlink(entry, ignored) && fs::is_directory(entry, ignored), entry);
+  return Link(fs::is_symlink(entry, ignored) && fs::is_directory(entry, ignored), entry);
 }
 
 std::optional<Clue> EntryNotEntered(const fs::path& entry) {

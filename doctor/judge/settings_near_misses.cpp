@@ -1,164 +1,168 @@
 #include <algorithm>
-#include <array>
-#include <cctype>
+#include <iterator>
 #include <string_view>
 
 #include "doctor/judge/checks.h"
 #include "doctor/judge/near_misses.h"
+#include "doctor/judge/settings_line.h"
 #include "doctor/judge/text.h"
 #include "netloader/netloaderquorcommon/src/settings_keys.h"
 
 namespace doctor {
 namespace {
 
-namespace quor = netloader::quor::detail;
-
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-constexpr std::string_view kBlanks = " \t\r\f\v";
-
-struct KeyMeaning {
-  quor::SettingsKey key;
-  std::string_view meaning;
-};
-
-constexpr auto kKeyMeanings = std::to_array<KeyMeaning>({
-    {quor::SettingsKey::kDotnetRootFolder, "runtime root"},
-    {quor::SettingsKey::kLoaderLoggingDir, "log folder"},
-});
-static_assert(quor::HasARowForEveryKey(kKeyMeanings), "every key has a meaning");
-
-struct KnownKey {
-  std::string name;
-  std::string meaning;
-};
-
-const std::vector<KnownKey>& KnownKeys() {
-  static const auto keys = [] {
-    std::vector<KnownKey> rows;
-    for (const auto& [key, meaning] : kKeyMeanings) {
-      rows.push_back({ToUtf8(NameOf(key)), std::string(meaning)});
-    }
-    return rows;
-  }();
-  return keys;
-}
-
-std::string_view Trimmed(std::string_view text) {
-  const auto first = text.find_first_not_of(kBlanks);
-  return first == std::string_view::npos ? std::string_view()
-                                         : text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
-
-bool IsBlank(char letter) {
-  return kBlanks.find(letter) != std::string_view::npos;
-}
-
-bool EqualButForCase(std::string_view a, std::string_view b) {
-  const auto lower = [](char letter) { return std::tolower(static_cast<unsigned char>(letter)); };
-  return std::ranges::equal(a, b, {}, lower, lower);
-}
-
-// The key that was probably meant; null when it is none of the launcher's.
-const KnownKey* Meant(std::string_view key) {
-  const auto& keys = KnownKeys();
-  const auto found =
-      std::ranges::find_if(keys, [&](const KnownKey& known) { return EqualButForCase(Trimmed(key), known.name); });
-  return found != keys.end() ? &*found : nullptr;
-}
-
-// A line that sets something, as a person reads it.
-struct Line {
-  const SettingsEntry& entry;
-  bool has_mark = false;            // A byte-order mark stands in front.
-  std::string_view key = {};        // Without the mark.
-  const KnownKey* meant = nullptr;  // The launcher's key that was probably meant.
-};
-
-Line Read(const SettingsEntry& entry) {
-  Line line{entry};
-  line.has_mark = entry.line == 1 && (entry.key.empty() ? entry.value : entry.key).starts_with(kByteOrderMark);
-  line.key = entry.key;
-  if (line.has_mark && !entry.key.empty()) {
-    line.key.remove_prefix(kByteOrderMark.size());
+// As the replacement of sed's `s` command with `|` between its parts.
+std::string SedReplacement(std::string_view text) {
+  std::string escaped;
+  for (const char letter : text) {
+    escaped += (letter == '\\' || letter == '&' || letter == '|') ? "\\" : "";
+    escaped += letter;
   }
-  line.meant = Meant(line.key);
-  return line;
+  return escaped;
 }
 
-std::string Place(const Line& line) {
-  return "line " + std::to_string(line.entry.line);
+bool IsAboutRoot(const SettingsLine& line) {
+  return line.meant != nullptr &&
+         line.meant->name == ToUtf8(NameOf(netloader::quor::detail::SettingsKey::kDotnetRootFolder));
 }
 
-std::optional<Clue> ByteOrderMark(const Line& line) {
-  return line.has_mark ? std::optional(Clue{Place(line)}) : std::nullopt;
-}
-
-std::optional<Clue> AboutKey(const Line& line, bool isOdd) {
-  if (line.meant == nullptr || !isOdd) {
-    return std::nullopt;
+Clue At(const SettingsLine& line, Values values = {}) {
+  const std::string number = std::to_string(line.entry.line);
+  values.emplace("line", number);
+  values.emplace("file_word", ShellWord(line.settings.path));
+  values.emplace("found", Quoted(line.key));
+  if (line.meant != nullptr) {
+    values.emplace("key", line.meant->name);
+    values.emplace("setting", line.meant->meaning);
+    values.emplace("value", Quoted(line.value));
+    values.emplace("script_word", ShellWord(number + "s|.*|" + SedReplacement(MeantLine(line)) + "|"));
   }
-  return Clue{Place(line), {{"found", Quoted(line.key)}, {"key", line.meant->name}}};
+  return {"line " + number, std::move(values), IsAboutRoot(line) && line.entry.use != LineUse::kReplaced};
 }
 
-std::optional<Clue> BlankAroundKey(const Line& line) {
-  return AboutKey(line, Trimmed(line.key) != line.key);
+std::optional<Clue> ByteOrderMark(const SettingsLine& line) {
+  return line.has_mark ? std::optional(At(line)) : std::nullopt;
 }
 
-std::optional<Clue> WrongLetterCase(const Line& line) {
-  return AboutKey(line, line.meant != nullptr && Trimmed(line.key) != line.meant->name);
+std::optional<Clue> AboutKey(const SettingsLine& line, bool isOdd) {
+  return line.meant != nullptr && isOdd ? std::optional(At(line)) : std::nullopt;
 }
 
-std::optional<Clue> AboutValue(const Line& line, bool (*isOdd)(std::string_view value)) {
-  if (line.meant == nullptr || line.entry.value.empty() || !isOdd(line.entry.value)) {
-    return std::nullopt;
-  }
-  return Clue{Place(line), {{"setting", line.meant->meaning}}};
+std::optional<Clue> ColonForEquals(const SettingsLine& line) {
+  return AboutKey(line, line.has_colon);
 }
 
-std::optional<Clue> CarriageReturnAtEnd(const Line& line) {
+std::optional<Clue> ExportBeforeKey(const SettingsLine& line) {
+  return AboutKey(line, line.has_export);
+}
+
+std::optional<Clue> BlankAroundKey(const SettingsLine& line) {
+  return AboutKey(line, !line.has_colon && Trimmed(line.key) != line.key);
+}
+
+std::optional<Clue> WrongLetterCase(const SettingsLine& line) {
+  return AboutKey(line, line.meant != nullptr && line.bare_key != line.meant->name &&
+                            EqualButForCase(line.bare_key, line.meant->name));
+}
+
+std::optional<Clue> KeyNearlyRight(const SettingsLine& line) {
+  return AboutKey(line, line.meant != nullptr && !EqualButForCase(line.bare_key, line.meant->name));
+}
+
+std::optional<Clue> AboutValue(const SettingsLine& line, bool (*isOdd)(std::string_view value)) {
+  const bool isOne = line.meant != nullptr && !line.has_colon && !line.value.empty();
+  return isOne && isOdd(line.value) ? std::optional(At(line)) : std::nullopt;
+}
+
+std::optional<Clue> CarriageReturnAtEnd(const SettingsLine& line) {
   return AboutValue(line, [](std::string_view value) { return value.back() == '\r'; });
 }
 
-std::optional<Clue> BlankAtEnd(const Line& line) {
+std::optional<Clue> BlankAtEnd(const SettingsLine& line) {
   return AboutValue(line, [](std::string_view value) { return value.back() != '\r' && IsBlank(value.back()); });
 }
 
-std::optional<Clue> BlankAtStart(const Line& line) {
+std::optional<Clue> BlankAtStart(const SettingsLine& line) {
   return AboutValue(line, [](std::string_view value) { return IsBlank(value.front()); });
 }
 
-std::optional<Clue> QuotedValue(const Line& line) {
-  return AboutValue(line, [](std::string_view value) {
-    value = Trimmed(value);
-    return value.size() > 1 && (value.front() == '"' || value.front() == '\'') && value.back() == value.front();
-  });
+std::optional<Clue> QuotedValue(const SettingsLine& line) {
+  return AboutValue(line, IsInQuotes);
 }
 
-std::optional<Clue> KeyGivenTwice(const Line& line) {
-  if (line.entry.use != LineUse::kReplaced) {
-    return std::nullopt;
-  }
-  return Clue{Place(line), {{"line", std::to_string(line.entry.replaced_by)}, {"found", Quoted(line.entry.key)}}};
+std::optional<Clue> TypographicQuotes(const SettingsLine& line) {
+  return AboutValue(line, IsInTypographicQuotes);
 }
 
-// What each line is looked at for.
-constexpr auto kLineChecks = std::to_array<Check<Line>>({
+std::optional<Clue> TildeInValue(const SettingsLine& line) {
+  return AboutValue(line, [](std::string_view value) { return Trimmed(value).starts_with('~'); });
+}
+
+std::optional<Clue> VariableInValue(const SettingsLine& line) {
+  return AboutValue(line, [](std::string_view value) { return value.find('$') != std::string_view::npos; });
+}
+
+// What each line is looked at for that can be mended by writing it anew.
+constexpr auto kLineChecks = std::to_array<Check<SettingsLine>>({
     {Finding::kByteOrderMark, ByteOrderMark},
+    {Finding::kExportBeforeKey, ExportBeforeKey},
+    {Finding::kColonForEquals, ColonForEquals},
     {Finding::kBlankAroundKey, BlankAroundKey},
     {Finding::kWrongLetterCase, WrongLetterCase},
+    {Finding::kKeyNearlyRight, KeyNearlyRight},
     {Finding::kCarriageReturnAtEnd, CarriageReturnAtEnd},
     {Finding::kBlankAtEnd, BlankAtEnd},
     {Finding::kBlankAtStart, BlankAtStart},
     {Finding::kQuotedValue, QuotedValue},
+    {Finding::kTypographicQuotes, TypographicQuotes},
+    {Finding::kTildeInValue, TildeInValue},
+    {Finding::kVariableInValue, VariableInValue},
+});
+
+std::optional<Clue> SectionHeading(const SettingsLine& line) {
+  const std::string_view text = Trimmed(line.entry.key.empty() ? line.entry.value : std::string_view());
+  return text.size() > 2 && text.front() == '[' && text.back() == ']' ? std::optional(At(line)) : std::nullopt;
+}
+
+std::optional<Clue> KeyGivenTwice(const SettingsLine& line) {
+  if (line.entry.use != LineUse::kReplaced) {
+    return std::nullopt;
+  }
+  Clue clue = At(line, {{"other", std::to_string(line.entry.replaced_by)}});
+  clue.may_decide = IsAboutRoot(line);
+  return clue;
+}
+
+// What else each line is looked at for.
+constexpr auto kOtherChecks = std::to_array<Check<SettingsLine>>({
+    {Finding::kSectionHeading, SectionHeading},
     {Finding::kKeyGivenTwice, KeyGivenTwice},
 });
+
+// All that is wrong with one line in one warning, which comes first and is mended at once.
+Warning Together(const Warnings& mistakes, const SettingsLine& line) {
+  std::string list;
+  for (const Warning& mistake : mistakes) {
+    list += (list.empty() ? "" : "; ") + mistake.text;
+  }
+  Clue clue = At(line);
+  clue.values["list"] = list;
+  return Worded(Finding::kSeveralMistakes, clue);
+}
 
 }  // namespace
 
 Warnings SettingsNearMisses(const SettingsReport& report) {
-  Warnings warnings;
+  Warnings warnings = SettingsFileNearMisses(report);
   for (const SettingsEntry& entry : report.entries) {
-    Apply(kLineChecks, Read(entry), warnings);
+    const SettingsLine line = ReadAsMeant(entry, report);
+    Warnings mistakes;
+    Apply(kLineChecks, line, mistakes);
+    if (mistakes.size() > 1 && line.meant != nullptr) {
+      warnings.push_back(Together(mistakes, line));
+    }
+    std::ranges::move(mistakes, std::back_inserter(warnings));
+    Apply(kOtherChecks, line, warnings);
   }
   return warnings;
 }

@@ -1,137 +1,211 @@
 #include "doctor/judge/verdict.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <filesystem>
 #include <optional>
 
 #include "doctor/child/signal_name.h"
-#include "doctor/judge/message.h"
+#include "doctor/judge/checks.h"
 #include "doctor/judge/status_names.h"
 #include "doctor/judge/text.h"
+#include "doctor/judge/version_reasons.h"
 #include "foundation/result_code.h"
 #include "launcher/product/last_words.h"
-#include "netloader/netloaderquorcommon/src/settings_keys.h"
+#include "netloader/netloaderhostfxr/src/loadermodule.h"
+#include "netloader/netloaderquorcommon/src/settings_constants.h"
 
 namespace doctor {
 namespace {
 
+namespace fs = std::filesystem;
 using netloader::FxrFolderState;
-
-constexpr const char* kInstallRuntime =
-    "Install the .NET 6.0 runtime for Linux x64 under the runtime root, or name another root in the settings.";
 
 std::string Line(const launcher::LastWords& words) {
   return std::string(words.head) + words.what;
 }
 
-Verdict Refuses(std::string reason, std::string cure) {
-  return {Outcome::kStatus255, std::move(reason), {}, 255, std::move(cure)};
+Verdict Refuses(Stop stop, Finding finding, const Clue& clue) {
+  return {Outcome::kStatus255, stop, Worded(finding, clue), {}, 255};
 }
 
-Verdict Aborts(const std::string& what, std::string reason, std::string cure) {
-  return {Outcome::kAborts, std::move(reason), Line(launcher::LastWordsAfterException(what.c_str())), 0,
-          std::move(cure)};
+Verdict Aborts(Stop stop, Finding finding, const Clue& clue, const std::string& what) {
+  return {Outcome::kAborts, stop, Worded(finding, clue), Line(launcher::LastWordsAfterException(what.c_str()))};
 }
 
-// How a child ended that did not finish is how a launch would end. `doing` says at what.
-Verdict EndsLike(const ChildResult& child, const std::string& doing, std::string cure) {
+// What a child did that did not finish, as the verb of a sentence.
+std::string Deed(const ChildResult& child) {
   switch (child.end) {
     case ChildEnd::kThrew:
-      return Aborts(child.message, doing, std::move(cure));
     case ChildEnd::kThrewUnknown:
-      return {Outcome::kAborts, doing, Line(launcher::kLastWordsAfterAnythingElse), 0, std::move(cure)};
+      return "throws an exception";
     case ChildEnd::kCrashed:
-      return {Outcome::kDies, doing, {}, child.code, std::move(cure)};
+      return "crashes";
     case ChildEnd::kExited:
-      return {Outcome::kExits, doing, {}, child.code, std::move(cure)};
     case ChildEnd::kFinished:
     case ChildEnd::kTimedOut:
     case ChildEnd::kNotStarted:
       break;
   }
-  return {Outcome::kHangs, doing, {}, 0, std::move(cure)};
+  return "ends the process";
 }
 
-std::string RootLine() {
-  return ToUtf8(NameOf(netloader::quor::detail::SettingsKey::kDotnetRootFolder)) + "=";
+// How a child ended that did not finish is how a launch would end.
+Verdict EndsLike(const ChildResult& child, Stop stop, Finding ended, Finding notFinished, Clue clue) {
+  clue.values.emplace("did", Deed(child));
+  const std::string words = Printable(LastWords(child));
+  clue.values.emplace("output", words.empty() ? words : "It wrote: " + words);
+  Verdict verdict{Outcome::kNotKnown, stop, Worded(child.end == ChildEnd::kTimedOut ? notFinished : ended, clue)};
+  switch (child.end) {
+    case ChildEnd::kThrew:
+      verdict.outcome = Outcome::kAborts;
+      verdict.message = Line(launcher::LastWordsAfterException(child.message.c_str()));
+      break;
+    case ChildEnd::kThrewUnknown:
+      verdict.outcome = Outcome::kAborts;
+      verdict.message = Line(launcher::kLastWordsAfterAnythingElse);
+      break;
+    case ChildEnd::kCrashed:
+      verdict.outcome = Outcome::kDies;
+      verdict.code = child.code;
+      break;
+    case ChildEnd::kExited:
+      verdict.outcome = Outcome::kExits;
+      verdict.code = child.code;
+      break;
+    case ChildEnd::kFinished:
+    case ChildEnd::kTimedOut:
+    case ChildEnd::kNotStarted:
+      break;
+  }
+  return verdict;
+}
+
+Clue AtSettings(const SettingsReport& settings, Values values = {}) {
+  Clue clue = AtPath(settings.path, std::move(values));
+  clue.values.emplace("file_word", ShellWord(settings.path));
+  clue.values.emplace("new_word", ShellWord(settings.path + ".new"));
+  return clue;
+}
+
+Verdict CannotOpen(const SettingsReport& settings) {
+  std::error_code ignored;
+  const bool isThere = fs::exists(settings.path, ignored) || ignored;
+  return Aborts(Stop::kSettings, isThere ? Finding::kSettingsUnreadable : Finding::kSettingsMissing,
+                AtSettings(settings, {{"reason", settings.reason}}), settings.failure);
 }
 
 std::optional<Verdict> JudgeSettings(const SettingsReport& settings) {
   switch (settings.end) {
     case SettingsEnd::kUnreadable:
-      return Aborts(settings.failure, "the settings file cannot be read: " + settings.reason,
-                    "Make " + Printable(settings.path) + " readable for the user that launches; it must hold " +
-                        RootLine() + " and the .NET root.");
+      return CannotOpen(settings);
+    case SettingsEnd::kNeverEnds:
+      return Verdict{Outcome::kHangs, Stop::kSettings, Worded(Finding::kSettingsNeverEnd, AtSettings(settings))};
     case SettingsEnd::kMalformed:
-      return Aborts(settings.failure,
-                    "line " + std::to_string(settings.entries.back().line) + " of the settings is not UTF-8",
-                    "Write that line anew, in UTF-8.");
+      return Aborts(Stop::kText, Finding::kSettingsNotUtf8,
+                    AtSettings(settings, {{"line", std::to_string(settings.entries.back().line)}}), settings.failure);
     case SettingsEnd::kNoRoot:
-      return Refuses(
-          "the settings name no runtime root",
-          "Write " + RootLine() + "/usr/share/dotnet (or where .NET is) into " + Printable(settings.path) + ".");
+      return Refuses(Stop::kNoRoot, Finding::kNoRoot, AtSettings(settings));
     case SettingsEnd::kNoProductFolder:
-      return Aborts(settings.folder_failure, "the folder of the executable cannot be told",
-                    "Install the product in a folder whose name is UTF-8, with /proc mounted.");
+      return Aborts(Stop::kProduct, Finding::kExecutableFolderUnknown, {"/proc/self/exe"}, settings.folder_failure);
     case SettingsEnd::kComplete:
       break;
   }
   return std::nullopt;
 }
 
-std::string FolderReason(const netloader::Discovery& discovery) {
-  const std::string folder = Printable(ToUtf8(discovery.fxr_folder));
-  switch (discovery.state) {
+Clue AtFolder(const RuntimeReport& runtime, const SettingsReport& settings) {
+  const std::string folder = ToUtf8(runtime.discovery.fxr_folder);
+  std::error_code ignored;
+  return AtPath(folder, {{"target_word", ShellWord(fs::canonical(folder, ignored).string())},
+                         {"folder", Printable(folder)},
+                         {"folder_word", ShellWord(folder)},
+                         {"root", Printable(ToUtf8(runtime.root))},
+                         {"file", Printable(settings.path)},
+                         {"result", std::string(tov::ResultCodeMessage(runtime.discovery.result))},
+                         {"prefix", ToUtf8(netloader::quor::kDotnetVersionPrefix)},
+                         {"library", ToUtf8(netloader::kHostFxrFileName)}});
+}
+
+// Why the host/fxr folder was not searched.
+Finding FolderFinding(const RuntimeReport& runtime) {
+  std::error_code ignored;
+  switch (runtime.discovery.state) {
+    case FxrFolderState::kIsLink:
+      return Finding::kFolderIsLink;
+    case FxrFolderState::kNotAFolder:
+      return Finding::kHostFolderNotAFolder;
+    case FxrFolderState::kUnreadable:
+      return Finding::kHostFolderUnreadable;
+    case FxrFolderState::kNoStatus:
     case FxrFolderState::kWalked:
       break;
-    case FxrFolderState::kNoStatus:
-      return folder + ": " + std::string(tov::ResultCodeMessage(discovery.result));
-    case FxrFolderState::kIsLink:
-      return folder + " is a symbolic link";
-    case FxrFolderState::kNotAFolder:
-      return folder + " is no folder";
-    case FxrFolderState::kUnreadable:
-      return folder + " cannot be entered: " + std::string(tov::ResultCodeMessage(discovery.result));
   }
-  return {};
+  return fs::exists(ToUtf8(runtime.root), ignored) ? Finding::kNoHostFolder : Finding::kRootMissing;
 }
 
-std::string NothingFits(const RuntimeReport& runtime) {
+Clue AtVersion(const VersionReport& version) {
+  const std::string library = ToUtf8(version.library);
+  return AtPath(library, {{"library", Printable(library)},
+                          {"folder_word", ShellWord(fs::path(library).parent_path().string())},
+                          {"version", Printable(version.name)},
+                          {"detail", Printable(Detail(version))}});
+}
+
+Verdict NoVersionLoads(const RuntimeReport& runtime) {
   const auto candidates = std::ranges::count_if(runtime.versions, &VersionReport::is_candidate);
-  if (candidates == 0) {
-    return "no version of the runtime fits";
-  }
-  return candidates == 1 ? "the one version that fits cannot be loaded"
-                         : "none of the " + std::to_string(candidates) + " versions that fit can be loaded";
+  const VersionReport& newest = runtime.versions.front();
+  Clue clue = AtVersion(newest);
+  clue.values.emplace("which", candidates == 1
+                                   ? "the only .NET 6.0 runtime, " + Printable(newest.name) + ", cannot"
+                                   : "none of the " + std::to_string(candidates) + " .NET 6.0 runtimes can");
+  return Refuses(Stop::kNoneLoads, Finding::kNoVersionLoads, clue);
 }
 
-std::optional<Verdict> JudgeRuntime(const RuntimeReport& runtime) {
+std::optional<Verdict> JudgeRuntime(const RuntimeReport& runtime, const SettingsReport& settings) {
+  const Clue folder = AtFolder(runtime, settings);
   if (runtime.discovery.state != FxrFolderState::kWalked) {
-    return Refuses(FolderReason(runtime.discovery), kInstallRuntime);
+    return Refuses(Stop::kFolder, FolderFinding(runtime), folder);
   }
   if (!runtime.failure.empty()) {
-    return Aborts(runtime.failure, "the name of a version folder is no valid text", "Rename or remove that folder.");
+    return Aborts(Stop::kNames, Finding::kVersionNotText, folder, runtime.failure);
   }
   const VersionReport* decisive = runtime.Decisive();
   if (decisive == nullptr) {
-    return Refuses(NothingFits(runtime), kInstallRuntime);
+    return std::ranges::any_of(runtime.versions, &VersionReport::is_candidate)
+               ? NoVersionLoads(runtime)
+               : Refuses(Stop::kNoVersion, Finding::kNoVersion, folder);
   }
   if (decisive->standing == Standing::kFatal) {
-    return EndsLike(decisive->child, "while loading " + Printable(ToUtf8(decisive->library)),
-                    "Install that version of the runtime again, or remove its folder.");
+    return EndsLike(decisive->child, Stop::kLoading, Finding::kEndsWhileLoading, Finding::kLoadingNotFinished,
+                    AtVersion(*decisive));
   }
   return std::nullopt;
 }
 
-Verdict JudgeContext(const ContextProbe& context) {
+std::optional<Verdict> JudgeContext(const ContextProbe& context, const VersionReport& version) {
+  Clue clue = AtVersion(version);
   if (context.child.end != ChildEnd::kFinished) {
-    return EndsLike(context.child, "while the host prepares the application", "Install the runtime again.");
+    return EndsLike(context.child, Stop::kContext, Finding::kEndsInHost, Finding::kHostNotFinished, std::move(clue));
   }
   if (context.IsUsable()) {
-    return {Outcome::kRuns};
+    return std::nullopt;
   }
-  std::string what = Hex(context.result) + " (" + std::string(HostStatusName(context.result)) + ")";
-  return Refuses(context.result == 0 ? "the host gives no context" : "the host refuses the application with " + what,
-                 "See what the host says, below.");
+  clue.values.emplace("status", Hex(context.result));
+  clue.values.emplace("name", HostStatusName(context.result));
+  return Refuses(Stop::kContext, context.result == 0 ? Finding::kNoContext : Finding::kHostRefuses, clue);
+}
+
+// A launch that would run, with a word about a newer version that it passes over.
+Verdict Runs(const RuntimeReport& runtime, Tried tried) {
+  Verdict verdict;
+  verdict.tried = tried;
+  if (const VersionReport& newest = runtime.versions.front(); &newest != runtime.Decisive()) {
+    Clue clue = AtVersion(newest);
+    clue.values.emplace("chosen", Printable(runtime.Decisive()->name));
+    verdict.cause = Worded(Finding::kOlderRuntime, clue);
+  }
+  return verdict;
 }
 
 }  // namespace
@@ -140,24 +214,42 @@ Verdict Judge(const Evidence& evidence) {
   if (auto verdict = JudgeSettings(*evidence.settings)) {
     return *verdict;
   }
-  if (auto verdict = JudgeRuntime(*evidence.runtime)) {
+  if (auto verdict = JudgeRuntime(*evidence.runtime, *evidence.settings)) {
     return *verdict;
   }
   if (evidence.application == nullptr || !evidence.application->context) {
-    return {Outcome::kRuns, {}, {}, 0, {}, false};
+    return Runs(*evidence.runtime, Tried::kFiles);
   }
-  return JudgeContext(*evidence.application->context);
+  if (auto verdict = JudgeContext(*evidence.application->context, *evidence.runtime->Decisive())) {
+    return *verdict;
+  }
+  return Runs(*evidence.runtime, Tried::kHost);
+}
+
+void Explain(Verdict& verdict, Warnings& warnings) {
+  for (Warning& warning : warnings) {
+    warning.decides = warning.may_decide && Contains(RowOf(kFindings, warning.finding).explains, verdict.stop);
+  }
+  if (const auto first = std::ranges::find_if(warnings, &Warning::decides); first != warnings.end()) {
+    verdict.cause = *first;
+  }
 }
 
 std::string VerdictLine(const Verdict& verdict) {
-  if (verdict.outcome == Outcome::kRuns && !verdict.is_probed) {
-    return "A launch would run the application, as far as can be told without loading anything.";
+  if (verdict.outcome == Outcome::kRuns) {
+    const std::string with = verdict.HasCause() ? ", " + verdict.cause.text : "";
+    switch (verdict.tried) {
+      case Tried::kFiles:
+        return "Nothing was loaded: the files look sound" + with + "; starting the runtime was not tried.";
+      case Tried::kHost:
+        return "The host accepts the application" + with + "; starting the runtime was not tried.";
+      case Tried::kStart:
+        return "A launch would run the application" + with + ".";
+    }
   }
-  return Filled(RowOf(kOutcomes, verdict.outcome).line,
-                {{"reason", verdict.reason},
-                 {"message", Quoted(verdict.message.substr(0, verdict.message.find('\n')))},
-                 {"signal", SignalName(verdict.code)},
-                 {"status", std::to_string(verdict.code)}});
+  return Filled(
+      RowOf(kOutcomes, verdict.outcome).line,
+      {{"cause", verdict.cause.text}, {"signal", SignalName(verdict.code)}, {"status", std::to_string(verdict.code)}});
 }
 
 }  // namespace doctor

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <map>
 #include <string_view>
+#include <vector>
 
 #include "doctor/judge/checks.h"
 #include "doctor/judge/near_misses.h"
@@ -22,11 +23,15 @@ const tov::WideString& Prefix() {
 }
 
 std::optional<Clue> AboutLibrary(const VersionReport& version, bool isSo, Values values = {}) {
-  return isSo ? std::optional(Clue{Printable(ToUtf8(version.library)), std::move(values)}) : std::nullopt;
+  values.emplace("version", Printable(version.name));
+  return isSo ? std::optional(AtPath(ToUtf8(version.library), std::move(values))) : std::nullopt;
 }
 
 std::optional<Clue> LibraryIsLink(const VersionReport& version) {
-  return AboutLibrary(version, version.reason == VersionReason::kLibraryIsLink);
+  std::error_code ignored;
+  const fs::path target = fs::canonical(ToUtf8(version.library), ignored);
+  return AboutLibrary(version, version.reason == VersionReason::kLibraryIsLink,
+                      {{"target_word", ShellWord(target.string())}});
 }
 
 std::optional<Clue> OtherMachine(const VersionReport& version) {
@@ -46,19 +51,45 @@ bool IsVersionName(std::string_view name) {
   return !name.empty() && IsDigit(name.front()) && name.find('.') != std::string_view::npos;
 }
 
-std::optional<Clue> OtherRuntime(const VersionReport& version) {
+bool IsOtherRuntime(const VersionReport& version) {
   std::error_code ignored;
-  const bool isRuntime = version.reason == VersionReason::kWrongPrefix && IsVersionName(version.name) &&
-                         fs::is_regular_file(ToUtf8(version.library), ignored);
-  return AboutLibrary(version, isRuntime, {{"version", Printable(version.name)}, {"prefix", ToUtf8(Prefix())}});
+  return version.reason == VersionReason::kWrongPrefix && IsVersionName(version.name) &&
+         fs::is_regular_file(ToUtf8(version.library), ignored);
 }
+
+// "6.0.1, 7.0.20 and 8.0.11"
+std::string Enumerated(const std::vector<std::string>& names) {
+  std::string text;
+  for (std::size_t at = 0; at < names.size(); ++at) {
+    text += (at == 0 ? "" : at + 1 == names.size() ? " and " : ", ") + names[at];
+  }
+  return text;
+}
+
+std::optional<Clue> OtherRuntime(const RuntimeReport& runtime) {
+  std::vector<std::string> versions;
+  for (const VersionReport& version : runtime.versions) {
+    if (IsOtherRuntime(version)) {
+      versions.push_back(Printable(version.name));
+    }
+  }
+  if (versions.empty() || std::ranges::any_of(runtime.versions, &VersionReport::is_candidate)) {
+    return std::nullopt;
+  }
+  return AtPath(ToUtf8(runtime.discovery.fxr_folder),
+                {{"root", Printable(ToUtf8(runtime.root))}, {"versions", Enumerated(versions)}});
+}
+
+// What all versions together are looked at for.
+constexpr auto kVersionsChecks = std::to_array<Check<RuntimeReport>>({
+    {Finding::kOtherRuntime, OtherRuntime},
+});
 
 // What each version folder's library is looked at for.
 constexpr auto kLibraryChecks = std::to_array<Check<VersionReport>>({
     {Finding::kLibraryIsLink, LibraryIsLink},
     {Finding::kOtherMachine, OtherMachine},
     {Finding::kCutShort, CutShort},
-    {Finding::kOtherRuntime, OtherRuntime},
 });
 
 std::string_view Tail(const VersionReport& version) {
@@ -176,6 +207,7 @@ Warnings VersionNearMisses(const RuntimeReport& report) {
   for (const VersionReport& version : report.versions) {
     Apply(kLibraryChecks, version, warnings);
   }
+  Apply(kVersionsChecks, report, warnings);
   for (const Numbered& candidate : NumberedCandidates(report)) {
     Apply(kNumberChecks, candidate, warnings);
   }

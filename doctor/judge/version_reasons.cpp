@@ -10,15 +10,8 @@
 namespace doctor {
 namespace {
 
-// What a library wrote before the end, as far as it helps.
-std::string LastWords(const ChildResult& child) {
-  constexpr std::size_t kLongest = 200;
-  std::string words = child.output.substr(0, kLongest);
-  words.erase(words.find_last_not_of(" \r\n") + 1);
-  return words.empty() ? words : "; it wrote: " + words;
-}
-
 Values ValuesOf(const VersionReport& version) {
+  const std::string words = LastWords(version.child);
   return {{"prefix", Quoted(ToUtf8(netloader::quor::kDotnetVersionPrefix))},
           {"library", ToUtf8(netloader::kHostFxrFileName)},
           {"result", std::string(tov::ResultCodeMessage(version.result))},
@@ -27,10 +20,17 @@ Values ValuesOf(const VersionReport& version) {
           {"said", version.child.message.empty() ? std::string() : ": " + version.child.message},
           {"status", std::to_string(version.child.code)},
           {"signal", SignalName(version.child.code)},
-          {"wrote", LastWords(version.child)}};
+          {"wrote", words.empty() ? words : "; it wrote: " + words}};
 }
 
 }  // namespace
+
+std::string LastWords(const ChildResult& child) {
+  constexpr std::size_t kLongest = 200;
+  std::string words = child.output.substr(0, kLongest);
+  words.erase(words.find_last_not_of(" \r\n") + 1);
+  return words;
+}
 
 std::string_view ReasonCode(const VersionReport& version) {
   return version.reason ? RowOf(kVersionReasons, *version.reason).code : std::string_view();

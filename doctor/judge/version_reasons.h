@@ -49,6 +49,9 @@ inline constexpr auto kVersionReasons = std::to_array<VersionReasonText>({
 });
 static_assert(IsComplete(kVersionReasons, VersionReason::kTimedOut));
 
+/// The beginning of what a child wrote, without line ends behind it; raw bytes.
+std::string LastWords(const ChildResult& child);
+
 /// The name of the reason; empty for a good version.
 std::string_view ReasonCode(const VersionReport& version);
 

@@ -1,4 +1,4 @@
-// A near miss: something that a person probably did not mean.
+// Something that ends a launch, or that a person probably did not mean.
 #pragma once
 
 #include <string>
@@ -8,12 +8,15 @@
 
 namespace doctor {
 
-/// Never changes what the launcher does. All texts are for people, and printable.
+/// All texts are for people, and printable.
 struct Warning {
   Finding finding = {};
-  std::string place;  ///< The line or path.
-  std::string text;   ///< What is odd, and what comes of it.
-  std::string cure;   ///< What to do about it.
+  std::string place = {};    ///< The line or path.
+  std::string text = {};     ///< What is so, as a clause.
+  std::string meaning = {};  ///< What comes of it, as a sentence; may be empty.
+  std::string cure = {};     ///< What to do about it, as a command where there is one.
+  bool may_decide = true;    ///< False when it concerns something that a launch does not depend on.
+  bool decides = false;      ///< Whether it explains why the launch ends.
 };
 
 using Warnings = std::vector<Warning>;

@@ -27,19 +27,23 @@ json ToJson(const Verdict& verdict) {
       verdict.outcome == Outcome::kRuns || verdict.outcome == Outcome::kStatus255 || verdict.outcome == Outcome::kExits;
   return {{"outcome", RowOf(kOutcomes, verdict.outcome).code},
           {"line", VerdictLine(verdict)},
-          {"reason", OrNull(verdict.reason)},
+          {"code", verdict.HasCause() ? json(RowOf(kFindings, verdict.cause.finding).code) : json()},
+          {"reason", OrNull(verdict.cause.text)},
+          {"meaning", OrNull(verdict.cause.meaning)},
           {"message", OrNull(verdict.message)},
           {"exit_status", hasStatus ? json(verdict.code) : json()},
           {"signal", verdict.outcome == Outcome::kDies ? json(SignalName(verdict.code)) : json()},
-          {"cure", OrNull(verdict.cure)},
-          {"probed", verdict.is_probed}};
+          {"cure", OrNull(verdict.cause.cure)},
+          {"probed", verdict.tried != Tried::kFiles}};
 }
 
 json ToJson(const Warning& warning) {
   return {{"code", RowOf(kFindings, warning.finding).code},
           {"place", warning.place},
           {"text", warning.text},
-          {"cure", warning.cure}};
+          {"meaning", OrNull(warning.meaning)},
+          {"cure", warning.cure},
+          {"decides", warning.decides}};
 }
 
 json ToJson(const SettingsEntry& entry) {

@@ -8,7 +8,9 @@
 #include "doctor/judge/status_names.h"
 #include "doctor/judge/text.h"
 #include "doctor/judge/version_reasons.h"
+#include "doctor/report/opening.h"
 #include "doctor/report/page.h"
+#include "doctor/report/summary.h"
 #include "foundation/result_code.h"
 
 namespace doctor {
@@ -26,31 +28,6 @@ std::string Shortened(std::string_view bytes) {
   return bytes.size() <= kLongestValue ? Quoted(bytes)
                                        : Quoted(bytes.substr(0, kLongestValue)) + " and " +
                                              std::to_string(bytes.size() - kLongestValue) + " bytes more";
-}
-
-void PutVerdict(Page& page, const Verdict& verdict, bool hasWarnings) {
-  page.Paragraph(VerdictLine(verdict), 0, verdict.outcome == Outcome::kRuns ? Paint::kGood : Paint::kBad);
-  if (!verdict.cure.empty()) {
-    page.Paragraph(verdict.cure, kIndent);
-  }
-  if (verdict.outcome != Outcome::kRuns && hasWarnings) {
-    page.Paragraph("The warnings below may name the cause.", kIndent);
-  }
-}
-
-void PutWarnings(Page& page, const Warnings& warnings) {
-  if (warnings.empty()) {
-    return;
-  }
-  page.Heading("Warnings", "None of them changes what the launcher does.");
-  for (std::size_t at = 0; at < std::min(warnings.size(), kLongestList); ++at) {
-    const Warning& warning = warnings[at];
-    page.Paragraph(warning.place + ": " + warning.text, kIndent, Paint::kOdd);
-    page.Paragraph("-> " + warning.cure, 2 * kIndent);
-  }
-  if (warnings.size() > kLongestList) {
-    page.Paragraph("and " + std::to_string(warnings.size() - kLongestList) + " more", kIndent, Paint::kFaint);
-  }
 }
 
 // What a value is called in a table, and its colour.
@@ -83,7 +60,8 @@ bool Matters(const SettingsEntry& entry) {
 void PutSettings(Page& page, const SettingsReport& settings) {
   page.Heading("1. Settings", Printable(settings.path));
   if (!settings.IsReadable()) {
-    page.Paragraph("cannot be read: " + settings.reason, kIndent, Paint::kBad);
+    page.Paragraph(settings.end == SettingsEnd::kNeverEnds ? "is a pipe" : "cannot be read: " + settings.reason,
+                   kIndent, Paint::kBad);
     return;
   }
   Rows rows;
@@ -225,16 +203,33 @@ void PutApplication(Page& page, const ApplicationReport& application) {
   }
 }
 
+void PutDetails(Page& page, const Diagnosis& diagnosis, Station station) {
+  switch (station) {
+    case Station::kSettings:
+      return PutSettings(page, diagnosis.settings);
+    case Station::kRuntime:
+      return PutRuntime(page, diagnosis.runtime);
+    case Station::kEnvironment:
+      return PutEnvironment(page, diagnosis.environment);
+    case Station::kApplication:
+      return PutApplication(page, diagnosis.application);
+    case Station::kStart:
+      break;
+  }
+}
+
 }  // namespace
 
-std::string TextReport(const Diagnosis& diagnosis, bool colored) {
-  Page page(colored);
-  PutVerdict(page, diagnosis.verdict, !diagnosis.warnings.empty());
-  PutWarnings(page, diagnosis.warnings);
-  PutSettings(page, diagnosis.settings);
-  PutRuntime(page, diagnosis.runtime);
-  PutEnvironment(page, diagnosis.environment);
-  PutApplication(page, diagnosis.application);
+std::string TextReport(const Diagnosis& diagnosis, const TextStyle& style) {
+  Page page(style.colored);
+  const std::vector<StationSummary> summary = Summary(diagnosis);
+  PutOpening(page, diagnosis.verdict, summary);
+  PutWarnings(page, diagnosis);
+  for (const StationSummary& station : summary) {
+    if (style.verbose || station.mark == Mark::kNo) {
+      PutDetails(page, diagnosis, station.station);
+    }
+  }
   return page.Text();
 }
 

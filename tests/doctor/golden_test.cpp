@@ -42,10 +42,26 @@ const Situation kSituations[] = {
        world.server.Settings("# The product's settings.\n" + kRootLine + "LoaderLoggingDir=/var/log\nOther=1\n");
        world.server.Host("6.0.9").Host("6.0.10");
      }},
+    {"all-good-verbose", 0, [](World&) {}, {"--verbose"}},
     {"no-settings", 1, [](World& world) { world.server.NoSettings(); }},
     {"settings-unreadable", 1, [](World&) { ::chmod(std::string(kSettingsPath).c_str(), 0); }},
     {"settings-not-utf8", 1, [](World& world) { world.server.Settings("Name=caf\xe9\n" + kRootLine); }},
     {"no-root", 1, [](World& world) { world.server.Settings("# nothing yet\nOther=1\n"); }},
+    {"colon", 1, [](World& world) { world.server.Settings("[dotnet]\nDotnetRootFolder: /opt/morvath/dotnet\n"); }},
+    {"export", 1, [](World& world) { world.server.Settings("export DotnetRootFolder=/opt/morvath/dotnet\n"); }},
+    {"letter-missing", 1, [](World& world) { world.server.Settings("DotnetRotFolder=/opt/morvath/dotnet\n"); }},
+    {"home-folder", 1, [](World& world) { world.server.Settings("DotnetRootFolder=~/dotnet\n"); }},
+    {"settings-are-a-folder", 1,
+     [](World& world) {
+       world.server.NoSettings();
+       fs::create_directory(kSettingsPath);
+     }},
+    {"settings-are-a-pipe", 1,
+     [](World& world) {
+       world.server.NoSettings();
+       ::mkfifo(std::string(kSettingsPath).c_str(), 0644);
+     }},
+    {"settings-with-extension", 1, [](World&) { fs::rename(kSettingsPath, std::string(kSettingsPath) + ".txt"); }},
     {"relative-root", 1, [](World& world) { world.server.Settings("DotnetRootFolder=opt/morvath/dotnet\n"); }},
     {"carriage-return", 1,
      [](World& world) { world.server.Settings("DotnetRootFolder=/opt/morvath/dotnet\r\nLoaderLoggingDir=/tmp\r\n"); }},
@@ -106,13 +122,17 @@ const Situation kSituations[] = {
      0,
      [](World& world) { world.server.Settings("DotnetRootFolder=/usr/lib/none\n"); },
      {"--root", std::string(kRoot)}},
-    {"octal-and-hexadecimal", 0,
-     [](World& world) { world.server.Host("6.0.010").Host("6.0.9").Host("6.0.0x30").Host("6.0.x"); }},
-    {"bytes-that-are-not-utf8", 0,
+    {"octal-and-hexadecimal",
+     0,
+     [](World& world) { world.server.Host("6.0.010").Host("6.0.9").Host("6.0.0x30").Host("6.0.x"); },
+     {"--verbose"}},
+    {"bytes-that-are-not-utf8",
+     0,
      [](World& world) {
        fs::create_directory(std::string(kFxrFolder) + "/caf\xe9");
        world.server.Host("6.0.\xff").Host("6.0.1\033[31m\n");
-     }},
+     },
+     {"--verbose"}},
 };
 
 Outcome Examine(const Situation& situation, const World& world, const char* form) {

@@ -21,6 +21,7 @@ TEST(DoctorOptions, NothingToldMeansTextOfTheInstalledProduct) {
 
   const auto& options = std::get<Options>(answer);
   EXPECT_FALSE(options.json);
+  EXPECT_FALSE(options.verbose);
   EXPECT_TRUE(options.probe);
   EXPECT_EQ(options.color, Color::kAuto);
   EXPECT_EQ(options.log, std::nullopt);
@@ -30,6 +31,7 @@ TEST(DoctorOptions, NothingToldMeansTextOfTheInstalledProduct) {
 
 TEST(DoctorOptions, EachIsTaken) {
   EXPECT_TRUE(std::get<Options>(Parse({"--json"})).json);
+  EXPECT_TRUE(std::get<Options>(Parse({"--verbose"})).verbose);
   EXPECT_FALSE(std::get<Options>(Parse({"--no-probe"})).probe);
   EXPECT_EQ(std::get<Options>(Parse({"--log", "a.log"})).log, "a.log");
   EXPECT_EQ(std::get<Options>(Parse({"--settings=/a b"})).settings, "/a b");

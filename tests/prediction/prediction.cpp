@@ -102,7 +102,7 @@ bool EndsAsPredicted(const json& verdict, const Outcome& launch, const StandInHo
   if (outcome == "exits") {
     return verdict.at("exit_status") == launch.status;
   }
-  return outcome == "hangs" && launch.timed_out;
+  return outcome == "not-known" && launch.timed_out;
 }
 
 struct Observed {
@@ -136,6 +136,10 @@ std::string DifferenceInRecords(const json& verdict, const std::string& decisive
   return {};
 }
 
+int StatusFor(const std::string& outcome) {
+  return outcome == "runs" ? 0 : outcome == "not-known" ? 3 : 1;
+}
+
 }  // namespace
 
 Comparison Compare(StandInHost& host, const Start& start) {
@@ -153,7 +157,7 @@ Comparison Compare(StandInHost& host, const Start& start) {
                         ""};
   if (!EndsAsPredicted(verdict, launch.outcome, host)) {
     comparison.difference = "it ended otherwise";
-  } else if (doctor.outcome.status != (comparison.outcome == "runs" ? 0 : 1)) {
+  } else if (doctor.outcome.status != StatusFor(comparison.outcome)) {
     comparison.difference = "the doctor's exit status says something else";
   } else if (start.hosts_record) {
     comparison.difference = DifferenceInRecords(verdict, comparison.decisive, doctor, launch, host);

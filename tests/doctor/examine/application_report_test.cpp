@@ -162,7 +162,7 @@ TEST(ApplicationReport, WithoutARootNobodyKnowsAboutFrameworks) {
   const ApplicationReport report = ExamineApplication({}, {});
 
   EXPECT_EQ(Frameworks(report), "Microsoft.NETCore.App 6.0.0 unknown");
-  EXPECT_TRUE(ApplicationNearMisses(report).empty());
+  EXPECT_TRUE(ApplicationNearMisses(report, true).empty());
 }
 
 TEST(ApplicationReport, TheContextIsAskedForWhenThereIsSomeoneToAsk) {
@@ -175,12 +175,12 @@ TEST(ApplicationReport, TheContextIsAskedForWhenThereIsSomeoneToAsk) {
 TEST(ApplicationNearMisses, AMissingAssemblyAndAMissingFrameworkAreNamed) {
   Server server;
   server.Healthy();
-  EXPECT_TRUE(ApplicationNearMisses(Examine()).empty());
+  EXPECT_TRUE(ApplicationNearMisses(Examine(), true).empty());
 
   server.Remove("/opt/morvath/dotnet/shared");
-  const Warnings framework = ApplicationNearMisses(Examine());
+  const Warnings framework = ApplicationNearMisses(Examine(), true);
   server.Framework("6.0.36").Remove(kStem + ".dll");
-  const Warnings assembly = ApplicationNearMisses(Examine());
+  const Warnings assembly = ApplicationNearMisses(Examine(), true);
 
   ASSERT_EQ(framework.size(), 1U);
   EXPECT_EQ(framework[0].finding, Finding::kMissingFramework);

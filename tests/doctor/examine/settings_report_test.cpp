@@ -1,6 +1,7 @@
 #include "doctor/examine/settings_report.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "tests/support/scoped_environment.h"
 #include "tests/support/temp_folder.h"
@@ -153,6 +154,17 @@ TEST(SettingsReport, AFileThatCannotBeOpenedIsToldWithTheSystemsReason) {
     EXPECT_TRUE(report.entries.empty());
     EXPECT_EQ(report.path, row.path);
   }
+}
+
+TEST(SettingsReport, APipeIsNotWaitedFor) {
+  const tests::TempFolder folder;
+  const std::string pipe = folder / "settings.ini";
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+
+  const SettingsReport report = ExamineSettings(pipe);
+
+  EXPECT_EQ(report.end, SettingsEnd::kNeverEnds);
+  EXPECT_FALSE(report.IsReadable());
 }
 
 }  // namespace

@@ -37,19 +37,27 @@ TEST(Diagnosis, AHealthyServerRuns) {
   const Diagnosis diagnosis = Diagnose(Installed());
 
   EXPECT_EQ(diagnosis.verdict.outcome, Outcome::kRuns);
-  EXPECT_TRUE(diagnosis.verdict.is_probed);
+  EXPECT_EQ(diagnosis.verdict.tried, Tried::kHost);
   EXPECT_TRUE(diagnosis.application.context && diagnosis.application.context->IsUsable());
   EXPECT_EQ(Codes(diagnosis), "");
 }
 
 TEST(Diagnosis, WarningsFollowTheRoad) {
   Server server;
-  server.Healthy().Settings("X=1\nX=2\nDotnetRootFolder=/opt/morvath/dotnet\n").Host("7.0.1");
+  server.Healthy().Settings("X=1\nX=2\nDotnetRootFolder=/opt/morvath/dotnet\n");
   server.Remove("/opt/morvath/dotnet/shared");
+  std::filesystem::create_directory_symlink("/tmp", std::string(tests::kFxrFolder) + "/6.0.0");
   tests::ScopedEnvironment environment;
   environment.Set("TMP", "");
 
-  EXPECT_EQ(Codes(Diagnose(Installed())), "key-given-twice other-runtime tmp-empty missing-framework");
+  EXPECT_EQ(Codes(Diagnose(Installed())), "key-given-twice folder-is-link tmp-empty missing-framework");
+}
+
+TEST(Diagnosis, NoFrameworkIsMissedWhereThereIsNoRuntimeAtAll) {
+  Server server;
+  server.Healthy().Settings("DotnetRootFolder=/nothing/there\n");
+
+  EXPECT_EQ(Codes(Diagnose(Installed())), "");
 }
 
 TEST(Diagnosis, AnotherRootTakesThePlaceOfTheSettingsOne) {
@@ -60,6 +68,16 @@ TEST(Diagnosis, AnotherRootTakesThePlaceOfTheSettingsOne) {
   EXPECT_EQ(Diagnose(question).verdict.outcome, Outcome::kStatus255);
   question.root = tests::kRoot;
   EXPECT_EQ(Diagnose(question).verdict.outcome, Outcome::kRuns);
+}
+
+TEST(Diagnosis, AMistakeInTheSettingsIsTheCauseOnlyWhereTheirRootIsAskedAbout) {
+  Server server;
+  server.Healthy().Settings("DotnetRootFolder=/opt/morvath/dotnet \n");
+  Question question = Installed();
+
+  EXPECT_EQ(Diagnose(question).verdict.cause.finding, Finding::kBlankAtEnd);
+  question.root = "/nothing/there";
+  EXPECT_EQ(Diagnose(question).verdict.cause.finding, Finding::kRootMissing);
 }
 
 TEST(Diagnosis, OtherSettingsTakeThePlaceOfTheInstalledOnes) {
@@ -95,7 +113,7 @@ TEST(Diagnosis, WithoutProbingNothingIsLoaded) {
   const Diagnosis diagnosis = Diagnose(question);
 
   EXPECT_EQ(diagnosis.verdict.outcome, Outcome::kRuns);
-  EXPECT_FALSE(diagnosis.verdict.is_probed);
+  EXPECT_EQ(diagnosis.verdict.tried, Tried::kFiles);
   EXPECT_FALSE(diagnosis.application.context);
   EXPECT_TRUE(host.Calls().empty());
 }
@@ -108,7 +126,7 @@ TEST(Diagnosis, ALibraryThatHangsIsAFindingAtTheLimit) {
 
   const Diagnosis diagnosis = Diagnose(question);
 
-  EXPECT_EQ(diagnosis.verdict.outcome, Outcome::kHangs);
+  EXPECT_EQ(diagnosis.verdict.outcome, Outcome::kNotKnown);
   EXPECT_EQ(diagnosis.runtime->versions.at(0).reason, VersionReason::kTimedOut);
 }
 

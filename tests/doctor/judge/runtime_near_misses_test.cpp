@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 
 #include "doctor/examine/runtime_report.h"
@@ -33,6 +34,7 @@ std::string Names(const Warnings& warnings, const RuntimeTree& runtime) {
     names.append(names.empty() ? "" : ", ").append(RowOf(kFindings, warning.finding).code).append(" " + place);
     EXPECT_NE(warning.text, "");
     EXPECT_NE(warning.cure, "");
+    EXPECT_EQ((warning.text + warning.meaning + warning.cure).find('{'), std::string::npos) << warning.cure;
   }
   return names;
 }
@@ -60,9 +62,9 @@ TEST(RuntimeNearMisses, AreNamedWithTheirPlace) {
       {"other machine", "other-machine 6.0.2",
        [](RuntimeTree& tree) { tree.AddHostOfBytes("6.0.2", tests::ArmLibrary()); }},
       {"cut short", "cut-short 6.0.2", [](RuntimeTree& tree) { tree.AddHostOfBytes("6.0.2", tests::CutLibrary()); }},
-      {"a newer runtime", "other-runtime 7.0.20", [](RuntimeTree& tree) { tree.AddHost("7.0.20"); }},
-      {"an older runtime", "other-runtime 3.1.32", [](RuntimeTree& tree) { tree.AddHost("3.1.32"); }},
-      {"a runtime of nearly that name", "other-runtime 6.1.0", [](RuntimeTree& tree) { tree.AddHost("6.1.0"); }},
+      {"a newer runtime", "other-runtime .", [](RuntimeTree& tree) { tree.AddHost("7.0.20"); }},
+      {"an older runtime", "other-runtime .", [](RuntimeTree& tree) { tree.AddHost("3.1.32"); }},
+      {"a runtime of nearly that name", "other-runtime .", [](RuntimeTree& tree) { tree.AddHost("6.1.0"); }},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
@@ -100,6 +102,30 @@ TEST(RuntimeNearMisses, WhatIsMeantIsNone) {
   }
 }
 
+TEST(RuntimeNearMisses, OtherRuntimesAreNamedTogetherWhereNoneFits) {
+  RuntimeTree runtime;
+  runtime.AddHost("7.0.20").AddHost("8.0.11").AddHost("3.1.32");
+
+  EXPECT_EQ(Misses(runtime.Root()).at(0).meaning,
+            "There is 3.1.32, 7.0.20 and 8.0.11, but this launcher runs 6.0 only.");
+  runtime.AddHost("6.0.1");
+  EXPECT_TRUE(Misses(runtime.Root()).empty());
+}
+
+TEST(RuntimeNearMisses, TheirCuresForLinksMendThem) {
+  RuntimeTree runtime;
+  runtime.AddHost("6.0.1").AddLink("6.0.2", runtime.FxrFolder() / "6.0.1");
+  runtime.AddLink("6.0.3/libhostfxr.so", runtime.HostFile("6.0.1"));
+
+  const Warnings warnings = Misses(runtime.Root());
+  for (const Warning& warning : warnings) {
+    EXPECT_EQ(std::system(warning.cure.c_str()), 0) << warning.cure;
+  }
+
+  EXPECT_EQ(warnings.size(), 2U);
+  EXPECT_TRUE(Misses(runtime.Root()).empty());
+}
+
 TEST(RuntimeNearMisses, EqualNumbersAreNamedTogether) {
   RuntimeTree runtime;
   runtime.AddHost("6.0.8").AddHost("6.0.010").AddHost("6.0.7");
@@ -120,7 +146,7 @@ TEST(RuntimeNearMisses, ANumberIsReportedAsItIsRead) {
   };
   const Row rows[] = {{"6.0.010", "'010' is read as octal: 8"},
                       {"6.0.0x10", "'0x10' is read as hexadecimal: 16"},
-                      {"6.0.x", "'x' is read as no number at all, and counts as 0"}};
+                      {"6.0.x", "'x' is not a number, and counts as 0"}};
   for (const Row& row : rows) {
     RuntimeTree runtime;
     runtime.AddHost(row.version);
@@ -187,7 +213,7 @@ TEST(RuntimeNearMisses, ARootThatIsAHostFolderIsNamedWithTheRootThatWasMeant) {
 
     ASSERT_EQ(warnings.size(), 1U);
     EXPECT_EQ(warnings[0].finding, Finding::kRootIsFxr);
-    EXPECT_EQ(warnings[0].cure, "name the installation's folder: " + runtime.Root().string());
+    EXPECT_EQ(warnings[0].cure, "write " + runtime.Root().string() + " in its place");
   }
 }
 
@@ -209,7 +235,7 @@ TEST(RuntimeNearMisses, ARootThatIsTheDotnetCommandIsNamedWithTheFolderItIsIn) {
 
     ASSERT_EQ(warnings.size(), 1U);
     EXPECT_EQ(warnings[0].finding, Finding::kRootIsFile);
-    EXPECT_EQ(warnings[0].cure, "name the folder that holds it: " + fs::canonical(runtime.Root()).string());
+    EXPECT_EQ(warnings[0].cure, "write " + fs::canonical(runtime.Root()).string() + " in its place");
   }
 }
 

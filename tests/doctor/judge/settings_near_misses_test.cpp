@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
+
 #include "doctor/examine/settings_report.h"
 #include "doctor/judge/near_misses.h"
 #include "tests/support/temp_folder.h"
@@ -18,6 +21,7 @@ std::string Misses(std::string_view bytes) {
         .append(" " + warning.place);
     EXPECT_NE(warning.text, "");
     EXPECT_NE(warning.cure, "");
+    EXPECT_EQ((warning.text + warning.meaning + warning.cure).find('{'), std::string::npos) << warning.cure;
   }
   return misses;
 }
@@ -33,22 +37,40 @@ TEST(SettingsNearMisses, AreNamedWithTheirLine) {
       {"blank after the root", "DotnetRootFolder=/r \n", "blank-at-end line 1"},
       {"tab after the root", "DotnetRootFolder=/r\t\n", "blank-at-end line 1"},
       {"blank before the log folder", "LoaderLoggingDir= /l\n", "blank-at-start line 1"},
-      {"blank before and after", "DotnetRootFolder= /r \n", "blank-at-end line 1, blank-at-start line 1"},
+      {"blank before and after", "DotnetRootFolder= /r \n",
+       "several-mistakes line 1, blank-at-end line 1, blank-at-start line 1"},
       {"blank after the key", "DotnetRootFolder =/r\n", "blank-around-key line 1"},
       {"blank before the key", " DotnetRootFolder=/r\n", "blank-around-key line 1"},
-      {"blanks around the equals sign", "DotnetRootFolder = /r\n", "blank-around-key line 1, blank-at-start line 1"},
+      {"blanks around the equals sign", "DotnetRootFolder = /r\n",
+       "several-mistakes line 1, blank-around-key line 1, blank-at-start line 1"},
       {"double quotes", "DotnetRootFolder=\"/r\"\n", "quoted-value line 1"},
       {"single quotes", "LoaderLoggingDir='/l'\n", "quoted-value line 1"},
       {"quotes and a carriage return", "DotnetRootFolder=\"/r\"\r\n",
-       "carriage-return-at-end line 1, quoted-value line 1"},
+       "several-mistakes line 1, carriage-return-at-end line 1, quoted-value line 1"},
       {"wrong case", "dotnetrootfolder=/r\n", "wrong-letter-case line 1"},
       {"wrong case of the log folder", "LOADERLOGGINGDIR=/l\n", "wrong-letter-case line 1"},
-      {"wrong case and a blank", "dotnetRootFolder =/r\n", "blank-around-key line 1, wrong-letter-case line 1"},
+      {"wrong case and a blank", "dotnetRootFolder =/r\n",
+       "several-mistakes line 1, blank-around-key line 1, wrong-letter-case line 1"},
       {"byte-order mark before the root",
        "\xEF\xBB\xBF"
        "DotnetRootFolder=/r\n",
        "byte-order-mark line 1"},
       {"byte-order mark before what sets nothing", "\xEF\xBB\xBF# words\n", "byte-order-mark line 1"},
+      {"byte-order mark and quotes",
+       "\xEF\xBB\xBF"
+       "DotnetRootFolder=\"/r\"\n",
+       "several-mistakes line 1, byte-order-mark line 1, quoted-value line 1"},
+      {"typographic quotes", "DotnetRootFolder=\u201C/r\u201D\n", "typographic-quotes line 1"},
+      {"the home folder", "DotnetRootFolder=~/dotnet\n", "tilde-in-value line 1"},
+      {"a variable", "DotnetRootFolder=$HOME/dotnet\n", "variable-in-value line 1"},
+      {"export", "export DotnetRootFolder=/r\n", "export-before-key line 1"},
+      {"a colon", "DotnetRootFolder: /r\n", "colon-for-equals line 1"},
+      {"a section", "[main]\nDotnetRootFolder=/r\n", "section-heading line 1"},
+      {"a letter left out", "DotnetRotFolder=/r\n", "key-nearly-right line 1"},
+      {"a letter too many", "DotnetRootFolders=/r\n", "key-nearly-right line 1"},
+      {"another letter", "DotnetRootFalder=/r\n", "key-nearly-right line 1"},
+      {"two letters exchanged", "DotnteRootFolder=/r\n", "key-nearly-right line 1"},
+      {"the first letter left out", "otnetRootFolder=/r\n", "key-nearly-right line 1"},
       {"key given twice", "DotnetRootFolder=/a\nDotnetRootFolder=/b\n", "key-given-twice line 1"},
       {"an unused key given twice", "X=1\nX=2\n", "key-given-twice line 1"},
   };
@@ -73,7 +95,10 @@ TEST(SettingsNearMisses, WhatIsMeantIsNone) {
       {"carriage return after another key", "X=1\r\nDotnetRootFolder=/r\n"},
       {"another key in quotes", "X=\"1\"\n"},
       {"a blank around another key", " X =1\n"},
-      {"a key that only begins so", "DotnetRootFolders=/r\ndotnetroot=/r\n"},
+      {"a key that only begins so", "DotnetRootFolderOld=/r\ndotnetroot=/r\n"},
+      {"a key two letters off", "DotnetRootFoldr2=/r\nDotnetoRotFoldre=/r\n"},
+      {"a line with a colon that is no key", "Note: see the manual\n"},
+      {"brackets inside a line", "X=[main]\n"},
       {"a byte-order mark later",
        "X=1\n\xEF\xBB\xBF"
        "Y=2\n"},
@@ -92,8 +117,69 @@ TEST(SettingsNearMisses, TheirCureNamesTheKeyAsItMustBe) {
   const Warnings warnings = SettingsNearMisses(ExamineSettings(folder / "settings.ini"));
 
   ASSERT_EQ(warnings.size(), 1U);
-  EXPECT_EQ(warnings[0].cure, "write DotnetRootFolder");
-  EXPECT_EQ(warnings[0].text, "the key 'DOTNETrootFOLDER' differs in letter case, so it is another key");
+  EXPECT_EQ(warnings[0].cure,
+            "sed -i '1s|.*|DotnetRootFolder=/r|' " + std::filesystem::path(folder / "settings.ini").string());
+  EXPECT_EQ(warnings[0].text, "the key 'DOTNETrootFOLDER' in the settings differs in letter case");
+}
+
+// The settings after the first warning's cure was given to a shell.
+std::string Mended(const std::string& bytes) {
+  const tests::TempFolder folder;
+  const std::string file = folder / "the product's settings.ini";
+  tests::WriteFile(file, bytes);
+  const Warnings warnings = SettingsNearMisses(ExamineSettings(file));
+  EXPECT_FALSE(warnings.empty()) << bytes;
+  EXPECT_EQ(std::system(warnings.at(0).cure.c_str()), 0) << warnings.at(0).cure;
+  return tests::ReadFile(file);
+}
+
+TEST(SettingsNearMisses, TheirCureMendsTheFile) {
+  const std::string utf16("D\0o\0t\0n\0e\0t\0R\0o\0o\0t\0F\0o\0l\0d\0e\0r\0=\0/\0r\0\r\0\n\0", 42);
+  const std::string lines[] = {"DotnetRootFolder=/r\r\n",
+                               "DotnetRootFolder=/r \n",
+                               "DotnetRootFolder= \"/r\" \r\n",
+                               " dotnetrootfolder = '/r'\n",
+                               "export DotnetRootFolder=/r\n",
+                               "DotnetRootFolder: /r\n",
+                               "DotnetRotFolder=/r\n",
+                               "DotnetRootFolder=\u201C/r\u201D\n",
+                               "\xEF\xBB\xBF"
+                               "DotnetRootFolder=/r\n",
+                               utf16,
+                               "\xFF\xFE" + utf16,
+                               "DotnetRootFolder=/r\nDotnetRootFolder=/s\n"};
+  for (const std::string& line : lines) {
+    EXPECT_EQ(Mended(line), "DotnetRootFolder=/r\n") << line;
+  }
+}
+
+TEST(SettingsNearMisses, ACureKeepsEveryLetterOfThePath) {
+  EXPECT_EQ(Mended("DotnetRootFolder=/a|b&c\\d'e\"f \n"), "DotnetRootFolder=/a|b&c\\d'e\"f\n");
+}
+
+TEST(SettingsNearMisses, TheFileAsAWholeMayBeTheMistake) {
+  const tests::TempFolder folder;
+  std::filesystem::create_directory(folder / "settings.ini");
+  tests::WriteFile(folder / "other.ini.txt", "DotnetRootFolder=/r\n");
+
+  const Warnings ofFolder = SettingsNearMisses(ExamineSettings(folder / "settings.ini"));
+  const Warnings ofOther = SettingsNearMisses(ExamineSettings(folder / "other.ini"));
+
+  ASSERT_EQ(ofFolder.size(), 1U);
+  EXPECT_EQ(ofFolder[0].finding, Finding::kSettingsAreFolder);
+  ASSERT_EQ(ofOther.size(), 1U);
+  EXPECT_EQ(ofOther[0].finding, Finding::kSettingsHaveExtension);
+}
+
+TEST(SettingsNearMisses, OnlyTheLineThatALaunchDependsOnMayDecide) {
+  const tests::TempFolder folder;
+  tests::WriteFile(folder / "settings.ini", "LoaderLoggingDir=/l \nDotnetRootFolder=/r \n");
+
+  const Warnings warnings = SettingsNearMisses(ExamineSettings(folder / "settings.ini"));
+
+  ASSERT_EQ(warnings.size(), 2U);
+  EXPECT_FALSE(warnings[0].may_decide);
+  EXPECT_TRUE(warnings[1].may_decide);
 }
 
 }  // namespace

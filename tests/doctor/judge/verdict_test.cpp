@@ -2,9 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
-
-#include "foundation/result_code.h"
 
 namespace doctor {
 namespace {
@@ -12,8 +11,9 @@ namespace {
 // What a launch that runs the application depends on; a test spoils one thing.
 struct World {
   World() {
-    settings.path = "/settings";
+    settings.path = "/settings/not/there";
     settings.root = u"/root";
+    runtime.root = u"/root";
     runtime.discovery.fxr_folder = u"/root/host/fxr";
     VersionReport version;
     version.name = "6.0.36";
@@ -25,6 +25,10 @@ struct World {
     application.context = ContextProbe{{ChildEnd::kFinished}, 0, true};
   }
 
+  void IsFatal(const ChildResult& end) {
+    Version().standing = Standing::kFatal;
+    Version().child = end;
+  }
   VersionReport& Version() { return runtime.versions.at(0); }
   Verdict Judged() const { return Judge({&settings, &runtime, &application}); }
 
@@ -42,94 +46,107 @@ struct Row {
 };
 
 const Row kRows[] = {
-    {Outcome::kRuns, "A launch would run the application.", [](World&) {}},
-    {Outcome::kRuns, "A launch would run the application, as far as can be told without loading anything.",
+    {Outcome::kRuns, "The host accepts the application; starting the runtime was not tried.", [](World&) {}},
+    {Outcome::kRuns, "Nothing was loaded: the files look sound; starting the runtime was not tried.",
      [](World& world) { world.application.context.reset(); }},
-    {Outcome::kAborts,
-     "A launch would abort with 'Error occurred: cannot open': the settings file cannot be read: Permission denied",
+    {Outcome::kRuns,
+     "The host accepts the application, with the older runtime 6.0.36; starting the runtime was not tried.",
+     [](World& world) {
+       world.runtime.versions.insert(world.runtime.versions.begin(),
+                                     {"6.0.40", u"/root/host/fxr/6.0.40/libhostfxr.so", true});
+       world.runtime.decisive = 1;
+     }},
+    {Outcome::kAborts, "A launch would abort: the settings file is missing.",
      [](World& world) {
        world.settings.end = SettingsEnd::kUnreadable;
        world.settings.failure = "cannot open";
-       world.settings.reason = "Permission denied";
      }},
-    {Outcome::kAborts, "A launch would abort with 'Error occurred: std::bad_cast': line 7 of the settings is not UTF-8",
+    {Outcome::kAborts, "A launch would abort: the settings file cannot be read.",
+     [](World& world) {
+       world.settings.path = "/";
+       world.settings.end = SettingsEnd::kUnreadable;
+       world.settings.failure = "cannot open";
+     }},
+    {Outcome::kHangs, "A launch would wait for ever: the settings file is a pipe.",
+     [](World& world) { world.settings.end = SettingsEnd::kNeverEnds; }},
+    {Outcome::kAborts, "A launch would abort: line 7 of the settings is not UTF-8.",
      [](World& world) {
        world.settings.end = SettingsEnd::kMalformed;
        world.settings.failure = "std::bad_cast";
        world.settings.entries.push_back({7, "k", "\xff", LineUse::kMalformed});
      }},
-    {Outcome::kStatus255, "A launch would end with status 255: the settings name no runtime root",
+    {Outcome::kStatus255, "A launch would end with status 255: the settings do not name a runtime root.",
      [](World& world) { world.settings.end = SettingsEnd::kNoRoot; }},
-    {Outcome::kAborts,
-     "A launch would abort with 'Error occurred: no folder': the folder of the executable cannot be told",
+    {Outcome::kAborts, "A launch would abort: the folder of the executable cannot be determined.",
      [](World& world) {
        world.settings.end = SettingsEnd::kNoProductFolder;
        world.settings.folder_failure = "no folder\nand more";
      }},
-    {Outcome::kStatus255, "A launch would end with status 255: /root/host/fxr is a symbolic link",
+    {Outcome::kStatus255, "A launch would end with status 255: the runtime root /root-not-there is not there.",
+     [](World& world) {
+       world.runtime.root = u"/root-not-there";
+       world.runtime.discovery.state = netloader::FxrFolderState::kNoStatus;
+     }},
+    {Outcome::kStatus255, "A launch would end with status 255: no .NET runtime is installed under /.",
+     [](World& world) {
+       world.runtime.root = u"/";
+       world.runtime.discovery.state = netloader::FxrFolderState::kNoStatus;
+     }},
+    {Outcome::kStatus255, "A launch would end with status 255: /root/host/fxr is a symbolic link.",
      [](World& world) { world.runtime.discovery.state = netloader::FxrFolderState::kIsLink; }},
-    {Outcome::kStatus255, "A launch would end with status 255: /root/host/fxr is no folder",
+    {Outcome::kStatus255, "A launch would end with status 255: /root/host/fxr is not a folder.",
      [](World& world) { world.runtime.discovery.state = netloader::FxrFolderState::kNotAFolder; }},
-    {Outcome::kAborts,
-     "A launch would abort with 'Error occurred: std::bad_cast': the name of a version folder is no valid text",
+    {Outcome::kStatus255, "A launch would end with status 255: /root/host/fxr cannot be searched.",
+     [](World& world) { world.runtime.discovery.state = netloader::FxrFolderState::kUnreadable; }},
+    {Outcome::kAborts, "A launch would abort: the name of a version folder is not valid text.",
      [](World& world) { world.runtime.failure = "std::bad_cast"; }},
-    {Outcome::kStatus255, "A launch would end with status 255: no version of the runtime fits",
+    {Outcome::kStatus255, "A launch would end with status 255: no .NET 6.0 runtime is installed under /root.",
      [](World& world) {
        world.runtime.decisive.reset();
        world.Version().is_candidate = false;
      }},
-    {Outcome::kStatus255, "A launch would end with status 255: the one version that fits cannot be loaded",
+    {Outcome::kStatus255, "A launch would end with status 255: the only .NET 6.0 runtime, 6.0.36, cannot be loaded.",
      [](World& world) { world.runtime.decisive.reset(); }},
-    {Outcome::kStatus255, "A launch would end with status 255: none of the 2 versions that fit can be loaded",
+    {Outcome::kStatus255, "A launch would end with status 255: none of the 2 .NET 6.0 runtimes can be loaded.",
      [](World& world) {
        world.runtime.versions.push_back(world.Version());
        world.runtime.decisive.reset();
      }},
-    {Outcome::kDies, "A launch would die of SIGBUS while loading /root/host/fxr/6.0.36/libhostfxr.so",
+    {Outcome::kDies, "A launch would die of SIGBUS: /root/host/fxr/6.0.36/libhostfxr.so crashes while it is loaded.",
      [](World& world) {
-       world.Version().standing = Standing::kFatal;
-       world.Version().child = {ChildEnd::kCrashed, SIGBUS};
+       world.IsFatal({ChildEnd::kCrashed, SIGBUS});
      }},
-    {Outcome::kExits, "A launch would end with status 17 while loading /root/host/fxr/6.0.36/libhostfxr.so",
+    {Outcome::kExits,
+     "A launch would end with status 17: /root/host/fxr/6.0.36/libhostfxr.so ends the process while it is loaded.",
      [](World& world) {
-       world.Version().standing = Standing::kFatal;
-       world.Version().child = {ChildEnd::kExited, 17};
+       world.IsFatal({ChildEnd::kExited, 17});
      }},
-    {Outcome::kHangs, "A launch would hang while loading /root/host/fxr/6.0.36/libhostfxr.so",
+    {Outcome::kNotKnown, "Not known: loading /root/host/fxr/6.0.36/libhostfxr.so did not finish within the time limit.",
+     [](World& world) { world.IsFatal({ChildEnd::kTimedOut}); }},
+    {Outcome::kAborts,
+     "A launch would abort: /root/host/fxr/6.0.36/libhostfxr.so throws an exception while it is loaded.",
      [](World& world) {
-       world.Version().standing = Standing::kFatal;
-       world.Version().child = {ChildEnd::kTimedOut};
+       world.IsFatal({ChildEnd::kThrew, 0, {}, "its words"});
      }},
     {Outcome::kAborts,
-     "A launch would abort with 'Error occurred: its words': while loading /root/host/fxr/6.0.36/libhostfxr.so",
-     [](World& world) {
-       world.Version().standing = Standing::kFatal;
-       world.Version().child = {ChildEnd::kThrew, 0, {}, "its words"};
-     }},
-    {Outcome::kAborts,
-     "A launch would abort with 'Unknown failure occurred': while loading /root/host/fxr/6.0.36/libhostfxr.so",
-     [](World& world) {
-       world.Version().standing = Standing::kFatal;
-       world.Version().child = {ChildEnd::kThrewUnknown};
-     }},
-    {Outcome::kStatus255,
-     "A launch would end with status 255: the host refuses the application with 0x80008096 (FrameworkMissingFailure)",
+     "A launch would abort: /root/host/fxr/6.0.36/libhostfxr.so throws an exception while it is loaded.",
+     [](World& world) { world.IsFatal({ChildEnd::kThrewUnknown}); }},
+    {Outcome::kStatus255, "A launch would end with status 255: the host refuses the application.",
      [](World& world) { world.application.context->result = kFrameworkMissing; }},
-    {Outcome::kStatus255,
-     "A launch would end with status 255: the host refuses the application with 0x00000001 "
-     "(Success_HostAlreadyInitialized)",
+    {Outcome::kStatus255, "A launch would end with status 255: the host refuses the application.",
      [](World& world) { world.application.context->result = 1; }},
-    {Outcome::kStatus255, "A launch would end with status 255: the host gives no context",
+    {Outcome::kStatus255,
+     "A launch would end with status 255: the host accepts the application and gives nothing to run it with.",
      [](World& world) { world.application.context->has_handle = false; }},
-    {Outcome::kDies, "A launch would die of SIGSEGV while the host prepares the application",
+    {Outcome::kDies, "A launch would die of SIGSEGV: the host crashes while it prepares the application.",
      [](World& world) {
        world.application.context->child = {ChildEnd::kCrashed, SIGSEGV};
      }},
-    {Outcome::kHangs, "A launch would hang while the host prepares the application",
+    {Outcome::kNotKnown, "Not known: the host did not prepare the application within the time limit.",
      [](World& world) { world.application.context->child = {ChildEnd::kTimedOut}; }},
 };
 
-TEST(Verdict, EveryEndOfALaunchIsToldInOneLine) {
+TEST(Verdict, EveryEndOfALaunchHasItsLine) {
   for (const Row& row : kRows) {
     SCOPED_TRACE(row.line);
     World world;
@@ -139,7 +156,10 @@ TEST(Verdict, EveryEndOfALaunchIsToldInOneLine) {
 
     EXPECT_EQ(verdict.outcome, row.outcome);
     EXPECT_EQ(VerdictLine(verdict), row.line);
-    EXPECT_EQ(verdict.cure.empty(), row.outcome == Outcome::kRuns) << "what to do about it";
+    EXPECT_EQ(verdict.cause.cure.empty(), !verdict.HasCause()) << "what to do about it";
+    for (const std::string& text : {verdict.cause.text, verdict.cause.meaning, verdict.cause.cure}) {
+      EXPECT_EQ(text.find('{'), std::string::npos) << text;
+    }
   }
 }
 
@@ -158,15 +178,55 @@ TEST(Verdict, WhatComesFirstOnTheRoadDecides) {
   }
 }
 
-TEST(Verdict, AFolderThatCannotBeEnteredIsToldWithTheReason) {
-  World world;
-  world.runtime.discovery.state = netloader::FxrFolderState::kUnreadable;
-  world.runtime.discovery.result = 0;
-  const std::string words(tov::ResultCodeMessage(0));
+TEST(Verdict, ThrownWordsAreTheMessage) {
+  World words;
+  words.IsFatal({ChildEnd::kThrew, 0, {}, "its words"});
+  World none;
+  none.IsFatal({ChildEnd::kThrewUnknown});
 
-  EXPECT_EQ(world.Judged().reason, "/root/host/fxr cannot be entered: " + words);
-  world.runtime.discovery.state = netloader::FxrFolderState::kNoStatus;
-  EXPECT_EQ(world.Judged().reason, "/root/host/fxr: " + words);
+  EXPECT_EQ(words.Judged().message, "Error occurred: its words");
+  EXPECT_EQ(none.Judged().message, "Unknown failure occurred");
+}
+
+TEST(Verdict, TheHostsStatusIsInTheMeaning) {
+  World world;
+  world.application.context->result = kFrameworkMissing;
+
+  EXPECT_EQ(world.Judged().cause.meaning, "(hostfxr: 0x80008096 FrameworkMissingFailure)");
+}
+
+TEST(Verdict, TheFirstWarningThatExplainsTheEndBecomesItsCause) {
+  World world;
+  world.settings.end = SettingsEnd::kNoRoot;
+  Verdict verdict = world.Judged();
+  Warnings warnings = {{Finding::kTmpEmpty, "a", "no end of a launch"},
+                       {Finding::kCarriageReturnAtEnd, "b", "explains another end"},
+                       {Finding::kWrongLetterCase, "c", "is about the log folder", "", "", false},
+                       {Finding::kWrongLetterCase, "d", "first"},
+                       {Finding::kBlankAroundKey, "e", "second"}};
+
+  Explain(verdict, warnings);
+
+  EXPECT_EQ(verdict.cause.text, "first");
+  EXPECT_EQ(VerdictLine(verdict), "A launch would end with status 255: first.");
+  std::string decisive;
+  for (const Warning& warning : warnings) {
+    decisive += warning.decides ? warning.place : "";
+  }
+  EXPECT_EQ(decisive, "de");
+}
+
+TEST(Verdict, NoWarningExplainsALaunchThatRuns) {
+  Verdict verdict = World().Judged();
+  Warnings warnings;
+  for (const FindingText& row : kFindings) {
+    warnings.push_back({row.value, "place", "text"});
+  }
+
+  Explain(verdict, warnings);
+
+  EXPECT_FALSE(verdict.HasCause());
+  EXPECT_TRUE(std::ranges::none_of(warnings, &Warning::decides));
 }
 
 TEST(Verdict, TheMessageIsTheLaunchersAndWhole) {
@@ -180,9 +240,9 @@ TEST(Verdict, TheMessageIsTheLaunchersAndWhole) {
 TEST(Verdict, NumbersAreForMachines) {
   World runs;
   EXPECT_EQ(runs.Judged().code, 0);
-  EXPECT_TRUE(runs.Judged().is_probed);
+  EXPECT_EQ(runs.Judged().tried, Tried::kHost);
   runs.application.context.reset();
-  EXPECT_FALSE(runs.Judged().is_probed);
+  EXPECT_EQ(runs.Judged().tried, Tried::kFiles);
   World refused;
   refused.settings.end = SettingsEnd::kNoRoot;
   EXPECT_EQ(refused.Judged().code, 255);

@@ -35,7 +35,8 @@ TEST(JsonReport, IsOneObjectWithASchemaAndANewline) {
   EXPECT_EQ(report["schema"], 1);
   EXPECT_EQ(report["doctor"], (json{{"name", "grellin_doctor"}, {"version", kVersion}}));
   EXPECT_EQ(report["verdict"]["outcome"], "runs");
-  EXPECT_EQ(report["verdict"]["line"], "A launch would run the application.");
+  EXPECT_EQ(report["verdict"]["line"], VerdictLine(Empty().verdict));
+  EXPECT_EQ(report["verdict"]["code"], nullptr);
   EXPECT_EQ(report["verdict"]["exit_status"], 0);
   EXPECT_EQ(report["verdict"]["probed"], true);
   EXPECT_EQ(report["warnings"], json::array());
@@ -43,6 +44,22 @@ TEST(JsonReport, IsOneObjectWithASchemaAndANewline) {
   EXPECT_EQ(report["application"]["context"], nullptr);
   EXPECT_EQ(report["application"]["assembly"], (json{{"path", "/app.dll"}, {"state", "present"}, {"detail", nullptr}}));
   EXPECT_EQ(report["application"]["dependencies"]["state"], "malformed");
+}
+
+TEST(JsonReport, TheVerdictHasTheCodeOfItsCauseAndWarningsSayWhetherTheyDecide) {
+  Diagnosis diagnosis = Empty();
+  diagnosis.verdict.outcome = Outcome::kStatus255;
+  diagnosis.warnings = {{Finding::kTmpEmpty, "TMP", "odd", "", "cure"},
+                        {Finding::kQuotedValue, "line 1", "in quotes", "So.", "cure", true, true}};
+  diagnosis.verdict.cause = diagnosis.warnings[1];
+
+  const json report = Parsed(diagnosis);
+
+  EXPECT_EQ(report["verdict"]["code"], "quoted-value");
+  EXPECT_EQ(report["verdict"]["reason"], "in quotes");
+  EXPECT_EQ(report["verdict"]["meaning"], "So.");
+  EXPECT_EQ(report["warnings"][0]["decides"], false);
+  EXPECT_EQ(report["warnings"][1]["decides"], true);
 }
 
 TEST(JsonReport, NamesStayInTheirOrder) {
@@ -62,9 +79,10 @@ TEST(JsonReport, TheVerdictsNumbersAreThereWhereTheyMeanSomething) {
     int code;
     json exit_status, signal;
   };
-  const Row rows[] = {{Outcome::kRuns, 0, 0, nullptr},         {Outcome::kStatus255, 255, 255, nullptr},
-                      {Outcome::kExits, 17, 17, nullptr},      {Outcome::kDies, SIGBUS, nullptr, "SIGBUS"},
-                      {Outcome::kAborts, 0, nullptr, nullptr}, {Outcome::kHangs, 0, nullptr, nullptr}};
+  const Row rows[] = {{Outcome::kRuns, 0, 0, nullptr},          {Outcome::kStatus255, 255, 255, nullptr},
+                      {Outcome::kExits, 17, 17, nullptr},       {Outcome::kDies, SIGBUS, nullptr, "SIGBUS"},
+                      {Outcome::kAborts, 0, nullptr, nullptr},  {Outcome::kHangs, 0, nullptr, nullptr},
+                      {Outcome::kNotKnown, 0, nullptr, nullptr}};
   for (const Row& row : rows) {
     Diagnosis diagnosis = Empty();
     diagnosis.verdict.outcome = row.outcome;
@@ -152,8 +170,9 @@ TEST(JsonReport, AContextsEndHasItsNameAndItsStatusOnlyWhenItFinished) {
 TEST(JsonReport, IsUtf8WhateverTheBytes) {
   const std::string bytes = "a\xff\"\\\n\x01\xed\xa0\x80z";
   Diagnosis diagnosis = Empty();
-  diagnosis.verdict = {Outcome::kAborts, bytes, bytes, 0, bytes};
-  diagnosis.warnings = {{Finding::kBlankAtEnd, bytes, bytes, bytes}};
+  diagnosis.verdict.cause = {{}, bytes, bytes, bytes, bytes};
+  diagnosis.verdict.message = bytes;
+  diagnosis.warnings = {{Finding::kBlankAtEnd, bytes, bytes, bytes, bytes}};
   diagnosis.settings.path = diagnosis.settings.reason = diagnosis.settings.failure = bytes;
   diagnosis.settings.root = diagnosis.settings.log_folder = tov::WideString(1, char16_t{0xDC00});
   diagnosis.settings.entries = {{1, bytes, bytes, LineUse::kMalformed}};

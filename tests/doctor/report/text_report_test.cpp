@@ -18,36 +18,90 @@ std::size_t Count(std::string_view text, std::string_view what) {
   return count;
 }
 
-TEST(TextReport, TheVerdictComesFirstThenWhatToDoThenTheWarnings) {
+// A launch that ends because of a value in quotes; another warning beside it.
+Diagnosis InQuotes() {
   Diagnosis diagnosis;
-  diagnosis.verdict = {Outcome::kStatus255, "no root", {}, 255, "Write one."};
-  diagnosis.warnings = {{Finding::kBlankAtEnd, "line 1", "is odd", "make it even"}};
+  diagnosis.warnings = {
+      {Finding::kQuotedValue, "line 1", "the root is in quotes", "They count.", "sed 1 file", true, true},
+      {Finding::kTmpEmpty, "TMP", "TMP is set but empty", "So.", "unset TMP"}};
+  diagnosis.verdict.outcome = Outcome::kStatus255;
+  diagnosis.verdict.cause = diagnosis.warnings[0];
+  return diagnosis;
+}
 
-  const std::string text = TextReport(diagnosis, false);
+TEST(TextReport, VerdictWithItsCauseMeaningAndCureComeFirstThenEachPartThenWhatElseWasNoticed) {
+  const std::string text = TextReport(InQuotes(), {});
 
   EXPECT_TRUE(
-      text.starts_with("A launch would end with status 255: no root\n"
-                       "  Write one.\n"
-                       "  The warnings below may name the cause.\n"
+      text.starts_with("A launch would end with status 255: the root is in quotes.\n"
+                       "  They count.\n"
+                       "  To mend it:  sed 1 file\n"
                        "\n"
-                       "Warnings\n"))
+                       "  no  settings     line 1  [quoted-value]\n"
+                       "  --  runtime      not reached\n"
+                       "  --  environment  not reached  [tmp-empty]\n"
+                       "  --  application  not reached\n"
+                       "  --  start        not reached\n"
+                       "\n"
+                       "Noticed as well\n"
+                       "  TMP is set but empty [tmp-empty]\n"
+                       "    So.\n"
+                       "    -> unset TMP\n"))
       << text;
-  EXPECT_LT(text.find("line 1: is odd"), text.find("-> make it even"));
-  EXPECT_LT(text.find("-> make it even"), text.find("1. Settings"));
+}
+
+TEST(TextReport, DetailsAreShownOnlyWhereTheLaunchEnds) {
+  const std::string brief = TextReport(InQuotes(), {});
+  const std::string verbose = TextReport(InQuotes(), {false, true});
+
+  EXPECT_NE(brief.find("\n1. Settings"), std::string::npos) << brief;
+  EXPECT_EQ(brief.find("\n2. Runtime"), std::string::npos) << brief;
+  EXPECT_NE(verbose.find("\n4. Application"), std::string::npos) << verbose;
+}
+
+TEST(TextReport, ACommandIsNeverBroken) {
+  Diagnosis diagnosis = InQuotes();
+  diagnosis.verdict.cause.cure = "command " + std::string(200, 'x');
+
+  const std::string text = TextReport(diagnosis, {});
+
+  EXPECT_NE(text.find("  To mend it:  " + diagnosis.verdict.cause.cure + "\n"), std::string::npos) << text;
+}
+
+TEST(TextReport, AnAbortsLineIsPartOfItsMeaning) {
+  Diagnosis diagnosis = InQuotes();
+  diagnosis.verdict.outcome = Outcome::kAborts;
+  diagnosis.verdict.message = "Error occurred: words\nand more";
+
+  const std::string text = TextReport(diagnosis, {});
+
+  EXPECT_NE(text.find("  They count. It would write 'Error occurred: words'.\n"), std::string::npos) << text;
+}
+
+TEST(TextReport, MistakesOfOneLineStandTogether) {
+  Diagnosis diagnosis = InQuotes();
+  diagnosis.warnings.insert(diagnosis.warnings.begin(),
+                            {Finding::kSeveralMistakes, "line 2", "several", "", "sed 2 file"});
+  diagnosis.warnings.insert(diagnosis.warnings.begin() + 1, {Finding::kBlankAtEnd, "line 2", "a part", "", "cure"});
+
+  const std::string text = TextReport(diagnosis, {});
+
+  EXPECT_NE(text.find("line 2: several [several-mistakes]"), std::string::npos) << text;
+  EXPECT_EQ(text.find("a part"), std::string::npos) << text;
 }
 
 TEST(TextReport, LongListsAreShortenedButLinesThatMatterStay) {
   Diagnosis diagnosis;
-  diagnosis.verdict = {Outcome::kRuns};
+  diagnosis.verdict.outcome = Outcome::kRuns;
   for (std::size_t line = 1; line <= 100; ++line) {
     diagnosis.settings.entries.push_back({line, "Other", "x", LineUse::kUnused});
   }
   diagnosis.settings.entries.push_back({101, "DotnetRootFolder", "/r", LineUse::kUsed});
   RuntimeReport& runtime = diagnosis.runtime.emplace();
   runtime.versions.resize(41);
-  diagnosis.warnings.resize(42, {Finding::kBlankAtEnd, "place", "text", "cure"});
+  diagnosis.warnings.resize(42, {Finding::kBlankAtEnd, "place", "text", "", "cure"});
 
-  const std::string text = TextReport(diagnosis, false);
+  const std::string text = TextReport(diagnosis, {false, true});
 
   EXPECT_EQ(Count(text, "not used  'Other'"), 40U) << text;
   EXPECT_NE(text.find("and 60 lines more that are not used"), std::string::npos) << text;
@@ -60,11 +114,11 @@ TEST(TextReport, LongListsAreShortenedButLinesThatMatterStay) {
 TEST(TextReport, AnOverlongValueIsShortenedAndCounted) {
   constexpr std::size_t kOthers = 0;
   Diagnosis diagnosis;
-  diagnosis.verdict = {Outcome::kRuns};
+  diagnosis.verdict.outcome = Outcome::kRuns;
   diagnosis.settings.entries = {{1, "k", std::string(200, 'x'), LineUse::kUnused},
                                 {2, "k", std::string(203, 'y'), LineUse::kUnused}};
 
-  const std::string text = TextReport(diagnosis, false);
+  const std::string text = TextReport(diagnosis, {false, true});
 
   EXPECT_EQ(Count(text, "x"), 200U + kOthers) << text;
   EXPECT_NE(text.find("and 3 bytes more"), std::string::npos) << text;
@@ -73,7 +127,8 @@ TEST(TextReport, AnOverlongValueIsShortenedAndCounted) {
 TEST(TextReport, FitsThePageAndHoldsNoControlsWhateverTheBytes) {
   const std::string bytes = "\033[2J\r\xff" + std::string(300, 'x') + "\n" + std::string(300, ' ');
   Diagnosis diagnosis;
-  diagnosis.verdict = {Outcome::kAborts, "reason", bytes, 0, "cure"};
+  diagnosis.verdict.outcome = Outcome::kAborts;
+  diagnosis.verdict.message = bytes;
   diagnosis.settings.path = diagnosis.settings.reason = diagnosis.settings.failure = bytes;
   diagnosis.settings.entries = {{1, bytes, bytes, LineUse::kMalformed}};
   RuntimeReport& runtime = diagnosis.runtime.emplace();
@@ -86,7 +141,7 @@ TEST(TextReport, FitsThePageAndHoldsNoControlsWhateverTheBytes) {
   diagnosis.application.context.emplace().host_text = bytes;
   diagnosis.application.context->child.end = ChildEnd::kFinished;
 
-  std::istringstream text(TextReport(diagnosis, false));
+  std::istringstream text(TextReport(diagnosis, {false, true}));
 
   for (std::string line; std::getline(text, line);) {
     EXPECT_LE(Columns(line), kPageWidth) << line;
@@ -102,13 +157,13 @@ TEST(TextReport, FitsThePageAndHoldsNoControlsWhateverTheBytes) {
 
 TEST(TextReport, OnlyTheFatalVersionThatDecidesIsCalledFatal) {
   Diagnosis diagnosis;
-  diagnosis.verdict = {Outcome::kRuns};
+  diagnosis.verdict.outcome = Outcome::kRuns;
   RuntimeReport& runtime = diagnosis.runtime.emplace();
   runtime.versions.resize(2);
   runtime.versions[0].standing = runtime.versions[1].standing = Standing::kFatal;
   runtime.decisive = 0;
 
-  const std::string text = TextReport(diagnosis, false);
+  const std::string text = TextReport(diagnosis, {false, true});
 
   EXPECT_EQ(Count(text, "fatal"), 2U);
   EXPECT_EQ(Count(text, "fatal, not tried"), 1U) << text;
@@ -116,19 +171,20 @@ TEST(TextReport, OnlyTheFatalVersionThatDecidesIsCalledFatal) {
 
 TEST(TextReport, TheHostsWordsAreShownLineByLine) {
   Diagnosis diagnosis;
-  diagnosis.verdict = {Outcome::kStatus255, "x"};
+  diagnosis.verdict.outcome = Outcome::kStatus255;
+  diagnosis.verdict.cause.finding = Finding::kHostRefuses;
   ContextProbe& context = diagnosis.application.context.emplace();
   context.child.end = ChildEnd::kFinished;
   context.child.output = "output";
   context.result = static_cast<std::int32_t>(0x80008096);
 
   context.host_text = "one\n\ntwo\n";
-  const std::string words = TextReport(diagnosis, false);
+  const std::string words = TextReport(diagnosis, {false, true});
   context.host_text = "";
-  const std::string output = TextReport(diagnosis, false);
+  const std::string output = TextReport(diagnosis, {false, true});
   context.result = 0;
   context.has_handle = true;
-  const std::string usable = TextReport(diagnosis, false);
+  const std::string usable = TextReport(diagnosis, {false, true});
 
   EXPECT_NE(words.find("refused: 0x80008096 FrameworkMissingFailure"), std::string::npos) << words;
   EXPECT_NE(words.find("  The host says:\n    one\n\n    two\n"), std::string::npos) << words;

@@ -1,0 +1,113 @@
+#include "doctor/report/opening.h"
+
+#include <algorithm>
+#include <array>
+
+#include "doctor/judge/text.h"
+
+namespace doctor {
+namespace {
+
+constexpr std::size_t kIndent = 2;
+// Of longer lists the beginning is shown; the JSON holds all of it.
+constexpr std::size_t kLongestList = 40;
+
+std::string MeaningOf(const Verdict& verdict) {
+  if (verdict.message.empty()) {
+    return verdict.cause.meaning;
+  }
+  const std::string line = Quoted(verdict.message.substr(0, verdict.message.find('\n')));
+  return verdict.cause.meaning + (verdict.cause.meaning.empty() ? "" : " ") + "It would write " + line + ".";
+}
+
+void PutVerdict(Page& page, const Verdict& verdict) {
+  page.Paragraph(VerdictLine(verdict), 0, verdict.outcome == Outcome::kRuns ? Paint::kGood : Paint::kBad);
+  if (const std::string meaning = MeaningOf(verdict); !meaning.empty()) {
+    page.Paragraph(meaning, kIndent);
+  }
+  if (!verdict.cause.cure.empty()) {
+    page.Line("To mend it:  " + verdict.cause.cure, kIndent);
+  }
+}
+
+// A mark and its colour.
+struct ShownMark {
+  Mark value;
+  std::string_view code;
+  Paint paint;
+};
+
+constexpr auto kShownMarks = std::to_array<ShownMark>({
+    {Mark::kOk, "ok", Paint::kGood},
+    {Mark::kNo, "no", Paint::kBad},
+    {Mark::kNotReached, "--", Paint::kFaint},
+});
+static_assert(IsComplete(kShownMarks, Mark::kNotReached));
+
+void PutSummary(Page& page, const std::vector<StationSummary>& summary) {
+  std::vector<std::vector<Cell>> rows;
+  for (const StationSummary& station : summary) {
+    const ShownMark& mark = RowOf(kShownMarks, station.mark);
+    std::string words = station.words;
+    words.append(words.empty() || station.codes.empty() ? "" : "  ").append(station.codes);
+    rows.push_back({{std::string(mark.code), mark.paint}, {std::string(station.name)}, {words}});
+  }
+  page.Paragraph("", 0);
+  page.Table(rows, kIndent);
+}
+
+void PutWarning(Page& page, const Warning& warning) {
+  const bool namesPlace = warning.text.find(warning.place) != std::string::npos;
+  std::string text = namesPlace ? std::string() : warning.place + ": ";
+  text.append(warning.text).append(" [").append(RowOf(kFindings, warning.finding).code).append("]");
+  page.Paragraph(text, kIndent, Paint::kOdd);
+  if (!warning.meaning.empty()) {
+    page.Paragraph(warning.meaning, 2 * kIndent);
+  }
+  page.Line("-> " + warning.cure, 2 * kIndent);
+}
+
+// Whether the other one says it already.
+bool IsSaidBy(const Warning& warning, const Warning& other) {
+  return warning.place == other.place &&
+         (other.finding == Finding::kSeveralMistakes || other.finding == Finding::kOlderRuntime);
+}
+
+// All that the opening does not say.
+Warnings LeftOver(const Diagnosis& diagnosis) {
+  const Warning& cause = diagnosis.verdict.cause;
+  const Warning* whole = &cause;
+  Warnings left;
+  for (const Warning& warning : diagnosis.warnings) {
+    const bool isCause = warning.finding == cause.finding && warning.place == cause.place;
+    const bool isPart = warning.finding != Finding::kSeveralMistakes && IsSaidBy(warning, *whole);
+    whole = warning.finding == Finding::kSeveralMistakes ? &warning : whole;
+    if (!isCause && !isPart) {
+      left.push_back(warning);
+    }
+  }
+  return left;
+}
+
+}  // namespace
+
+void PutOpening(Page& page, const Verdict& verdict, const std::vector<StationSummary>& summary) {
+  PutVerdict(page, verdict);
+  PutSummary(page, summary);
+}
+
+void PutWarnings(Page& page, const Diagnosis& diagnosis) {
+  const Warnings warnings = LeftOver(diagnosis);
+  if (warnings.empty()) {
+    return;
+  }
+  page.Heading("Noticed as well", "");
+  for (std::size_t at = 0; at < std::min(warnings.size(), kLongestList); ++at) {
+    PutWarning(page, warnings[at]);
+  }
+  if (warnings.size() > kLongestList) {
+    page.Paragraph("and " + std::to_string(warnings.size() - kLongestList) + " more", kIndent, Paint::kFaint);
+  }
+}
+
+}  // namespace doctor

@@ -1,0 +1,135 @@
+#include "doctor/report/summary.h"
+
+#include <array>
+#include <filesystem>
+
+#include "doctor/judge/text.h"
+
+namespace doctor {
+namespace {
+
+std::string SettingsWords(const Diagnosis& diagnosis) {
+  const std::string root = ToUtf8(diagnosis.settings.root);
+  if (diagnosis.runtime && diagnosis.runtime->root != diagnosis.settings.root) {
+    return "asked about " + Printable(ToUtf8(diagnosis.runtime->root)) + " in their place";
+  }
+  return root.empty() ? "they do not name a runtime root" : Printable(root) + " is the runtime root";
+}
+
+std::string RuntimeWords(const Diagnosis& diagnosis) {
+  const VersionReport* decisive = diagnosis.runtime ? diagnosis.runtime->Decisive() : nullptr;
+  if (decisive == nullptr) {
+    return {};
+  }
+  std::string refused;
+  std::string others;
+  for (const VersionReport& version : diagnosis.runtime->versions) {
+    if (version.is_candidate && &version != decisive) {
+      std::string& list = version.standing == Standing::kRefused ? refused : others;
+      list.append(list.empty() ? "" : ", ").append(Printable(version.name));
+    }
+  }
+  return Printable(decisive->name) + (refused.empty() ? "" : " (passed over: " + refused + ")") +
+         (others.empty() ? "" : " (also there: " + others + ")");
+}
+
+std::string EnvironmentWords(const Diagnosis&) {
+  return "nothing in the way";
+}
+
+std::string ApplicationWords(const Diagnosis& diagnosis) {
+  const ApplicationReport& application = diagnosis.application;
+  std::string words = Printable(std::filesystem::path(application.assembly_file.path).filename().string());
+  for (const FrameworkReport& framework : application.frameworks) {
+    words += ", " + Printable(framework.name) + " " + Printable(framework.version);
+  }
+  return words + (application.context ? "" : " (the host was not asked)");
+}
+
+std::string StartWords(const Diagnosis&) {
+  return {};
+}
+
+// A part of the road: its name, and what to say of it when it is well.
+struct StationText {
+  Station value;
+  std::string_view code;
+  std::string (*words)(const Diagnosis& diagnosis);
+};
+
+constexpr auto kStations = std::to_array<StationText>({
+    {Station::kSettings, "settings", SettingsWords},
+    {Station::kRuntime, "runtime", RuntimeWords},
+    {Station::kEnvironment, "environment", EnvironmentWords},
+    {Station::kApplication, "application", ApplicationWords},
+    {Station::kStart, "start", StartWords},
+});
+static_assert(IsComplete(kStations, Station::kStart));
+
+Station StationOf(const Warning& warning) {
+  return RowOf(kFindings, warning.finding).station;
+}
+
+// Where the launch ends; the part behind the last one when it does not.
+int EndOf(const Verdict& verdict) {
+  return verdict.outcome != Outcome::kRuns ? static_cast<int>(StationOf(verdict.cause))
+         : verdict.tried == Tried::kStart  ? static_cast<int>(Station::kStart) + 1
+                                           : static_cast<int>(Station::kStart);
+}
+
+void AddOnce(std::string& list, std::string_view text, std::string_view separator) {
+  if (!text.empty() && list.find(text) == std::string::npos) {
+    list.append(list.empty() ? "" : separator).append(text);
+  }
+}
+
+std::string Bracketed(const Warning& warning) {
+  return std::string("[").append(RowOf(kFindings, warning.finding).code).append("]");
+}
+
+// All that was noticed at the part, the cause first.
+std::vector<Warning> NoticedAt(const Diagnosis& diagnosis, Station station) {
+  std::vector<Warning> noticed;
+  if (diagnosis.verdict.HasCause() && StationOf(diagnosis.verdict.cause) == station) {
+    noticed.push_back(diagnosis.verdict.cause);
+    noticed.back().decides = diagnosis.verdict.outcome != Outcome::kRuns;
+  }
+  for (const Warning& warning : diagnosis.warnings) {
+    if (StationOf(warning) == station) {
+      noticed.push_back(warning);
+    }
+  }
+  return noticed;
+}
+
+StationSummary Summarized(const StationText& text, const Diagnosis& diagnosis) {
+  StationSummary summary{text.value, text.code, Mark::kOk, text.words(diagnosis), {}};
+  const int end = EndOf(diagnosis.verdict);
+  const int at = static_cast<int>(text.value);
+  if (at > end || (at == end && diagnosis.verdict.outcome == Outcome::kRuns)) {
+    summary.mark = Mark::kNotReached;
+    summary.words = at > end ? "not reached" : "not tried";
+  }
+  std::string places;
+  for (const Warning& warning : NoticedAt(diagnosis, text.value)) {
+    AddOnce(summary.codes, Bracketed(warning), " ");
+    AddOnce(places, warning.decides ? warning.place : "", ", ");
+  }
+  if (at == end && diagnosis.verdict.outcome != Outcome::kRuns) {
+    summary.mark = Mark::kNo;
+    summary.words = places;
+  }
+  return summary;
+}
+
+}  // namespace
+
+std::vector<StationSummary> Summary(const Diagnosis& diagnosis) {
+  std::vector<StationSummary> summary;
+  for (const StationText& text : kStations) {
+    summary.push_back(Summarized(text, diagnosis));
+  }
+  return summary;
+}
+
+}  // namespace doctor
