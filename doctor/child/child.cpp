@@ -83,7 +83,7 @@ void WriteAll(int descriptor, std::string_view bytes) {
 }
 
 [[noreturn]] void BeTheChild(const std::function<Answer()>& work, Pipe& answer, Pipe& output) {
-  // Whoever writes to a pipe that nobody reads any more must be told so.
+  // Whoever writes to a pipe that nobody reads any more must learn of it.
   answer.read.Close();
   output.read.Close();
   ::setpgid(0, 0);

@@ -30,8 +30,8 @@ struct Diagnosis {
   ApplicationReport application;
 };
 
-/// Walks a launch's road and tells what is there. Changes nothing and runs nothing managed. Throws `std::system_error`
-/// when no child process can be had.
+/// Walks a launch's road and reports what is there. Changes nothing and runs nothing managed. Throws
+/// `std::system_error` when no child process can be had.
 Diagnosis Diagnose(const Question& question);
 
 }  // namespace doctor

@@ -9,9 +9,9 @@ std::string Detail(const FileReport& file) {
     return {};
   }
   if (file.state == FileState::kMalformed) {
-    return "it is no JSON object";
+    return "it does not hold a JSON object";
   }
-  return file.error != 0 ? std::strerror(file.error) : "it is no regular file";
+  return file.error != 0 ? std::strerror(file.error) : "it is not a regular file";
 }
 
 }  // namespace doctor

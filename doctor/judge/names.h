@@ -32,7 +32,7 @@ inline constexpr auto kFolderStates = std::to_array<FolderStateText>({
      "is not there, or cannot be seen: {result}"},
     {netloader::FxrFolderState::kIsLink, "link", "it is a symbolic link, and links are not followed",
      "is a symbolic link, and links are not followed"},
-    {netloader::FxrFolderState::kNotAFolder, "not-a-folder", "it is a file, or something else", "is no folder"},
+    {netloader::FxrFolderState::kNotAFolder, "not-a-folder", "it is a file, or something else", "is not a folder"},
     {netloader::FxrFolderState::kUnreadable, "unreadable", "it is a folder that this user cannot enter",
      "cannot be entered: {result}"},
 });

@@ -11,7 +11,7 @@ namespace doctor {
 using tov::text::ToUtf16;
 using tov::text::ToUtf8;
 
-/// The bytes as text that can be shown anywhere: what is no valid UTF-8, no character to look at, or a backslash
+/// The bytes as text that can be shown anywhere: what is not valid UTF-8, cannot be seen, or is a backslash
 /// becomes an escape such as "\r" or "\xff".
 std::string Printable(std::string_view bytes);
 

@@ -17,7 +17,7 @@ struct VersionReasonText {
 };
 
 inline constexpr auto kVersionReasons = std::to_array<VersionReasonText>({
-    {VersionReason::kNotAFolder, "not-a-folder", "it went away while it was looked at", "is no folder any more"},
+    {VersionReason::kNotAFolder, "not-a-folder", "it went away while it was looked at", "is not a folder any more"},
     {VersionReason::kNotUtf8, "not-utf8", "folders whose names are not UTF-8, together and without a name",
      "names that are not UTF-8 are passed over"},
     {VersionReason::kWrongPrefix, "wrong-prefix", "its name does not begin with `6.0.`",
@@ -26,7 +26,7 @@ inline constexpr auto kVersionReasons = std::to_array<VersionReasonText>({
     {VersionReason::kLibraryIsLink, "library-is-link", "`libhostfxr.so` is a symbolic link",
      "{library} is a symbolic link"},
     {VersionReason::kLibraryIsNoFile, "library-is-no-file", "`libhostfxr.so` is a folder or another thing",
-     "{library} is no regular file"},
+     "{library} is not a regular file"},
     {VersionReason::kRelativePath, "relative-path", "the root is relative, and nothing is loaded from one",
      "its path is relative, and only absolute ones are loaded"},
     {VersionReason::kUnreadable, "unreadable", "the library cannot be opened or read", "{words}"},

@@ -162,7 +162,7 @@ TEST(DoctorExecutable, ColoursAreForTerminalsUnlessAskedForOrRefused) {
     bool on_terminal, in_pipe;
   };
   const Row rows[] = {
-      {"nothing told", {}, {}, true, false},
+      {"nothing asked for", {}, {}, true, false},
       {"NO_COLOR", {}, {"NO_COLOR=1"}, false, false},
       {"an empty NO_COLOR", {}, {"NO_COLOR="}, true, false},
       {"always", {"--color=always"}, {"NO_COLOR=1"}, true, true},

@@ -84,7 +84,7 @@ TEST(ApplicationReport, WhatIsMissingOrUnusableIsToldApart) {
          server.Remove(kStem + ".runtimeconfig.json");
          std::filesystem::create_symlink(kStem + ".runtimeconfig.json", kStem + ".runtimeconfig.json");
        }},
-      {"no JSON", "present malformed malformed",
+      {"text that is not JSON", "present malformed malformed",
        [](Server&) {
          tests::WriteFile(kStem + ".runtimeconfig.json", "{\"runtimeOptions\":");
          tests::WriteFile(kStem + ".deps.json", "");

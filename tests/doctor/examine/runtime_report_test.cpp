@@ -68,7 +68,7 @@ TEST(RuntimeReport, EveryRefusalHasItsReason) {
       {"no-library", "libhostfxr.so: ", [](RuntimeTree& tree) { tree.AddFolder("6.0.1"); }},
       {"library-is-link", "libhostfxr.so is a symbolic link",
        [](RuntimeTree& tree) { tree.AddLink("6.0.1/libhostfxr.so", tests::HostLibrary()); }},
-      {"library-is-no-file", "libhostfxr.so is no regular file",
+      {"library-is-no-file", "libhostfxr.so is not a regular file",
        [](RuntimeTree& tree) { tree.AddFolder("6.0.1/libhostfxr.so"); }},
       {"not-elf", "not an ELF file", [](RuntimeTree& tree) { tree.AddHostOfBytes("6.0.1", std::string(999, 'x')); }},
       {"other-machine", "built for another machine or word size",
