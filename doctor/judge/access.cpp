@@ -1,6 +1,7 @@
 #include "doctor/judge/access.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace doctor {
@@ -11,13 +12,26 @@ bool MayUse(const fs::path& file, int mode) {
   return ::faccessat(AT_FDCWD, file.c_str(), mode, AT_EACCESS) == 0;
 }
 
+std::string RightsThatCount(const fs::path& file) {
+  struct stat status {};
+  if (::stat(file.c_str(), &status) != 0) {
+    return "o";
+  }
+  const bool isOwner = status.st_uid == ::geteuid();
+  return isOwner ? "u" : status.st_gid == ::getegid() || ::group_member(status.st_gid) != 0 ? "g" : "o";
+}
+
+Clue AtClosed(const fs::path& file) {
+  return AtPath(file.string(), {{"who", RightsThatCount(file)}});
+}
+
 std::optional<Clue> ClosedFolderAbove(const fs::path& file) {
   fs::path above;
   for (const fs::path& name : file.parent_path()) {
     above /= name;
     std::error_code ignored;
     if (fs::is_directory(above, ignored) && !MayUse(above, X_OK)) {
-      return AtPath(above.string());
+      return AtClosed(above);
     }
   }
   return std::nullopt;

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
 
 #include "doctor/judge/checks.h"
 
@@ -10,6 +11,13 @@ namespace doctor {
 
 /// Whether this user may use the file in this way (`R_OK`, `X_OK`), with the rights that a launch has.
 bool MayUse(const std::filesystem::path& file, int mode);
+
+/// The letter that `chmod` has for the rights that count for this user: "u" of an owner, "g" of a member of the file's
+/// group, else "o".
+std::string RightsThatCount(const std::filesystem::path& file);
+
+/// The clue to a file that this user may not use, with `{who}` for `chmod`.
+Clue AtClosed(const std::filesystem::path& file);
 
 /// The first folder above the file that this user cannot enter; nothing in it can be found.
 std::optional<Clue> ClosedFolderAbove(const std::filesystem::path& file);

@@ -86,7 +86,8 @@ std::optional<Clue> FxrFolderIsLink(const RuntimeReport& runtime) {
 }
 
 std::optional<Clue> FxrFolderNotEntered(const RuntimeReport& runtime) {
-  return When(runtime.discovery.state == FxrFolderState::kUnreadable, FxrFolder(runtime));
+  const bool isClosed = runtime.discovery.state == FxrFolderState::kUnreadable;
+  return isClosed ? std::optional(AtClosed(FxrFolder(runtime))) : std::nullopt;
 }
 
 // A folder above that cannot be searched hides all that is in it.
@@ -137,8 +138,8 @@ std::optional<Clue> EntryIsLink(const fs::path& entry) {
 
 std::optional<Clue> EntryNotEntered(const fs::path& entry) {
   std::error_code ignored;
-  return When(!fs::is_symlink(entry, ignored) && fs::is_directory(entry, ignored) && !MayUse(entry, R_OK | X_OK),
-              entry);
+  const bool isFolder = !fs::is_symlink(entry, ignored) && fs::is_directory(entry, ignored);
+  return isFolder && !MayUse(entry, R_OK | X_OK) ? std::optional(AtClosed(entry)) : std::nullopt;
 }
 
 // What each entry of host/fxr is looked at for: the walk enters neither links nor closed folders, and is silent there.

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "doctor/child/signal_name.h"
+#include "doctor/judge/access.h"
 #include "doctor/judge/checks.h"
 #include "doctor/judge/status_names.h"
 #include "doctor/judge/text.h"
@@ -92,7 +93,8 @@ Verdict CannotOpen(const SettingsReport& settings) {
   std::error_code ignored;
   const bool isThere = fs::exists(settings.path, ignored) || ignored;
   return Aborts(Stop::kSettings, isThere ? Finding::kSettingsUnreadable : Finding::kSettingsMissing,
-                AtSettings(settings, {{"reason", settings.reason}}), settings.failure);
+                AtSettings(settings, {{"reason", settings.reason}, {"who", RightsThatCount(settings.path)}}),
+                settings.failure);
 }
 
 std::optional<Verdict> JudgeSettings(const SettingsReport& settings) {
@@ -120,6 +122,7 @@ Clue AtFolder(const RuntimeReport& runtime, const SettingsReport& settings) {
   return AtPath(folder, {{"target_word", ShellWord(fs::canonical(folder, ignored).string())},
                          {"folder", Printable(folder)},
                          {"folder_word", ShellWord(folder)},
+                         {"who", RightsThatCount(folder)},
                          {"root", Printable(ToUtf8(runtime.root))},
                          {"file", Printable(settings.path)},
                          {"result", std::string(tov::ResultCodeMessage(runtime.discovery.result))},
