@@ -1,0 +1,108 @@
+#include "doctor/examine/start_report.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <sstream>
+
+#include "doctor/examine/pe_file.h"
+#include "netloader/netloaderhostfxr/src/elf_check.h"
+
+namespace doctor {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kCoreLibrary = "System.Private.CoreLib.dll";
+// What every assembly's first types are looked for in.
+constexpr const char* kFacade = "System.Runtime.dll";
+constexpr auto kNeededLibraries = std::to_array<const char*>({"libcoreclr.so", "libclrjit.so", "libSystem.Native.so"});
+
+bool MayBeRead(const std::string& path) {
+  return ::access(path.c_str(), R_OK) == 0 || errno != EACCES;
+}
+
+bool IsMissing(const std::string& path) {
+  return ::access(path.c_str(), F_OK) != 0 && (errno == ENOENT || errno == ENOTDIR);
+}
+
+class FileReader {
+ public:
+  explicit FileReader(std::vector<BrokenFile>& broken) : broken_(broken) {}
+
+  void ReadAssembly(const std::string& path, Need need, bool isApplication) {
+    const PeFinding found = CheckPe(path.c_str());
+    if (found.verdict != PeVerdict::kSound) {
+      broken_.push_back({path, need, MayBeRead(path), false, isApplication, found.detail});
+    }
+  }
+
+  void ReadLibrary(const std::string& path, Need need) {
+    const netloader::ElfFinding found = netloader::CheckElf(path.c_str());
+    if (found.verdict != netloader::ElfVerdict::kLoadable) {
+      const bool isCut = found.verdict == netloader::ElfVerdict::kCutShort;
+      broken_.push_back({path, need, MayBeRead(path), isCut, false, IsMissing(path) ? "missing" : found.detail});
+    }
+  }
+
+ private:
+  std::vector<BrokenFile>& broken_;
+};
+
+Need NeedOf(const std::string& name) {
+  return name == kCoreLibrary ? Need::kStart : name == kFacade ? Need::kMain : Need::kLater;
+}
+
+bool IsNeeded(const std::string& library) {
+  return std::ranges::find(kNeededLibraries, library) != kNeededLibraries.end();
+}
+
+void ReadLibraries(const fs::path& folder, FileReader& reader) {
+  for (const char* library : kNeededLibraries) {
+    reader.ReadLibrary(folder / library, Need::kStart);
+  }
+  std::error_code error;
+  for (auto entry = fs::directory_iterator(folder, error); !error && entry != fs::directory_iterator();
+       entry.increment(error)) {
+    if (entry->path().extension() == ".so" && !IsNeeded(entry->path().filename())) {
+      reader.ReadLibrary(entry->path(), Need::kLater);
+    }
+  }
+}
+
+void ReadFiles(const std::string& assembly, const std::string& assemblies, FileReader& reader) {
+  reader.ReadAssembly(assembly, Need::kMain, true);
+  std::istringstream list(assemblies);
+  for (std::string path; std::getline(list, path, ':');) {
+    const std::string name = fs::path(path).filename();
+    if (path.empty() || path == assembly) {
+      continue;
+    }
+    reader.ReadAssembly(path, NeedOf(name), false);
+    if (name == kCoreLibrary) {
+      ReadLibraries(fs::path(path).parent_path(), reader);
+    }
+  }
+}
+
+}  // namespace
+
+const BrokenFile* StartReport::Decisive() const {
+  return !broken.empty() && broken.front().need != Need::kLater ? &broken.front() : nullptr;
+}
+
+StartReport ExamineStart(const std::string& assembly, const std::string& assemblies, const StartProber& prober) {
+  StartReport report{prober()};
+  if (!assemblies.empty()) {
+    FileReader reader(report.broken);
+    ReadFiles(assembly, assemblies, reader);
+    std::ranges::stable_sort(report.broken, {}, &BrokenFile::need);
+  }
+  report.surroundings = LookAround();
+  return report;
+}
+
+}  // namespace doctor

@@ -1,0 +1,108 @@
+#include "doctor/examine/start_report.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/support/assembly_image.h"
+#include "tests/support/stand_in_host.h"
+#include "tests/support/temp_folder.h"
+
+namespace doctor {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A framework and an application whose files are all sound; a test spoils one of them.
+struct World {
+  World() {
+    for (const char* assembly : {"app.dll", "System.Private.CoreLib.dll", "System.Runtime.dll", "System.Linq.dll"}) {
+      tests::WriteFile(folder / assembly, tests::AssemblyImage().bytes);
+      assemblies.append(folder / assembly).append(":");
+    }
+    for (const char* library : {"libcoreclr.so", "libclrjit.so", "libSystem.Native.so", "libclrgc.so"}) {
+      fs::copy_file(tests::HostLibrary(), folder / library);
+    }
+  }
+
+  StartReport Examined() const {
+    return ExamineStart(folder / "app.dll", assemblies, [] { return StartProbe{{ChildEnd::kFinished}, true}; });
+  }
+
+  tests::TempFolder folder;
+  std::string assemblies;
+};
+
+TEST(StartReport, OfSoundFilesNoneIsBroken) {
+  const StartReport report = World().Examined();
+
+  EXPECT_TRUE(report.probe.HasStarted());
+  EXPECT_TRUE(report.broken.empty());
+  EXPECT_EQ(report.Decisive(), nullptr);
+}
+
+TEST(StartReport, EveryFileIsReadAndKnownForWhatNeedsIt) {
+  struct Row {
+    const char* name;
+    Need need;
+  };
+  const Row rows[] = {
+      {"System.Private.CoreLib.dll", Need::kStart},
+      {"libcoreclr.so", Need::kStart},
+      {"libclrjit.so", Need::kStart},
+      {"libSystem.Native.so", Need::kStart},
+      {"app.dll", Need::kMain},
+      {"System.Runtime.dll", Need::kMain},
+      {"System.Linq.dll", Need::kLater},
+      {"libclrgc.so", Need::kLater},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    const World world;
+    tests::WriteFile(world.folder / row.name, "hello");
+
+    const StartReport report = world.Examined();
+
+    ASSERT_EQ(report.broken.size(), 1U);
+    EXPECT_EQ(report.broken[0].path, (world.folder / row.name).string());
+    EXPECT_EQ(report.broken[0].need, row.need);
+    EXPECT_EQ(report.Decisive() != nullptr, row.need != Need::kLater);
+    EXPECT_EQ(report.broken[0].is_application, row.name == std::string("app.dll"));
+  }
+}
+
+TEST(StartReport, AMissingFileIsBroken) {
+  for (const char* name : {"app.dll", "System.Linq.dll", "libclrjit.so"}) {
+    const World world;
+    fs::remove(world.folder / name);
+
+    const StartReport report = world.Examined();
+
+    ASSERT_EQ(report.broken.size(), 1U) << name;
+    EXPECT_EQ(report.broken[0].detail, "missing");
+    EXPECT_TRUE(report.broken[0].may_be_read);
+  }
+}
+
+TEST(StartReport, WhatIsNeededFirstComesFirst) {
+  const World world;
+  for (const char* name : {"app.dll", "System.Linq.dll", "libclrjit.so"}) {
+    tests::WriteFile(world.folder / name, "hello");
+  }
+
+  const StartReport report = world.Examined();
+
+  ASSERT_EQ(report.broken.size(), 3U);
+  EXPECT_TRUE(report.Decisive()->path.ends_with("libclrjit.so"));
+  EXPECT_TRUE(report.broken[1].path.ends_with("app.dll"));
+}
+
+TEST(StartReport, WhereTheHostDoesNotSayWhichAssembliesThereAreNoFileIsLookedAt) {
+  const StartReport report = ExamineStart("/no/such/app.dll", "", [] { return StartProbe{}; });
+
+  EXPECT_TRUE(report.broken.empty());
+}
+
+}  // namespace
+}  // namespace doctor
