@@ -35,6 +35,25 @@ ContextProber ContextProberFor(const Diagnosis& diagnosis, const Question& quest
   return [&runtime = *diagnosis.runtime, limit = question.limit] { return ContextOf(runtime, limit); };
 }
 
+StartProbe StartOf(const Diagnosis& diagnosis, std::chrono::milliseconds limit) {
+  const RuntimeReport& runtime = *diagnosis.runtime;
+  StartProbe probe = ProbeStart(runtime.Decisive()->library, runtime.root, diagnosis.application.assembly, limit);
+  if (probe.child.end == ChildEnd::kNotStarted) {
+    throw std::system_error(probe.child.code, std::generic_category(), "a process to start the runtime in");
+  }
+  return probe;
+}
+
+// A launch comes to the runtime's start with a usable context only.
+std::optional<StartReport> StartReportOf(const Diagnosis& diagnosis, std::chrono::milliseconds limit) {
+  const auto& context = diagnosis.application.context;
+  if (!context || !context->IsUsable()) {
+    return std::nullopt;
+  }
+  return ExamineStart(ToUtf8(diagnosis.application.assembly), context->assemblies,
+                      [&] { return StartOf(diagnosis, limit); });
+}
+
 void Append(Warnings& all, Warnings more) {
   std::move(more.begin(), more.end(), std::back_inserter(all));
 }
@@ -57,6 +76,9 @@ Warnings NearMisses(const Diagnosis& diagnosis, const Question& question) {
   Append(warnings, EnvironmentNearMisses(diagnosis.settings));
   const bool hasVersion = diagnosis.runtime && diagnosis.runtime->decisive;
   Append(warnings, ApplicationNearMisses(diagnosis.application, hasVersion));
+  if (diagnosis.start) {
+    Append(warnings, StartNearMisses(*diagnosis.start));
+  }
   return warnings;
 }
 
@@ -72,8 +94,9 @@ Diagnosis Diagnose(const Question& question) {
   }
   diagnosis.environment = ExamineEnvironment(diagnosis.settings);
   diagnosis.application = ExamineApplication(root, ContextProberFor(diagnosis, question));
-  diagnosis.verdict =
-      Judge({&diagnosis.settings, diagnosis.runtime ? &*diagnosis.runtime : nullptr, &diagnosis.application});
+  diagnosis.start = StartReportOf(diagnosis, question.limit);
+  diagnosis.verdict = Judge({&diagnosis.settings, diagnosis.runtime ? &*diagnosis.runtime : nullptr,
+                             &diagnosis.application, diagnosis.start ? &*diagnosis.start : nullptr});
   diagnosis.warnings = NearMisses(diagnosis, question);
   Explain(diagnosis.verdict, diagnosis.warnings);
   return diagnosis;

@@ -8,6 +8,7 @@
 #include "doctor/examine/environment_report.h"
 #include "doctor/examine/runtime_report.h"
 #include "doctor/examine/settings_report.h"
+#include "doctor/examine/start_report.h"
 #include "doctor/judge/verdict.h"
 #include "doctor/judge/warning.h"
 
@@ -28,6 +29,7 @@ struct Diagnosis {
   std::optional<RuntimeReport> runtime;  ///< Empty when no root is known.
   EnvironmentReport environment;
   ApplicationReport application;
+  std::optional<StartReport> start;  ///< Empty when there was no context to start the runtime for.
 };
 
 /// Walks a launch's road and reports what is there. Changes nothing and runs nothing managed. Throws

@@ -5,6 +5,7 @@
 #include "doctor/examine/application_report.h"
 #include "doctor/examine/runtime_report.h"
 #include "doctor/examine/settings_report.h"
+#include "doctor/examine/start_report.h"
 #include "doctor/judge/named.h"
 
 namespace doctor {
@@ -54,6 +55,13 @@ inline constexpr auto kFileStates = std::to_array<Named<FileState>>({
     {FileState::kMalformed, "malformed", "it does not hold a JSON object"},
 });
 static_assert(IsComplete(kFileStates, FileState::kMalformed));
+
+inline constexpr auto kNeeds = std::to_array<Named<Need>>({
+    {Need::kStart, "start", "without it the runtime does not start"},
+    {Need::kMain, "main", "without it the application's first function is not reached"},
+    {Need::kLater, "later", "without it an application ends that uses it"},
+});
+static_assert(IsComplete(kNeeds, Need::kLater));
 
 inline constexpr auto kChildEnds = std::to_array<Named<ChildEnd>>({
     {ChildEnd::kFinished, "finished", "the work was done"},

@@ -4,6 +4,7 @@
 #include "doctor/examine/application_report.h"
 #include "doctor/examine/runtime_report.h"
 #include "doctor/examine/settings_report.h"
+#include "doctor/examine/start_report.h"
 #include "doctor/judge/warning.h"
 
 namespace doctor {
@@ -27,5 +28,8 @@ Warnings EnvironmentNearMisses(const SettingsReport& settings);
 /// A missing assembly, a configuration that is not JSON; where the root holds a version at all, a framework that it
 /// does not have.
 Warnings ApplicationNearMisses(const ApplicationReport& report, bool hasVersion);
+
+/// Broken files that the application may come to need.
+Warnings StartNearMisses(const StartReport& report);
 
 }  // namespace doctor

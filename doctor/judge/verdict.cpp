@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <optional>
 
 #include "doctor/child/signal_name.h"
 #include "doctor/judge/access.h"
 #include "doctor/judge/checks.h"
+#include "doctor/judge/start_cause.h"
 #include "doctor/judge/status_names.h"
 #include "doctor/judge/text.h"
 #include "doctor/judge/version_reasons.h"
@@ -52,11 +54,8 @@ std::string Deed(const ChildResult& child) {
 }
 
 // How a child ended that did not finish is how a launch would end.
-Verdict EndsLike(const ChildResult& child, Stop stop, Finding ended, Finding notFinished, Clue clue) {
-  clue.values.emplace("did", Deed(child));
-  const std::string words = Printable(LastWords(child));
-  clue.values.emplace("output", words.empty() ? words : "It wrote: " + words);
-  Verdict verdict{Outcome::kNotKnown, stop, Worded(child.end == ChildEnd::kTimedOut ? notFinished : ended, clue)};
+Verdict EndsLike(const ChildResult& child, Stop stop, Warning cause) {
+  Verdict verdict{Outcome::kNotKnown, stop, std::move(cause)};
   switch (child.end) {
     case ChildEnd::kThrew:
       verdict.outcome = Outcome::kAborts;
@@ -80,6 +79,13 @@ Verdict EndsLike(const ChildResult& child, Stop stop, Finding ended, Finding not
       break;
   }
   return verdict;
+}
+
+Verdict EndsLike(const ChildResult& child, Stop stop, Finding ended, Finding notFinished, Clue clue) {
+  clue.values.emplace("did", Deed(child));
+  const std::string words = Printable(LastWords(child));
+  clue.values.emplace("output", words.empty() ? words : "It wrote: " + words);
+  return EndsLike(child, stop, Worded(child.end == ChildEnd::kTimedOut ? notFinished : ended, clue));
 }
 
 Clue AtSettings(const SettingsReport& settings, Values values = {}) {
@@ -199,6 +205,23 @@ std::optional<Verdict> JudgeContext(const ContextProbe& context, const VersionRe
   return Refuses(Stop::kContext, context.result == 0 ? Finding::kNoContext : Finding::kHostRefuses, clue);
 }
 
+// A runtime that reports a failure has its launch end with status 0, as the launcher drops what running gives.
+std::optional<Verdict> JudgeStart(const StartReport& start) {
+  std::optional<Warning> cause = CauseOf(start);
+  if (!cause) {
+    return std::nullopt;
+  }
+  if (start.probe.child.end != ChildEnd::kFinished) {
+    return EndsLike(start.probe.child, Stop::kStart, std::move(*cause));
+  }
+  if (start.probe.was_tried && start.probe.result != 0) {
+    return Verdict{Outcome::kNotStarted, Stop::kStart, std::move(*cause)};
+  }
+  // The runtime starts without its compiler, and ends when it needs it; of a cut one it maps what is not there.
+  const int signal = start.Decisive()->is_cut_library ? SIGBUS : SIGABRT;
+  return Verdict{Outcome::kDies, Stop::kStart, std::move(*cause), {}, signal};
+}
+
 // A launch that would run, with a word about a newer version that it passes over.
 Verdict Runs(const RuntimeReport& runtime, Tried tried) {
   Verdict verdict;
@@ -226,7 +249,11 @@ Verdict Judge(const Evidence& evidence) {
   if (auto verdict = JudgeContext(*evidence.application->context, *evidence.runtime->Decisive())) {
     return *verdict;
   }
-  return Runs(*evidence.runtime, Tried::kHost);
+  if (auto verdict = evidence.start != nullptr ? JudgeStart(*evidence.start) : std::nullopt) {
+    return *verdict;
+  }
+  const bool isTried = evidence.start != nullptr && evidence.start->probe.was_tried;
+  return Runs(*evidence.runtime, isTried ? Tried::kStart : Tried::kHost);
 }
 
 void Explain(Verdict& verdict, Warnings& warnings) {

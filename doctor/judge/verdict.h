@@ -6,6 +6,7 @@
 #include "doctor/examine/application_report.h"
 #include "doctor/examine/runtime_report.h"
 #include "doctor/examine/settings_report.h"
+#include "doctor/examine/start_report.h"
 #include "doctor/judge/named.h"
 #include "doctor/judge/warning.h"
 
@@ -14,11 +15,12 @@ namespace doctor {
 enum class Outcome {
   kRuns,
   kStatus255,
-  kAborts,    ///< With a line on standard error.
-  kDies,      ///< Of a signal, without a word.
-  kExits,     ///< With a status that a library chose.
-  kHangs,     ///< The launcher waits for what does not come.
-  kNotKnown,  ///< What was tried did not finish within the time limit.
+  kAborts,      ///< With a line on standard error.
+  kDies,        ///< Of a signal, without a word.
+  kExits,       ///< With a status that a library chose.
+  kHangs,       ///< The launcher waits for what does not come.
+  kNotKnown,    ///< What was tried did not finish within the time limit.
+  kNotStarted,  ///< With status 0, although the application has not run.
 };
 
 /// `line` begins a report; `{signal}`, `{status}` and `{cause}` stand for the verdict's.
@@ -39,8 +41,10 @@ inline constexpr auto kOutcomes = std::to_array<OutcomeText>({
      "A launch would end with status {status}: {cause}."},
     {Outcome::kHangs, "hangs", "it would wait for ever", "A launch would wait for ever: {cause}."},
     {Outcome::kNotKnown, "not-known", "what was tried did not finish within the time limit", "Not known: {cause}."},
+    {Outcome::kNotStarted, "not-started", "it would end with status 0 without running the application",
+     "A launch would end with status 0 without running the application: {cause}."},
 });
-static_assert(IsComplete(kOutcomes, Outcome::kNotKnown));
+static_assert(IsComplete(kOutcomes, Outcome::kNotStarted));
 
 /// How much of a launch that would run was tried.
 enum class Tried { kFiles, kHost, kStart };
@@ -62,6 +66,7 @@ struct Evidence {
   const SettingsReport* settings;
   const RuntimeReport* runtime;
   const ApplicationReport* application;
+  const StartReport* start = nullptr;
 };
 
 /// Walks the road to where a launch would end.

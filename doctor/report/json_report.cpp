@@ -23,8 +23,8 @@ json OrNull(const std::string& text) {
 }
 
 json ToJson(const Verdict& verdict) {
-  const bool hasStatus =
-      verdict.outcome == Outcome::kRuns || verdict.outcome == Outcome::kStatus255 || verdict.outcome == Outcome::kExits;
+  const bool hasStatus = verdict.outcome == Outcome::kRuns || verdict.outcome == Outcome::kStatus255 ||
+                         verdict.outcome == Outcome::kExits || verdict.outcome == Outcome::kNotStarted;
   return {{"outcome", RowOf(kOutcomes, verdict.outcome).code},
           {"line", VerdictLine(verdict)},
           {"code", verdict.HasCause() ? json(RowOf(kFindings, verdict.cause.finding).code) : json()},
@@ -80,6 +80,10 @@ json ToJson(const FrameworkReport& framework) {
           {"there", framework.is_there ? json(*framework.is_there) : json()}};
 }
 
+json ToJson(const BrokenFile& file) {
+  return {{"path", file.path}, {"detail", file.detail}, {"need", RowOf(kNeeds, file.need).code}};
+}
+
 template <typename Range>
 json ToArray(const Range& range) {
   json array = json::array();
@@ -133,6 +137,16 @@ json ToJson(const ApplicationReport& application) {
           {"context", application.context ? ToJson(*application.context) : json()}};
 }
 
+json ToJson(const StartReport& start) {
+  return {{"end", RowOf(kChildEnds, start.probe.child.end).code},
+          {"output", OrNull(start.probe.child.output)},
+          {"tried", start.probe.was_tried || start.probe.child.end != ChildEnd::kFinished},
+          {"started", start.probe.HasStarted()},
+          {"result", start.probe.was_tried ? json(Hex(start.probe.result)) : json()},
+          {"host_text", OrNull(start.probe.host_text)},
+          {"broken_files", ToArray(start.broken)}};
+}
+
 }  // namespace
 
 std::string JsonReport(const Diagnosis& diagnosis) {
@@ -145,7 +159,8 @@ std::string JsonReport(const Diagnosis& diagnosis) {
       {"runtime", diagnosis.runtime ? ToJson(*diagnosis.runtime) : json()},
       {"environment",
        {{"log_folder", diagnosis.environment.log_folder}, {"variables", ToArray(diagnosis.environment.variables)}}},
-      {"application", ToJson(diagnosis.application)}};
+      {"application", ToJson(diagnosis.application)},
+      {"start", diagnosis.start ? ToJson(*diagnosis.start) : json()}};
   return report.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
 }
 

@@ -47,7 +47,7 @@ std::string ApplicationWords(const Diagnosis& diagnosis) {
 }
 
 std::string StartWords(const Diagnosis&) {
-  return {};
+  return "the runtime starts";
 }
 
 // A part of the road: its name, and what to say of it when it is well.

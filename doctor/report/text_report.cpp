@@ -172,15 +172,20 @@ std::string ContextWords(const ContextProbe& context) {
          std::string(HostStatusName(context.result));
 }
 
-void PutHostWords(Page& page, const ContextProbe& context) {
-  std::string words = context.host_text.empty() ? context.child.output : context.host_text;
-  if (context.IsUsable() || words.empty()) {
+void PutWords(Page& page, const std::string& whose, std::string words) {
+  if (words.empty()) {
     return;
   }
-  page.Paragraph("The host says:", kIndent);
+  page.Paragraph(whose, kIndent);
   for (std::size_t end = 0; !words.empty(); words.erase(0, end + 1)) {
     end = std::min(words.find('\n'), words.size());
     page.Paragraph(Printable(words.substr(0, end)), 2 * kIndent);
+  }
+}
+
+void PutHostWords(Page& page, const ContextProbe& context) {
+  if (!context.IsUsable()) {
+    PutWords(page, "The host says:", context.host_text.empty() ? context.child.output : context.host_text);
   }
 }
 
@@ -203,6 +208,33 @@ void PutApplication(Page& page, const ApplicationReport& application) {
   }
 }
 
+std::string StartWords(const StartProbe& probe) {
+  if (probe.child.end != ChildEnd::kFinished) {
+    return "ended the process";
+  }
+  return probe.HasStarted() ? "starts" : probe.was_tried ? "does not start: " + Hex(probe.result) : "was not tried";
+}
+
+void PutStart(Page& page, const std::optional<StartReport>& start) {
+  page.Heading("5. Runtime start", "");
+  if (!start) {
+    page.Paragraph("not tried: there is nothing to start it for", kIndent, Paint::kFaint);
+    return;
+  }
+  const Paint paint = start->probe.HasStarted() ? Paint::kGood : start->probe.was_tried ? Paint::kBad : Paint::kOdd;
+  Rows rows = {{{"runtime"}, {StartWords(start->probe), paint}}};
+  for (const BrokenFile& file : start->broken) {
+    if (rows.size() < kLongestList) {
+      rows.push_back(
+          {{Printable(file.path)}, {Printable(file.detail), file.need == Need::kLater ? Paint::kOdd : Paint::kBad}});
+    }
+  }
+  page.Table(rows, kIndent);
+  if (!start->probe.HasStarted()) {
+    PutWords(page, "It says:", start->probe.child.output + start->probe.host_text);
+  }
+}
+
 void PutDetails(Page& page, const Diagnosis& diagnosis, Station station) {
   switch (station) {
     case Station::kSettings:
@@ -214,7 +246,7 @@ void PutDetails(Page& page, const Diagnosis& diagnosis, Station station) {
     case Station::kApplication:
       return PutApplication(page, diagnosis.application);
     case Station::kStart:
-      break;
+      return PutStart(page, diagnosis.start);
   }
 }
 

@@ -69,6 +69,7 @@ TEST(Manual, HoldsEveryNameWithItsMeaningAndNoOther) {
   EXPECT_EQ(Documented("### `standing`"), NamesOf(kStandings));
   EXPECT_EQ(Documented("### `reason`"), NamesOf(kVersionReasons));
   EXPECT_EQ(Documented("### `state`"), NamesOf(kFileStates));
+  EXPECT_EQ(Documented("### `need`"), NamesOf(kNeeds));
   EXPECT_EQ(Documented("### `end`"), NamesOf(kChildEnds));
 }
 
@@ -111,6 +112,7 @@ TEST(Manual, HoldsEveryMemberOfTheJsonAndNoOther) {
   diagnosis.environment.variables.emplace_back();
   diagnosis.application.frameworks.emplace_back();
   diagnosis.application.context.emplace();
+  diagnosis.start.emplace().broken.emplace_back();
   std::set<std::string> members;
   AddMembers(json::parse(JsonReport(diagnosis)), "", members);
 

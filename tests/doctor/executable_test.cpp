@@ -123,7 +123,7 @@ TEST(DoctorExecutable, EndsWithThreeWhenTheLogCannotBeWritten) {
 
   EXPECT_EQ(outcome.status, 3) << outcome;
   EXPECT_NE(outcome.err.find("/proc/nothing/walk.log"), std::string::npos) << outcome;
-  EXPECT_TRUE(outcome.out.starts_with("The host accepts the application")) << outcome;
+  EXPECT_TRUE(outcome.out.starts_with("A launch would run the application.")) << outcome;
 }
 
 TEST(DoctorExecutable, EndsWithThreeWhenItCanHaveNoProcess) {

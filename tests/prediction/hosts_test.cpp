@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <csignal>
 #include <string>
 
 #include "tests/prediction/known_world.h"
@@ -48,6 +49,36 @@ TEST(PredictedHosts, HowTheyPrepareTheApplicationDecides) {
   for (const KnownCase& known : cases) {
     Check(known);
   }
+}
+
+// The start is tried with another function than the one that runs the application; a runtime fails in both alike.
+TEST(PredictedHosts, ARuntimeThatDoesNotStartIsReportedAsTheLaunchEnds) {
+  constexpr int kInitFailure = static_cast<int>(0x80008089);
+  const KnownCase cases[] = {
+      {"with a result",
+       [](KnownWorld& world) {
+         WithHost(world).Returns(HostFunction::kStart, kInitFailure).Returns(kRun, kInitFailure);
+       },
+       "not-started", "6.0.36"},
+      {"with a signal",
+       [](KnownWorld& world) { WithHost(world).Dies(HostFunction::kStart, SIGSEGV).Dies(kRun, SIGSEGV); }, "dies",
+       "6.0.36"},
+      {"with an exit", [](KnownWorld& world) { WithHost(world).Exits(HostFunction::kStart, 9).Exits(kRun, 9); },
+       "exits", "6.0.36"},
+  };
+  for (const KnownCase& known : cases) {
+    Check(known);
+  }
+}
+
+TEST(PredictedHosts, AHostThatCannotStartARuntimeByItselfIsNotAskedTo) {
+  KnownWorld world;
+  world.runtime.AddHost("6.0.36", HostVariant::kLacksStart);
+
+  const Comparison comparison = Compare(world.host, world.start);
+
+  EXPECT_EQ(comparison.difference, "");
+  EXPECT_EQ(comparison.outcome, "runs");
 }
 
 TEST(PredictedHosts, EveryResultButZeroIsARefusal) {

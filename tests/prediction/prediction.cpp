@@ -102,6 +102,9 @@ bool EndsAsPredicted(const json& verdict, const Outcome& launch, const StandInHo
   if (outcome == "exits") {
     return verdict.at("exit_status") == launch.status;
   }
+  if (outcome == "not-started") {
+    return launch.status == 0;
+  }
   return outcome == "not-known" && launch.timed_out;
 }
 

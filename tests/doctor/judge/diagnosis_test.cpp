@@ -37,7 +37,7 @@ TEST(Diagnosis, AHealthyServerRuns) {
   const Diagnosis diagnosis = Diagnose(Installed());
 
   EXPECT_EQ(diagnosis.verdict.outcome, Outcome::kRuns);
-  EXPECT_EQ(diagnosis.verdict.tried, Tried::kHost);
+  EXPECT_EQ(diagnosis.verdict.tried, Tried::kStart);
   EXPECT_TRUE(diagnosis.application.context && diagnosis.application.context->IsUsable());
   EXPECT_EQ(Codes(diagnosis), "");
 }

@@ -23,6 +23,7 @@ struct World {
     runtime.versions = {version};
     runtime.decisive = 0;
     application.context = ContextProbe{{ChildEnd::kFinished}, 0, true};
+    start.probe = {{ChildEnd::kFinished}, true};
   }
 
   void IsFatal(const ChildResult& end) {
@@ -30,11 +31,12 @@ struct World {
     Version().child = end;
   }
   VersionReport& Version() { return runtime.versions.at(0); }
-  Verdict Judged() const { return Judge({&settings, &runtime, &application}); }
+  Verdict Judged() const { return Judge({&settings, &runtime, &application, &start}); }
 
   SettingsReport settings;
   RuntimeReport runtime;
   ApplicationReport application;
+  StartReport start;
 };
 
 constexpr std::int32_t kFrameworkMissing = static_cast<std::int32_t>(0x80008096);
@@ -46,11 +48,27 @@ struct Row {
 };
 
 const Row kRows[] = {
-    {Outcome::kRuns, "The host accepts the application; starting the runtime was not tried.", [](World&) {}},
+    {Outcome::kRuns, "A launch would run the application.", [](World&) {}},
+    {Outcome::kRuns, "The host accepts the application; starting the runtime was not tried.",
+     [](World& world) { world.start.probe.was_tried = false; }},
+    {Outcome::kNotStarted,
+     "A launch would end with status 0 without running the application: the runtime does not start (0x80008089).",
+     [](World& world) { world.start.probe.result = static_cast<std::int32_t>(0x80008089); }},
+    {Outcome::kDies, "A launch would die of SIGSEGV: the runtime does not start (SIGSEGV).",
+     [](World& world) {
+       world.start.probe.child = {ChildEnd::kCrashed, SIGSEGV};
+     }},
+    {Outcome::kDies, "A launch would die of SIGABRT: app.dll is missing.",
+     [](World& world) {
+       world.start.broken = {{"/app.dll", Need::kMain, true, false, true, "missing"}};
+     }},
+    {Outcome::kDies, "A launch would die of SIGBUS: libclrjit.so is broken: cut short.",
+     [](World& world) {
+       world.start.broken = {{"/net/libclrjit.so", Need::kStart, true, true, false, "cut short"}};
+     }},
     {Outcome::kRuns, "Nothing was loaded: the files look sound; starting the runtime was not tried.",
      [](World& world) { world.application.context.reset(); }},
-    {Outcome::kRuns,
-     "The host accepts the application, with the older runtime 6.0.36; starting the runtime was not tried.",
+    {Outcome::kRuns, "A launch would run the application, with the older runtime 6.0.36.",
      [](World& world) {
        world.runtime.versions.insert(world.runtime.versions.begin(),
                                      {"6.0.40", u"/root/host/fxr/6.0.40/libhostfxr.so", true});
@@ -240,7 +258,7 @@ TEST(Verdict, TheMessageIsTheLaunchersAndWhole) {
 TEST(Verdict, NumbersAreForMachines) {
   World runs;
   EXPECT_EQ(runs.Judged().code, 0);
-  EXPECT_EQ(runs.Judged().tried, Tried::kHost);
+  EXPECT_EQ(runs.Judged().tried, Tried::kStart);
   runs.application.context.reset();
   EXPECT_EQ(runs.Judged().tried, Tried::kFiles);
   World refused;

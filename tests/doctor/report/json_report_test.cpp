@@ -70,7 +70,7 @@ TEST(JsonReport, NamesStayInTheirOrder) {
   }
 
   EXPECT_EQ(names, (std::vector<std::string>{"schema", "doctor", "verdict", "warnings", "settings", "runtime",
-                                             "environment", "application"}));
+                                             "environment", "application", "start"}));
 }
 
 TEST(JsonReport, TheVerdictsNumbersAreThereWhereTheyMeanSomething) {
@@ -79,10 +79,10 @@ TEST(JsonReport, TheVerdictsNumbersAreThereWhereTheyMeanSomething) {
     int code;
     json exit_status, signal;
   };
-  const Row rows[] = {{Outcome::kRuns, 0, 0, nullptr},          {Outcome::kStatus255, 255, 255, nullptr},
-                      {Outcome::kExits, 17, 17, nullptr},       {Outcome::kDies, SIGBUS, nullptr, "SIGBUS"},
-                      {Outcome::kAborts, 0, nullptr, nullptr},  {Outcome::kHangs, 0, nullptr, nullptr},
-                      {Outcome::kNotKnown, 0, nullptr, nullptr}};
+  const Row rows[] = {{Outcome::kRuns, 0, 0, nullptr},           {Outcome::kStatus255, 255, 255, nullptr},
+                      {Outcome::kExits, 17, 17, nullptr},        {Outcome::kDies, SIGBUS, nullptr, "SIGBUS"},
+                      {Outcome::kAborts, 0, nullptr, nullptr},   {Outcome::kHangs, 0, nullptr, nullptr},
+                      {Outcome::kNotKnown, 0, nullptr, nullptr}, {Outcome::kNotStarted, 0, 0, nullptr}};
   for (const Row& row : rows) {
     Diagnosis diagnosis = Empty();
     diagnosis.verdict.outcome = row.outcome;

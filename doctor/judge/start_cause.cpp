@@ -1,0 +1,163 @@
+#include "doctor/judge/start_cause.h"
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+
+#include "doctor/child/signal_name.h"
+#include "doctor/judge/checks.h"
+#include "doctor/judge/findings.h"
+#include "doctor/judge/status_names.h"
+#include "doctor/judge/text.h"
+
+namespace doctor {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::uint64_t kMebibyte = 1024 * 1024;
+constexpr std::uint64_t kLittleAddressSpace = 512 * kMebibyte;
+constexpr std::uint64_t kLittleMemory = 64 * kMebibyte;
+constexpr std::uint64_t kFewFiles = 64;
+
+// Results of the runtime that say what kind of thing was wanting.
+constexpr std::uint32_t kOutOfMemory = 0x8007000e;
+constexpr std::uint32_t kModuleNotFound = 0x8007007e;
+constexpr std::string_view kResultWords = "HRESULT: ";
+
+bool HasFailed(const StartProbe& probe) {
+  return probe.child.end != ChildEnd::kFinished || (probe.was_tried && probe.result != 0);
+}
+
+// The host gives a status of its own, and the runtime's result in its words only.
+bool EndedWith(const StartReport& start, std::uint32_t result) {
+  const std::string words = start.probe.child.output + start.probe.host_text;
+  const auto at = words.rfind(kResultWords);
+  return at != std::string::npos &&
+         std::strtoul(words.c_str() + at + kResultWords.size(), nullptr, 16) == static_cast<unsigned long>(result);
+}
+
+std::string CommandFor(const BrokenFile& file, const fs::path& folder) {
+  if (!file.may_be_read) {
+    return "chmod o+r " + ShellWord(file.path);
+  }
+  return file.is_application ? "install the product again"
+                             : "install the .NET runtime " + Printable(folder.filename().string()) + " again";
+}
+
+std::string StateOf(const BrokenFile& file) {
+  return !file.may_be_read          ? "cannot be read by this user"
+         : file.detail == "missing" ? "is missing"
+                                    : "is broken: " + Printable(file.detail);
+}
+
+std::optional<Warning> BrokenFileCause(const StartReport& start) {
+  const BrokenFile* file = start.Decisive();
+  if (file == nullptr) {
+    return std::nullopt;
+  }
+  const fs::path path = file->path;
+  return Worded(Finding::kRuntimeFileBroken, {Printable(file->path),
+                                              {{"name", Printable(path.filename().string())},
+                                               {"state", StateOf(*file)},
+                                               {"folder", Printable(path.parent_path().string())},
+                                               {"command", CommandFor(*file, path.parent_path())}}});
+}
+
+std::optional<Warning> MemoryRightsCause(const StartReport& start) {
+  return start.surroundings.may_execute_written_memory ? std::nullopt
+                                                       : std::optional(Worded(Finding::kMemoryNotExecutable, {}));
+}
+
+std::optional<Warning> MemoryFilesCause(const StartReport& start) {
+  return start.surroundings.has_memory_files ? std::nullopt : std::optional(Worded(Finding::kNoMemoryFiles, {}));
+}
+
+// A variable that someone has set explains what the collector lacks better than any limit.
+std::optional<Warning> CollectorCause(const StartReport& start) {
+  if (start.surroundings.collector_variables.empty() ||
+      !(EndedWith(start, kOutOfMemory) || EndedWith(start, kModuleNotFound))) {
+    return std::nullopt;
+  }
+  const auto& [name, value] = start.surroundings.collector_variables.front();
+  return Worded(Finding::kCollectorVariable, {name, {{"variable", name}, {"value", Printable(value)}}});
+}
+
+Warning Limited(Finding finding, std::uint64_t limit) {
+  return Worded(finding, {{}, {{"limit", std::to_string(limit)}}});
+}
+
+std::optional<Warning> AddressSpaceCause(const StartReport& start) {
+  const auto& limit = start.surroundings.address_space;
+  if (!limit || !(EndedWith(start, kOutOfMemory) || *limit < kLittleAddressSpace)) {
+    return std::nullopt;
+  }
+  return Limited(Finding::kAddressSpaceLimited, *limit / kMebibyte);
+}
+
+std::optional<Warning> OpenFilesCause(const StartReport& start) {
+  const auto& limit = start.surroundings.open_files;
+  if (!limit || *limit >= kFewFiles) {
+    return std::nullopt;
+  }
+  return Limited(Finding::kOpenFilesLimited, *limit);
+}
+
+std::optional<Warning> GroupMemoryCause(const StartReport& start) {
+  const auto& limit = start.surroundings.group_memory;
+  if (!limit || !(EndedWith(start, kOutOfMemory) || *limit < kLittleMemory)) {
+    return std::nullopt;
+  }
+  return Limited(Finding::kGroupMemoryLimited, *limit / kMebibyte);
+}
+
+std::string LastLine(std::string text) {
+  while (text.ends_with('\n')) {
+    text.pop_back();
+  }
+  return text.substr(text.rfind('\n') + 1);
+}
+
+std::string ResultOf(const StartProbe& probe) {
+  return probe.child.end == ChildEnd::kCrashed    ? " (" + SignalName(probe.child.code) + ")"
+         : probe.child.end == ChildEnd::kFinished ? " (" + Hex(probe.result) + ")"
+                                                  : "";
+}
+
+// What the runtime writes itself says more than what the host makes of it.
+Warning UnknownCause(const StartReport& start) {
+  const StartProbe& probe = start.probe;
+  if (probe.child.end == ChildEnd::kTimedOut) {
+    return Worded(Finding::kStartNotFinished, {});
+  }
+  const std::string words = LastLine(probe.child.output.empty() ? probe.host_text : probe.child.output);
+  return Worded(Finding::kRuntimeNotStarted,
+                {{}, {{"result", ResultOf(probe)}, {"words", words.empty() ? "" : "It says: " + Printable(words)}}});
+}
+
+// The first that fits is the cause of a start that fails.
+constexpr auto kCauses = std::to_array<std::optional<Warning> (*)(const StartReport&)>({
+    BrokenFileCause,
+    MemoryRightsCause,
+    MemoryFilesCause,
+    CollectorCause,
+    AddressSpaceCause,
+    OpenFilesCause,
+    GroupMemoryCause,
+});
+
+}  // namespace
+
+std::optional<Warning> CauseOf(const StartReport& start) {
+  if (!HasFailed(start.probe)) {
+    return BrokenFileCause(start);
+  }
+  for (const auto& look : kCauses) {
+    if (auto cause = look(start)) {
+      return cause;
+    }
+  }
+  return UnknownCause(start);
+}
+
+}  // namespace doctor

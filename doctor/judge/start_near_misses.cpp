@@ -1,0 +1,33 @@
+#include <filesystem>
+
+#include "doctor/judge/checks.h"
+#include "doctor/judge/near_misses.h"
+#include "doctor/judge/text.h"
+
+namespace doctor {
+namespace {
+
+std::optional<Clue> BrokenForLater(const BrokenFile& file) {
+  if (file.need != Need::kLater) {
+    return std::nullopt;
+  }
+  const std::string folder = std::filesystem::path(file.path).parent_path().filename();
+  return Clue{Printable(file.path), {{"detail", Printable(file.detail)}, {"folder", Printable(folder)}}};
+}
+
+// What each broken file is looked at for.
+constexpr auto kFileChecks = std::to_array<Check<BrokenFile>>({
+    {Finding::kBrokenFile, BrokenForLater},
+});
+
+}  // namespace
+
+Warnings StartNearMisses(const StartReport& report) {
+  Warnings warnings;
+  for (const BrokenFile& file : report.broken) {
+    Apply(kFileChecks, file, warnings);
+  }
+  return warnings;
+}
+
+}  // namespace doctor

@@ -1,0 +1,120 @@
+#include "doctor/judge/start_cause.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace doctor {
+namespace {
+
+constexpr auto kInitFailure = static_cast<std::int32_t>(0x80008089);
+
+StartReport Started() {
+  return {{{ChildEnd::kFinished}, true, 0}};
+}
+
+// A runtime that reports its failure through the host.
+StartReport Failed(const std::string& result) {
+  return {{{ChildEnd::kFinished}, true, kInitFailure, "Failed to create CoreCLR, HRESULT: " + result + "\n"}};
+}
+
+StartReport Died(int signal) {
+  return {{{ChildEnd::kCrashed, signal}}};
+}
+
+std::string Text(const StartReport& start) {
+  const auto cause = CauseOf(start);
+  return cause ? cause->text : "";
+}
+
+TEST(StartCause, ARuntimeThatStartsHasNone) {
+  StartReport limited = Started();
+  limited.surroundings.may_execute_written_memory = false;
+  limited.surroundings.open_files = 20;
+
+  EXPECT_EQ(Text(Started()), "");
+  EXPECT_EQ(Text(limited), "") << "what might have stood in the way did not";
+}
+
+TEST(StartCause, AStartThatWasNotTriedHasNone) {
+  EXPECT_EQ(Text({{{ChildEnd::kFinished}}}), "");
+}
+
+TEST(StartCause, ANeededFileThatIsBrokenIsTheCauseEvenOfARuntimeThatStarts) {
+  StartReport start = Started();
+  start.broken = {{"/net/6.0.36/libclrjit.so", Need::kStart, true, false, false, "missing"}};
+
+  const auto cause = CauseOf(start);
+
+  ASSERT_TRUE(cause);
+  EXPECT_EQ(cause->text, "libclrjit.so is missing");
+  EXPECT_EQ(cause->meaning, "/net/6.0.36 is not as it was installed.");
+  EXPECT_EQ(cause->cure, "install the .NET runtime 6.0.36 again");
+}
+
+TEST(StartCause, AFileThatMayBeNeededLaterIsNone) {
+  StartReport start = Started();
+  start.broken = {{"/net/6.0.36/System.Linq.dll", Need::kLater, true, false, false, "missing"}};
+
+  EXPECT_EQ(Text(start), "");
+}
+
+TEST(StartCause, AnApplicationThatMayNotBeReadIsMadeReadable) {
+  StartReport start = Started();
+  start.broken = {{"/product/app.dll", Need::kMain, false, false, true, "Permission denied"}};
+
+  EXPECT_EQ(Text(start), "app.dll cannot be read by this user");
+  EXPECT_EQ(CauseOf(start)->cure, "chmod o+r /product/app.dll");
+}
+
+TEST(StartCause, SurroundingsExplainAStartThatFails) {
+  struct Row {
+    const char* text;
+    StartReport start;
+    void (*surround)(Surroundings& surroundings);
+  };
+  const Row rows[] = {
+      {"this process may not have memory that is first written and then executed, which .NET needs", Died(SIGSEGV),
+       [](Surroundings& around) { around.may_execute_written_memory = false; }},
+      {"the kernel gives no files in memory (memfd_create), which .NET keeps its code in", Failed("0x80004005"),
+       [](Surroundings& around) { around.has_memory_files = false; }},
+      {"the garbage collector cannot be started with DOTNET_GCHeapHardLimit=10", Failed("0x8007000E"),
+       [](Surroundings& around) {
+         around.collector_variables = {{"DOTNET_GCHeapHardLimit", "10"}};
+       }},
+      {"the garbage collector cannot be started with DOTNET_GCPath=/none", Failed("0x8007007E"),
+       [](Surroundings& around) {
+         around.collector_variables = {{"DOTNET_GCPath", "/none"}};
+       }},
+      {"the address space is limited to 1024 MiB, which is too little for .NET", Failed("0x8007000E"),
+       [](Surroundings& around) { around.address_space = 1024 * 1024 * 1024; }},
+      {"the address space is limited to 64 MiB, which is too little for .NET", Died(SIGSEGV),
+       [](Surroundings& around) { around.address_space = 64 * 1024 * 1024; }},
+      {"only 10 files may be open at once, which is too few for .NET", Failed("0x8007054F"),
+       [](Surroundings& around) { around.open_files = 10; }},
+      {"the control group's memory is limited to 100 MiB", Failed("0x8007000E"),
+       [](Surroundings& around) { around.group_memory = 100 * 1024 * 1024; }},
+      {"the runtime does not start (0x80008089)", Failed("0x80004005"),
+       [](Surroundings& around) { around.open_files = 1024; }},
+      {"the runtime does not start (SIGSEGV)", Died(SIGSEGV), [](Surroundings&) {}},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.text);
+    StartReport start = row.start;
+    row.surround(start.surroundings);
+
+    EXPECT_EQ(Text(start), row.text);
+    EXPECT_NE(CauseOf(start)->cure, "");
+  }
+}
+
+TEST(StartCause, TheLastWordsOfAnUnknownFailureAreKept) {
+  StartReport start = Failed("0x80004005");
+  EXPECT_EQ(CauseOf(start)->meaning, "It says: Failed to create CoreCLR, HRESULT: 0x80004005");
+
+  start.probe.child.output = "first\nFatal error\n";
+  EXPECT_EQ(CauseOf(start)->meaning, "It says: Fatal error");
+}
+
+}  // namespace
+}  // namespace doctor
