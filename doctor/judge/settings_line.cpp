@@ -36,6 +36,7 @@ static_assert(quor::HasARowForEveryKey(kKeyMeanings), "every key has a meaning")
 const std::vector<KnownKey>& KnownKeys() {
   static const auto keys = [] {
     std::vector<KnownKey> rows;
+    rows.reserve(kKeyMeanings.size());
     for (const auto& [key, meaning] : kKeyMeanings) {
       rows.push_back({ToUtf8(NameOf(key)), std::string(meaning)});
     }

@@ -9,7 +9,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "tests/doctor/server.h"
+#include "tests/doctor/installation.h"
 #include "tests/support/doctor.h"
 #include "tests/support/settings_file.h"
 #include "tests/support/temp_folder.h"
@@ -74,11 +74,11 @@ std::string Listing(const std::vector<fs::path>& folders) {
 }
 
 TEST(DoctorExecutable, EndsWithZeroWhenALaunchWouldRunEvenWithWarnings) {
-  Server server;
-  server.Healthy();
+  Installation installation;
+  installation.Healthy();
   EXPECT_EQ(Doctor().Run().status, 0);
 
-  server.Settings("Other=1\nOther=2\nDotnetRootFolder=/opt/morvath/dotnet\n");
+  installation.Settings("Other=1\nOther=2\nDotnetRootFolder=/opt/morvath/dotnet\n");
   const Outcome warned = Doctor().Run();
 
   EXPECT_EQ(warned.status, 0) << warned;
@@ -86,7 +86,7 @@ TEST(DoctorExecutable, EndsWithZeroWhenALaunchWouldRunEvenWithWarnings) {
 }
 
 TEST(DoctorExecutable, EndsWithOneWhenALaunchWouldNotRun) {
-  const Server server;
+  const Installation installation;
 
   const Outcome outcome = Doctor().Run();
 
@@ -96,7 +96,7 @@ TEST(DoctorExecutable, EndsWithOneWhenALaunchWouldNotRun) {
 }
 
 TEST(DoctorExecutable, EndsWithTwoAndAReasonWhenUsedWrongly) {
-  const Server server;
+  const Installation installation;
 
   const Outcome outcome = Doctor({"--what"}).Run();
 
@@ -106,8 +106,8 @@ TEST(DoctorExecutable, EndsWithTwoAndAReasonWhenUsedWrongly) {
 }
 
 TEST(DoctorExecutable, EndsWithThreeWhenNobodyTakesWhatItWrites) {
-  Server server;
-  server.Healthy();
+  Installation installation;
+  installation.Healthy();
   for (const char* arguments : {"", "--json", "--help", "--version"}) {
     SCOPED_TRACE(arguments);
     EXPECT_EQ(Shell(std::string("exec \"$0\" ") + arguments + " >/dev/full").Run().status, 3);
@@ -116,8 +116,8 @@ TEST(DoctorExecutable, EndsWithThreeWhenNobodyTakesWhatItWrites) {
 }
 
 TEST(DoctorExecutable, EndsWithThreeWhenTheLogCannotBeWritten) {
-  Server server;
-  server.Healthy();
+  Installation installation;
+  installation.Healthy();
 
   const Outcome outcome = Doctor({"--log", "/proc/nothing/walk.log"}).Run();
 
@@ -130,8 +130,8 @@ TEST(DoctorExecutable, EndsWithThreeWhenItCanHaveNoProcess) {
   if (IsSanitized()) {
     GTEST_SKIP() << "a sanitizer's checks are processes of their own";
   }
-  Server server;
-  server.Healthy();
+  Installation installation;
+  installation.Healthy();
   fs::copy_file(DoctorFile(), "/opt/morvath/doctor");
 
   const Outcome outcome = Shell("ulimit -n 6; exec /opt/morvath/doctor").Run();
@@ -141,7 +141,7 @@ TEST(DoctorExecutable, EndsWithThreeWhenItCanHaveNoProcess) {
 }
 
 TEST(DoctorExecutable, HelpAndVersionGoToStandardOutput) {
-  const Server server;
+  const Installation installation;
 
   const Outcome help = Doctor({"--help"}).Run();
   const Outcome version = Doctor({"--version"}).Run();
@@ -154,8 +154,8 @@ TEST(DoctorExecutable, HelpAndVersionGoToStandardOutput) {
 }
 
 TEST(DoctorExecutable, ColoursAreForTerminalsUnlessAskedForOrRefused) {
-  Server server;
-  server.Healthy();
+  Installation installation;
+  installation.Healthy();
   struct Row {
     const char* name;
     std::vector<std::string> arguments, environment;
@@ -183,8 +183,8 @@ TEST(DoctorExecutable, ColoursAreForTerminalsUnlessAskedForOrRefused) {
 }
 
 TEST(DoctorExecutable, JsonIsOneObject) {
-  Server server;
-  server.Healthy();
+  Installation installation;
+  installation.Healthy();
 
   const json report = json::parse(Doctor({"--json"}).Run().out);
 
@@ -195,8 +195,8 @@ TEST(DoctorExecutable, JsonIsOneObject) {
 }
 
 TEST(DoctorExecutable, OtherSettingsAndAnotherRootCanBeAskedAbout) {
-  Server server;
-  server.Healthy();
+  Installation installation;
+  installation.Healthy();
   const TempFolder folder;
   WriteFile(folder / "other.ini", "DotnetRootFolder=/nothing/there\n");
 
@@ -208,8 +208,8 @@ TEST(DoctorExecutable, OtherSettingsAndAnotherRootCanBeAskedAbout) {
 }
 
 TEST(DoctorExecutable, TheLogOfTheWalkIsWrittenWhereItIsAskedFor) {
-  Server server;
-  server.Healthy();
+  Installation installation;
+  installation.Healthy();
   const TempFolder folder;
 
   const Outcome outcome = Doctor({"--log", "walk.log"}).Folder(folder.Path()).Run();
@@ -223,23 +223,24 @@ TEST(DoctorExecutable, TheLogOfTheWalkIsWrittenWhereItIsAskedFor) {
 }
 
 TEST(DoctorExecutable, ChangesNothingOnTheMachine) {
-  Server server;
-  server.Healthy().OddHost("6.0.40", "comes_BusError").HostOfBytes("6.0.41", CutLibrary());
+  Installation installation;
+  installation.Healthy().OddHost("6.0.40", "comes_BusError").HostOfBytes("6.0.41", CutLibrary());
   const TempFolder home;
   const std::vector<fs::path> folders{"/opt/morvath", "/var/opt/morvath", home.Path()};
   const std::string before = Listing(folders);
 
   for (const char* form : {"--json", "--no-probe", "--color=always"}) {
-    static_cast<void>(
-        Doctor({form}).Variable("HOME", home.Path()).Variable("TMP", home.Path()).Folder(home.Path()).Run());
+    const Outcome outcome =
+        Doctor({form}).Variable("HOME", home.Path()).Variable("TMP", home.Path()).Folder(home.Path()).Run();
+    EXPECT_NE(outcome.out.find("6.0.40"), std::string::npos) << form << outcome;  // It has looked.
   }
 
   EXPECT_EQ(Listing(folders), before);
 }
 
 TEST(DoctorExecutable, ACrashWhileLoadingIsAFindingNotItsEnd) {
-  Server server;
-  server.Healthy().OddHost("6.0.40", "comes_Crash");
+  Installation installation;
+  installation.Healthy().OddHost("6.0.40", "comes_Crash");
 
   const Outcome outcome = Doctor().Run();
 
@@ -250,8 +251,8 @@ TEST(DoctorExecutable, ACrashWhileLoadingIsAFindingNotItsEnd) {
 }
 
 TEST(DoctorExecutable, WorksWhereItsParentIgnoresTheEndOfChildren) {
-  Server server;
-  server.Healthy().OddHost("6.0.40", "comes_Crash");
+  Installation installation;
+  installation.Healthy().OddHost("6.0.40", "comes_Crash");
 
   const Outcome outcome = Shell("trap '' CHLD; exec \"$0\"").Variable("ASAN_OPTIONS", "handle_segv=0").Run();
 
@@ -259,20 +260,21 @@ TEST(DoctorExecutable, WorksWhereItsParentIgnoresTheEndOfChildren) {
 }
 
 TEST(DoctorExecutable, WorksWithItsInputAndErrorsClosed) {
-  Server server;
-  server.Healthy();
+  Installation installation;
+  installation.Healthy();
 
   const Outcome outcome = Shell("exec \"$0\" <&- 2>&-").Run();
 
   EXPECT_EQ(outcome.status, 0) << outcome;
+  EXPECT_NE(outcome.out.find("6.0.36"), std::string::npos) << outcome;
 }
 
 TEST(DoctorExecutable, WorksWithoutProc) {
   if (IsSanitized()) {
     GTEST_SKIP() << "a sanitizer does not start without /proc";
   }
-  Server server;
-  server.Healthy();
+  Installation installation;
+  installation.Healthy();
 
   const Outcome outcome = Shell("exec unshare --mount sh -c 'mount -t tmpfs none /proc && exec \"$0\"' \"$0\"").Run();
 
@@ -286,8 +288,8 @@ TEST(DoctorExecutable, WorksForAnyUser) {
       0) {
     GTEST_SKIP() << "there is no other user to be in this namespace";
   }
-  Server server;
-  server.Healthy();
+  Installation installation;
+  installation.Healthy();
   fs::copy_file(DoctorFile(), "/opt/morvath/doctor");
   const std::string script = "exec setpriv --reuid=65534 --regid=65534 --clear-groups /opt/morvath/doctor";
 

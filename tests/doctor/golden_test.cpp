@@ -10,7 +10,7 @@
 #include <set>
 
 #include "doctor/version.h"
-#include "tests/doctor/server.h"
+#include "tests/doctor/installation.h"
 #include "tests/support/doctor.h"
 #include "tests/support/settings_file.h"
 #include "tests/support/temp_folder.h"
@@ -23,82 +23,105 @@ namespace fs = std::filesystem;
 const std::string kRootLine = "DotnetRootFolder=" + std::string(kRoot) + "\n";
 const std::string kStem(kApplication);
 
-struct World {
-  Server server;
+struct AskedInstallation {
+  Installation installation;
   StandInHost host;
 };
 
 struct Situation {
   const char* name;
   int status;
-  /// Spoils a healthy server.
-  std::function<void(World& world)> lay;
+  /// Spoils a healthy installation.
+  std::function<void(AskedInstallation& world)> lay;
   std::vector<std::string> arguments = {};
 };
 
 const Situation kSituations[] = {
     {"all-good", 0,
-     [](World& world) {
-       world.server.Settings("# The product's settings.\n" + kRootLine + "LoaderLoggingDir=/var/log\nOther=1\n");
-       world.server.Host("6.0.9").Host("6.0.10");
+     [](AskedInstallation& world) {
+       world.installation.Settings("# The product's settings.\n" + kRootLine + "LoaderLoggingDir=/var/log\nOther=1\n");
+       world.installation.Host("6.0.9").Host("6.0.10");
      }},
-    {"all-good-verbose", 0, [](World&) {}, {"--verbose"}},
-    {"no-settings", 1, [](World& world) { world.server.NoSettings(); }},
-    {"settings-unreadable", 1, [](World&) { ::chmod(std::string(kSettingsPath).c_str(), 0); }},
-    {"settings-not-utf8", 1, [](World& world) { world.server.Settings("Name=caf\xe9\n" + kRootLine); }},
-    {"no-root", 1, [](World& world) { world.server.Settings("# nothing yet\nOther=1\n"); }},
-    {"colon", 1, [](World& world) { world.server.Settings("[dotnet]\nDotnetRootFolder: /opt/morvath/dotnet\n"); }},
-    {"export", 1, [](World& world) { world.server.Settings("export DotnetRootFolder=/opt/morvath/dotnet\n"); }},
-    {"letter-missing", 1, [](World& world) { world.server.Settings("DotnetRotFolder=/opt/morvath/dotnet\n"); }},
-    {"home-folder", 1, [](World& world) { world.server.Settings("DotnetRootFolder=~/dotnet\n"); }},
+    {"all-good-verbose", 0, [](AskedInstallation&) {}, {"--verbose"}},
+    {"no-settings", 1, [](AskedInstallation& world) { world.installation.NoSettings(); }},
+    {"settings-unreadable", 1, [](AskedInstallation&) { ::chmod(std::string(kSettingsPath).c_str(), 0); }},
+    {"settings-not-utf8", 1,
+     [](AskedInstallation& world) { world.installation.Settings("Name=caf\xe9\n" + kRootLine); }},
+    {"no-root", 1, [](AskedInstallation& world) { world.installation.Settings("# nothing yet\nOther=1\n"); }},
+    {"colon", 1,
+     [](AskedInstallation& world) {
+       world.installation.Settings("[dotnet]\nDotnetRootFolder: /opt/morvath/dotnet\n");
+     }},
+    {"export", 1,
+     [](AskedInstallation& world) { world.installation.Settings("export DotnetRootFolder=/opt/morvath/dotnet\n"); }},
+    {"letter-missing", 1,
+     [](AskedInstallation& world) { world.installation.Settings("DotnetRotFolder=/opt/morvath/dotnet\n"); }},
+    {"home-folder", 1, [](AskedInstallation& world) { world.installation.Settings("DotnetRootFolder=~/dotnet\n"); }},
     {"settings-are-a-folder", 1,
-     [](World& world) {
-       world.server.NoSettings();
+     [](AskedInstallation& world) {
+       world.installation.NoSettings();
        fs::create_directory(kSettingsPath);
      }},
     {"settings-are-a-pipe", 1,
-     [](World& world) {
-       world.server.NoSettings();
+     [](AskedInstallation& world) {
+       world.installation.NoSettings();
        ::mkfifo(std::string(kSettingsPath).c_str(), 0644);
      }},
-    {"settings-with-extension", 1, [](World&) { fs::rename(kSettingsPath, std::string(kSettingsPath) + ".txt"); }},
-    {"relative-root", 1, [](World& world) { world.server.Settings("DotnetRootFolder=opt/morvath/dotnet\n"); }},
+    {"settings-with-extension", 1,
+     [](AskedInstallation&) { fs::rename(kSettingsPath, std::string(kSettingsPath) + ".txt"); }},
+    {"relative-root", 1,
+     [](AskedInstallation& world) { world.installation.Settings("DotnetRootFolder=opt/morvath/dotnet\n"); }},
     {"carriage-return", 1,
-     [](World& world) { world.server.Settings("DotnetRootFolder=/opt/morvath/dotnet\r\nLoaderLoggingDir=/tmp\r\n"); }},
-    {"byte-order-mark", 1, [](World& world) { world.server.Settings("\xEF\xBB\xBF" + kRootLine); }},
-    {"quotes", 1, [](World& world) { world.server.Settings("DotnetRootFolder=\"/opt/morvath/dotnet\"\n"); }},
-    {"blanks", 1, [](World& world) { world.server.Settings("DotnetRootFolder = /opt/morvath/dotnet \n"); }},
-    {"wrong-case", 1, [](World& world) { world.server.Settings("dotnetRootFolder=/opt/morvath/dotnet\n"); }},
-    {"key-given-twice", 1, [](World& world) { world.server.Settings(kRootLine + "DotnetRootFolder=/usr/lib/none\n"); }},
+     [](AskedInstallation& world) {
+       world.installation.Settings("DotnetRootFolder=/opt/morvath/dotnet\r\nLoaderLoggingDir=/tmp\r\n");
+     }},
+    {"byte-order-mark", 1, [](AskedInstallation& world) { world.installation.Settings("\xEF\xBB\xBF" + kRootLine); }},
+    {"quotes", 1,
+     [](AskedInstallation& world) { world.installation.Settings("DotnetRootFolder=\"/opt/morvath/dotnet\"\n"); }},
+    {"blanks", 1,
+     [](AskedInstallation& world) { world.installation.Settings("DotnetRootFolder = /opt/morvath/dotnet \n"); }},
+    {"wrong-case", 1,
+     [](AskedInstallation& world) { world.installation.Settings("dotnetRootFolder=/opt/morvath/dotnet\n"); }},
+    {"key-given-twice", 1,
+     [](AskedInstallation& world) { world.installation.Settings(kRootLine + "DotnetRootFolder=/usr/lib/none\n"); }},
     {"root-is-fxr", 1,
-     [](World& world) { world.server.Settings("DotnetRootFolder=" + std::string(kFxrFolder) + "\n"); }},
+     [](AskedInstallation& world) {
+       world.installation.Settings("DotnetRootFolder=" + std::string(kFxrFolder) + "\n");
+     }},
     {"fxr-folder-is-link", 1,
-     [](World&) {
+     [](AskedInstallation&) {
        fs::rename(kFxrFolder, "/opt/morvath/elsewhere");
        fs::create_symlink("/opt/morvath/elsewhere", kFxrFolder);
      }},
-    {"fxr-folder-closed", 1, [](World&) { ::chmod(std::string(kFxrFolder).c_str(), 0); }},
-    {"no-runtime", 1, [](World& world) { world.server.Remove(kRoot); }},
+    {"fxr-folder-closed", 1, [](AskedInstallation&) { ::chmod(std::string(kFxrFolder).c_str(), 0); }},
+    {"no-runtime", 1, [](AskedInstallation& world) { world.installation.Remove(kRoot); }},
     {"other-runtime", 1,
-     [](World& world) { world.server.Remove(Server::HostFile("6.0.36").parent_path()).Host("7.0.20"); }},
-    {"newest-cut-short", 0, [](World& world) { world.server.HostOfBytes("6.0.40", CutLibrary()); }},
-    {"other-machine", 1, [](World& world) { world.server.HostOfBytes("6.0.36", ArmLibrary()); }},
-    {"library-is-text", 1, [](World& world) { world.server.HostOfBytes("6.0.36", std::string(1000, '#')); }},
-    {"library-is-link", 1,
-     [](World&) {
-       fs::rename(Server::HostFile("6.0.36"), "/opt/morvath/libhostfxr.so");
-       fs::create_symlink("/opt/morvath/libhostfxr.so", Server::HostFile("6.0.36"));
+     [](AskedInstallation& world) {
+       world.installation.Remove(Installation::HostFile("6.0.36").parent_path()).Host("7.0.20");
      }},
-    {"function-missing", 1, [](World& world) { world.server.Host("6.0.36", HostVariant::kLacksRun); }},
-    {"symbol-missing", 0, [](World& world) { world.server.Host("6.0.40", HostVariant::kUnresolved); }},
-    {"crashes-while-loading", 1, [](World& world) { world.server.OddHost("6.0.40", "comes_BusError"); }},
-    {"throws-while-loading", 1, [](World& world) { world.server.OddHost("6.0.40", "comes_ThrowError"); }},
-    {"throws-a-number", 1, [](World& world) { world.server.OddHost("6.0.40", "comes_ThrowNumber"); }},
-    {"exits-while-loading", 1, [](World& world) { world.server.OddHost("6.0.40", "comes_Exit"); }},
-    {"crash-not-tried", 0, [](World& world) { world.server.OddHost("6.0.1", "comes_Crash"); }},
+    {"newest-cut-short", 0, [](AskedInstallation& world) { world.installation.HostOfBytes("6.0.40", CutLibrary()); }},
+    {"other-machine", 1, [](AskedInstallation& world) { world.installation.HostOfBytes("6.0.36", ArmLibrary()); }},
+    {"library-is-text", 1,
+     [](AskedInstallation& world) { world.installation.HostOfBytes("6.0.36", std::string(1000, '#')); }},
+    {"library-is-link", 1,
+     [](AskedInstallation&) {
+       fs::rename(Installation::HostFile("6.0.36"), "/opt/morvath/libhostfxr.so");
+       fs::create_symlink("/opt/morvath/libhostfxr.so", Installation::HostFile("6.0.36"));
+     }},
+    {"function-missing", 1,
+     [](AskedInstallation& world) { world.installation.Host("6.0.36", HostVariant::kLacksRun); }},
+    {"symbol-missing", 0,
+     [](AskedInstallation& world) { world.installation.Host("6.0.40", HostVariant::kUnresolved); }},
+    {"crashes-while-loading", 1,
+     [](AskedInstallation& world) { world.installation.OddHost("6.0.40", "comes_BusError"); }},
+    {"throws-while-loading", 1,
+     [](AskedInstallation& world) { world.installation.OddHost("6.0.40", "comes_ThrowError"); }},
+    {"throws-a-number", 1, [](AskedInstallation& world) { world.installation.OddHost("6.0.40", "comes_ThrowNumber"); }},
+    {"exits-while-loading", 1, [](AskedInstallation& world) { world.installation.OddHost("6.0.40", "comes_Exit"); }},
+    {"crash-not-tried", 0, [](AskedInstallation& world) { world.installation.OddHost("6.0.1", "comes_Crash"); }},
     {"missing-framework", 1,
-     [](World& world) {
-       world.server.Remove(fs::path(kRoot) / "shared").Framework("7.0.20");
+     [](AskedInstallation& world) {
+       world.installation.Remove(fs::path(kRoot) / "shared").Framework("7.0.20");
        world.host.Returns(HostFunction::kInitialize, static_cast<int>(0x80008096))
            .GivesNoHandle()
            .Says(HostFunction::kInitialize,
@@ -106,36 +129,39 @@ const Situation kSituations[] = {
                  "Framework: 'Microsoft.NETCore.App', version '6.0.0' (x64)");
      }},
     {"missing-assembly", 1,
-     [](World& world) {
+     [](AskedInstallation& world) {
        for (const char* end : {".dll", ".runtimeconfig.json", ".deps.json"}) {
-         world.server.Remove(kStem + end);
+         world.installation.Remove(kStem + end);
        }
        world.host.Returns(HostFunction::kInitialize, static_cast<int>(0x80008081)).GivesNoHandle();
      }},
     {"malformed-runtimeconfig", 1,
-     [](World& world) {
+     [](AskedInstallation& world) {
        WriteFile(kStem + ".runtimeconfig.json", "{ runtimeOptions: }");
        world.host.Returns(HostFunction::kInitialize, static_cast<int>(0x80008093)).GivesNoHandle();
      }},
-    {"no-probe", 0, [](World& world) { world.server.OddHost("6.0.40", "comes_BusError"); }, {"--no-probe"}},
+    {"no-probe",
+     0,
+     [](AskedInstallation& world) { world.installation.OddHost("6.0.40", "comes_BusError"); },
+     {"--no-probe"}},
     {"what-if-root",
      0,
-     [](World& world) { world.server.Settings("DotnetRootFolder=/usr/lib/none\n"); },
+     [](AskedInstallation& world) { world.installation.Settings("DotnetRootFolder=/usr/lib/none\n"); },
      {"--root", std::string(kRoot)}},
     {"octal-and-hexadecimal",
      0,
-     [](World& world) { world.server.Host("6.0.010").Host("6.0.9").Host("6.0.0x30").Host("6.0.x"); },
+     [](AskedInstallation& world) { world.installation.Host("6.0.010").Host("6.0.9").Host("6.0.0x30").Host("6.0.x"); },
      {"--verbose"}},
     {"bytes-that-are-not-utf8",
      0,
-     [](World& world) {
+     [](AskedInstallation& world) {
        fs::create_directory(std::string(kFxrFolder) + "/caf\xe9");
-       world.server.Host("6.0.\xff").Host("6.0.1\033[31m\n");
+       world.installation.Host("6.0.\xff").Host("6.0.1\033[31m\n");
      },
      {"--verbose"}},
 };
 
-Outcome Examine(const Situation& situation, const World& world, const char* form) {
+Outcome Examine(const Situation& situation, const AskedInstallation& world, const char* form) {
   std::vector<std::string> arguments = situation.arguments;
   arguments.emplace_back(form);
   return Doctor(std::move(arguments)).Variables(world.host.Environment()).WithoutReadingEverything().Run();
@@ -162,8 +188,8 @@ void Compare(const fs::path& file, const std::string& report) {
 TEST(GoldenReports, AreAsTheyWere) {
   for (const Situation& situation : kSituations) {
     SCOPED_TRACE(situation.name);
-    World world;
-    world.server.Healthy();
+    AskedInstallation world;
+    world.installation.Healthy();
     situation.lay(world);
 
     const Outcome text = Examine(situation, world, "--color=never");

@@ -5,7 +5,7 @@
 
 #include "doctor/examine/runtime_report.h"
 #include "doctor/judge/near_misses.h"
-#include "tests/doctor/server.h"
+#include "tests/doctor/installation.h"
 
 namespace doctor {
 namespace {
@@ -33,10 +33,10 @@ class Mount {
 
 TEST(RuntimeNearMisses, AFileSystemMountedNoexecIsNamed) {
   for (const bool noexec : {false, true}) {
-    tests::Server server;
+    tests::Installation installation;
     const Mount mount(noexec ? MS_NOEXEC : 0);
     ASSERT_TRUE(mount.IsThere());
-    server.Host("6.0.36");
+    installation.Host("6.0.36");
 
     const Warnings warnings = RuntimeNearMisses(ExamineRuntime(u"/opt/morvath/dotnet", {}));
 

@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "tests/doctor/server.h"
+#include "tests/doctor/installation.h"
 #include "tests/support/doctor.h"
 
 namespace tests {
@@ -11,8 +11,8 @@ namespace {
 using namespace std::chrono_literals;
 
 TEST(TimeLimit, ALibraryThatHangsWhileItIsLoadedIsAFindingAfterTenSeconds) {
-  Server server;
-  server.Healthy().OddHost("6.0.40", "comes_Hang");
+  Installation installation;
+  installation.Healthy().OddHost("6.0.40", "comes_Hang");
   const auto start = std::chrono::steady_clock::now();
 
   const Outcome outcome = Doctor().Run();

@@ -5,13 +5,13 @@
 
 #include "doctor/judge/names.h"
 #include "doctor/judge/near_misses.h"
-#include "tests/doctor/server.h"
+#include "tests/doctor/installation.h"
 #include "tests/support/temp_folder.h"
 
 namespace doctor {
 namespace {
 
-using tests::Server;
+using tests::Installation;
 
 const std::string kStem(tests::kApplication);
 
@@ -41,8 +41,8 @@ std::string Frameworks(const ApplicationReport& report) {
 }
 
 TEST(ApplicationReport, TheThreeFilesAreLookedAt) {
-  Server server;
-  server.Application();
+  Installation installation;
+  installation.Application();
 
   const ApplicationReport report = Examine();
 
@@ -58,58 +58,59 @@ TEST(ApplicationReport, WhatIsMissingOrUnusableIsToldApart) {
   struct Row {
     const char* name;
     const char* states;
-    void (*lay)(Server& server);
+    void (*lay)(Installation& installation);
   };
   const Row rows[] = {
-      {"nothing", "missing missing missing", [](Server& server) { server.Remove("/opt/morvath/quor"); }},
+      {"nothing", "missing missing missing",
+       [](Installation& installation) { installation.Remove("/opt/morvath/quor"); }},
       {"no folder", "missing missing missing",
-       [](Server& server) {
-         server.Remove("/opt/morvath/quor");
+       [](Installation& installation) {
+         installation.Remove("/opt/morvath/quor");
          tests::WriteFile("/opt/morvath/quor", "");
        }},
       {"folders", "unreadable unreadable unreadable",
-       [](Server& server) {
+       [](Installation& installation) {
          for (const char* end : {".dll", ".runtimeconfig.json", ".deps.json"}) {
-           server.Remove(kStem + end);
+           installation.Remove(kStem + end);
            std::filesystem::create_directory(kStem + end);
          }
        }},
       {"a pipe, which nobody writes to", "present unreadable present",
-       [](Server& server) {
-         server.Remove(kStem + ".runtimeconfig.json");
+       [](Installation& installation) {
+         installation.Remove(kStem + ".runtimeconfig.json");
          ::mkfifo((kStem + ".runtimeconfig.json").c_str(), 0644);
        }},
       {"links in a circle", "present unreadable present",
-       [](Server& server) {
-         server.Remove(kStem + ".runtimeconfig.json");
+       [](Installation& installation) {
+         installation.Remove(kStem + ".runtimeconfig.json");
          std::filesystem::create_symlink(kStem + ".runtimeconfig.json", kStem + ".runtimeconfig.json");
        }},
       {"text that is not JSON", "present malformed malformed",
-       [](Server&) {
+       [](Installation&) {
          tests::WriteFile(kStem + ".runtimeconfig.json", "{\"runtimeOptions\":");
          tests::WriteFile(kStem + ".deps.json", "");
        }},
       {"no object", "present malformed malformed",
-       [](Server&) {
+       [](Installation&) {
          tests::WriteFile(kStem + ".runtimeconfig.json", "[1]");
          tests::WriteFile(kStem + ".deps.json", "null");
        }},
       {"deeper than any stack", "present malformed malformed",
-       [](Server&) {
+       [](Installation&) {
          tests::WriteFile(kStem + ".runtimeconfig.json", std::string(1'000'000, '['));
          tests::WriteFile(kStem + ".deps.json", std::string(500'000, '[') + std::string(500'000, ']'));
        }},
       {"comments", "present present present",
-       [](Server&) {
+       [](Installation&) {
          tests::WriteFile(kStem + ".runtimeconfig.json", "// words\n{ /* more */ }");
          tests::WriteFile(kStem + ".deps.json", "\xEF\xBB\xBF{}");
        }},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
-    Server server;
-    server.Application();
-    row.lay(server);
+    Installation installation;
+    installation.Application();
+    row.lay(installation);
 
     EXPECT_EQ(States(Examine()), row.states);
   }
@@ -143,8 +144,8 @@ TEST(ApplicationReport, FrameworksAreReadWhereverTheyAreNamed) {
       {R"({"runtimeOptions": {"framework": "A", "frameworks": {"name": "A"}}})", ""},
       {R"({"runtimeOptions": {"frameworks": ["A", null, {"version": "6.0.0"}, {"name": "A"}]}})", "A "},
   };
-  Server server;
-  server.Application();
+  Installation installation;
+  installation.Application();
   std::filesystem::create_directories("/opt/morvath/dotnet/shared/A/6.0.36");
   std::filesystem::create_directories("/opt/morvath/dotnet/shared/B/7.0.1");
   for (const Row& row : rows) {
@@ -156,8 +157,8 @@ TEST(ApplicationReport, FrameworksAreReadWhereverTheyAreNamed) {
 }
 
 TEST(ApplicationReport, WithoutARootNobodyKnowsAboutFrameworks) {
-  Server server;
-  server.Healthy();
+  Installation installation;
+  installation.Healthy();
 
   const ApplicationReport report = ExamineApplication({}, {});
 
@@ -173,13 +174,13 @@ TEST(ApplicationReport, TheContextIsAskedForWhenThereIsSomeoneToAsk) {
 }
 
 TEST(ApplicationNearMisses, AMissingAssemblyAndAMissingFrameworkAreNamed) {
-  Server server;
-  server.Healthy();
+  Installation installation;
+  installation.Healthy();
   EXPECT_TRUE(ApplicationNearMisses(Examine(), true).empty());
 
-  server.Remove("/opt/morvath/dotnet/shared");
+  installation.Remove("/opt/morvath/dotnet/shared");
   const Warnings framework = ApplicationNearMisses(Examine(), true);
-  server.Framework("6.0.36").Remove(kStem + ".dll");
+  installation.Framework("6.0.36").Remove(kStem + ".dll");
   const Warnings assembly = ApplicationNearMisses(Examine(), true);
 
   ASSERT_EQ(framework.size(), 1U);

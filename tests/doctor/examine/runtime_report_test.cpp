@@ -8,7 +8,7 @@
 #include "doctor/judge/names.h"
 #include "doctor/judge/text.h"
 #include "doctor/judge/version_reasons.h"
-#include "tests/doctor/server.h"
+#include "tests/doctor/installation.h"
 #include "tests/support/runtime_tree.h"
 
 namespace doctor {

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <filesystem>
 
-#include "tests/doctor/server.h"
+#include "tests/doctor/installation.h"
 #include "tests/support/scoped_environment.h"
 #include "tests/support/settings_file.h"
 #include "tests/support/temp_folder.h"
@@ -14,7 +14,7 @@ namespace doctor {
 namespace {
 
 using namespace std::chrono_literals;
-using tests::Server;
+using tests::Installation;
 
 Question Installed() {
   Question question;
@@ -31,8 +31,8 @@ std::string Codes(const Diagnosis& diagnosis) {
 }
 
 TEST(Diagnosis, AHealthyServerRuns) {
-  Server server;
-  server.Healthy();
+  Installation installation;
+  installation.Healthy();
 
   const Diagnosis diagnosis = Diagnose(Installed());
 
@@ -43,9 +43,9 @@ TEST(Diagnosis, AHealthyServerRuns) {
 }
 
 TEST(Diagnosis, WarningsFollowTheRoad) {
-  Server server;
-  server.Healthy().Settings("X=1\nX=2\nDotnetRootFolder=/opt/morvath/dotnet\n");
-  server.Remove("/opt/morvath/dotnet/shared");
+  Installation installation;
+  installation.Healthy().Settings("X=1\nX=2\nDotnetRootFolder=/opt/morvath/dotnet\n");
+  installation.Remove("/opt/morvath/dotnet/shared");
   std::filesystem::create_directory_symlink("/tmp", std::string(tests::kFxrFolder) + "/6.0.0");
   tests::ScopedEnvironment environment;
   environment.Set("TMP", "");
@@ -54,15 +54,15 @@ TEST(Diagnosis, WarningsFollowTheRoad) {
 }
 
 TEST(Diagnosis, NoFrameworkIsMissedWhereThereIsNoRuntimeAtAll) {
-  Server server;
-  server.Healthy().Settings("DotnetRootFolder=/nothing/there\n");
+  Installation installation;
+  installation.Healthy().Settings("DotnetRootFolder=/nothing/there\n");
 
   EXPECT_EQ(Codes(Diagnose(Installed())), "");
 }
 
 TEST(Diagnosis, AnotherRootTakesThePlaceOfTheSettingsOne) {
-  Server server;
-  server.Healthy().Settings("DotnetRootFolder=/nothing/there\n");
+  Installation installation;
+  installation.Healthy().Settings("DotnetRootFolder=/nothing/there\n");
   Question question = Installed();
 
   EXPECT_EQ(Diagnose(question).verdict.outcome, Outcome::kStatus255);
@@ -71,8 +71,8 @@ TEST(Diagnosis, AnotherRootTakesThePlaceOfTheSettingsOne) {
 }
 
 TEST(Diagnosis, AMistakeInTheSettingsIsTheCauseOnlyWhereTheirRootIsAskedAbout) {
-  Server server;
-  server.Healthy().Settings("DotnetRootFolder=/opt/morvath/dotnet \n");
+  Installation installation;
+  installation.Healthy().Settings("DotnetRootFolder=/opt/morvath/dotnet \n");
   Question question = Installed();
 
   EXPECT_EQ(Diagnose(question).verdict.cause.finding, Finding::kBlankAtEnd);
@@ -81,8 +81,8 @@ TEST(Diagnosis, AMistakeInTheSettingsIsTheCauseOnlyWhereTheirRootIsAskedAbout) {
 }
 
 TEST(Diagnosis, OtherSettingsTakeThePlaceOfTheInstalledOnes) {
-  Server server;
-  server.Healthy();
+  Installation installation;
+  installation.Healthy();
   const tests::TempFolder folder;
   tests::WriteFile(folder / "settings.ini", "DotnetRootFolder=/nothing/there\n");
   Question question = Installed();
@@ -92,8 +92,8 @@ TEST(Diagnosis, OtherSettingsTakeThePlaceOfTheInstalledOnes) {
 }
 
 TEST(Diagnosis, NoContextIsCreatedWhereALaunchDoesNotComeThatFar) {
-  Server server;
-  server.Healthy().OddHost("6.0.99", "comes_Exit");
+  Installation installation;
+  installation.Healthy().OddHost("6.0.99", "comes_Exit");
 
   const Diagnosis diagnosis = Diagnose(Installed());
 
@@ -103,8 +103,8 @@ TEST(Diagnosis, NoContextIsCreatedWhereALaunchDoesNotComeThatFar) {
 }
 
 TEST(Diagnosis, WithoutProbingNothingIsLoaded) {
-  Server server;
-  server.Healthy().OddHost("6.0.99", "comes_Exit");
+  Installation installation;
+  installation.Healthy().OddHost("6.0.99", "comes_Exit");
   const tests::StandInHost host;
   const tests::ScopedEnvironment environment(host.Environment());
   Question question = Installed();
@@ -119,8 +119,8 @@ TEST(Diagnosis, WithoutProbingNothingIsLoaded) {
 }
 
 TEST(Diagnosis, ALibraryThatHangsIsAFindingAtTheLimit) {
-  Server server;
-  server.Healthy().OddHost("6.0.99", "comes_Hang");
+  Installation installation;
+  installation.Healthy().OddHost("6.0.99", "comes_Hang");
   Question question = Installed();
   question.limit = 200ms;
 
@@ -131,7 +131,7 @@ TEST(Diagnosis, ALibraryThatHangsIsAFindingAtTheLimit) {
 }
 
 TEST(Diagnosis, ThereIsOneOfNothingAtAll) {
-  const Server server;
+  const Installation installation;
 
   const Diagnosis diagnosis = Diagnose(Installed());
 

@@ -8,7 +8,7 @@
 #include "doctor/examine/runtime_report.h"
 #include "doctor/judge/near_misses.h"
 #include "doctor/judge/text.h"
-#include "tests/doctor/server.h"
+#include "tests/doctor/installation.h"
 #include "tests/support/runtime_tree.h"
 #include "tests/support/without_reading_everything.h"
 

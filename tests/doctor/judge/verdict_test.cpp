@@ -9,8 +9,8 @@ namespace doctor {
 namespace {
 
 // What a launch that runs the application depends on; a test spoils one thing.
-struct World {
-  World() {
+struct SoundEvidence {
+  SoundEvidence() {
     settings.path = "/settings/not/there";
     settings.root = u"/root";
     runtime.root = u"/root";
@@ -44,130 +44,130 @@ constexpr std::int32_t kFrameworkMissing = static_cast<std::int32_t>(0x80008096)
 struct Row {
   Outcome outcome;
   const char* line;
-  void (*spoil)(World& world);
+  void (*spoil)(SoundEvidence& world);
 };
 
 const Row kRows[] = {
-    {Outcome::kRuns, "A launch would run the application.", [](World&) {}},
+    {Outcome::kRuns, "A launch would run the application.", [](SoundEvidence&) {}},
     {Outcome::kRuns, "The host accepts the application; starting the runtime was not tried.",
-     [](World& world) { world.start.probe.was_tried = false; }},
+     [](SoundEvidence& world) { world.start.probe.was_tried = false; }},
     {Outcome::kNotStarted,
      "A launch would end with status 0 without running the application: the runtime does not start (0x80008089).",
-     [](World& world) { world.start.probe.result = static_cast<std::int32_t>(0x80008089); }},
+     [](SoundEvidence& world) { world.start.probe.result = static_cast<std::int32_t>(0x80008089); }},
     {Outcome::kDies, "A launch would die of SIGSEGV: the runtime does not start (SIGSEGV).",
-     [](World& world) {
+     [](SoundEvidence& world) {
        world.start.probe.child = {ChildEnd::kCrashed, SIGSEGV};
      }},
     {Outcome::kDies, "A launch would die of SIGABRT: app.dll is missing.",
-     [](World& world) {
+     [](SoundEvidence& world) {
        world.start.broken = {{"/app.dll", Need::kMain, true, false, true, "missing"}};
      }},
     {Outcome::kDies, "A launch would die of SIGBUS: libclrjit.so is broken: cut short.",
-     [](World& world) {
+     [](SoundEvidence& world) {
        world.start.broken = {{"/net/libclrjit.so", Need::kStart, true, true, false, "cut short"}};
      }},
     {Outcome::kRuns, "Nothing was loaded: the files look sound; starting the runtime was not tried.",
-     [](World& world) { world.application.context.reset(); }},
+     [](SoundEvidence& world) { world.application.context.reset(); }},
     {Outcome::kRuns, "A launch would run the application, with the older runtime 6.0.36.",
-     [](World& world) {
+     [](SoundEvidence& world) {
        world.runtime.versions.insert(world.runtime.versions.begin(),
                                      {"6.0.40", u"/root/host/fxr/6.0.40/libhostfxr.so", true});
        world.runtime.decisive = 1;
      }},
     {Outcome::kAborts, "A launch would abort: the settings file is missing.",
-     [](World& world) {
+     [](SoundEvidence& world) {
        world.settings.end = SettingsEnd::kUnreadable;
        world.settings.failure = "cannot open";
      }},
     {Outcome::kAborts, "A launch would abort: the settings file cannot be read.",
-     [](World& world) {
+     [](SoundEvidence& world) {
        world.settings.path = "/";
        world.settings.end = SettingsEnd::kUnreadable;
        world.settings.failure = "cannot open";
      }},
     {Outcome::kHangs, "A launch would wait for ever: the settings file is a pipe.",
-     [](World& world) { world.settings.end = SettingsEnd::kNeverEnds; }},
+     [](SoundEvidence& world) { world.settings.end = SettingsEnd::kNeverEnds; }},
     {Outcome::kAborts, "A launch would abort: line 7 of the settings is not UTF-8.",
-     [](World& world) {
+     [](SoundEvidence& world) {
        world.settings.end = SettingsEnd::kMalformed;
        world.settings.failure = "std::bad_cast";
        world.settings.entries.push_back({7, "k", "\xff", LineUse::kMalformed});
      }},
     {Outcome::kStatus255, "A launch would end with status 255: the settings do not name a runtime root.",
-     [](World& world) { world.settings.end = SettingsEnd::kNoRoot; }},
+     [](SoundEvidence& world) { world.settings.end = SettingsEnd::kNoRoot; }},
     {Outcome::kAborts, "A launch would abort: the folder of the executable cannot be determined.",
-     [](World& world) {
+     [](SoundEvidence& world) {
        world.settings.end = SettingsEnd::kNoProductFolder;
        world.settings.folder_failure = "no folder\nand more";
      }},
     {Outcome::kStatus255, "A launch would end with status 255: the runtime root /root-not-there is not there.",
-     [](World& world) {
+     [](SoundEvidence& world) {
        world.runtime.root = u"/root-not-there";
        world.runtime.discovery.state = netloader::FxrFolderState::kNoStatus;
      }},
     {Outcome::kStatus255, "A launch would end with status 255: no .NET runtime is installed under /.",
-     [](World& world) {
+     [](SoundEvidence& world) {
        world.runtime.root = u"/";
        world.runtime.discovery.state = netloader::FxrFolderState::kNoStatus;
      }},
     {Outcome::kStatus255, "A launch would end with status 255: /root/host/fxr is a symbolic link.",
-     [](World& world) { world.runtime.discovery.state = netloader::FxrFolderState::kIsLink; }},
+     [](SoundEvidence& world) { world.runtime.discovery.state = netloader::FxrFolderState::kIsLink; }},
     {Outcome::kStatus255, "A launch would end with status 255: /root/host/fxr is not a folder.",
-     [](World& world) { world.runtime.discovery.state = netloader::FxrFolderState::kNotAFolder; }},
+     [](SoundEvidence& world) { world.runtime.discovery.state = netloader::FxrFolderState::kNotAFolder; }},
     {Outcome::kStatus255, "A launch would end with status 255: /root/host/fxr cannot be searched.",
-     [](World& world) { world.runtime.discovery.state = netloader::FxrFolderState::kUnreadable; }},
+     [](SoundEvidence& world) { world.runtime.discovery.state = netloader::FxrFolderState::kUnreadable; }},
     {Outcome::kAborts, "A launch would abort: the name of a version folder is not valid text.",
-     [](World& world) { world.runtime.failure = "std::bad_cast"; }},
+     [](SoundEvidence& world) { world.runtime.failure = "std::bad_cast"; }},
     {Outcome::kStatus255, "A launch would end with status 255: no .NET 6.0 runtime is installed under /root.",
-     [](World& world) {
+     [](SoundEvidence& world) {
        world.runtime.decisive.reset();
        world.Version().is_candidate = false;
      }},
     {Outcome::kStatus255, "A launch would end with status 255: the only .NET 6.0 runtime, 6.0.36, cannot be loaded.",
-     [](World& world) { world.runtime.decisive.reset(); }},
+     [](SoundEvidence& world) { world.runtime.decisive.reset(); }},
     {Outcome::kStatus255, "A launch would end with status 255: none of the 2 .NET 6.0 runtimes can be loaded.",
-     [](World& world) {
+     [](SoundEvidence& world) {
        world.runtime.versions.push_back(world.Version());
        world.runtime.decisive.reset();
      }},
     {Outcome::kDies, "A launch would die of SIGBUS: /root/host/fxr/6.0.36/libhostfxr.so crashes while it is loaded.",
-     [](World& world) {
+     [](SoundEvidence& world) {
        world.IsFatal({ChildEnd::kCrashed, SIGBUS});
      }},
     {Outcome::kExits,
      "A launch would end with status 17: /root/host/fxr/6.0.36/libhostfxr.so ends the process while it is loaded.",
-     [](World& world) {
+     [](SoundEvidence& world) {
        world.IsFatal({ChildEnd::kExited, 17});
      }},
     {Outcome::kNotKnown, "Not known: loading /root/host/fxr/6.0.36/libhostfxr.so did not finish within the time limit.",
-     [](World& world) { world.IsFatal({ChildEnd::kTimedOut}); }},
+     [](SoundEvidence& world) { world.IsFatal({ChildEnd::kTimedOut}); }},
     {Outcome::kAborts,
      "A launch would abort: /root/host/fxr/6.0.36/libhostfxr.so throws an exception while it is loaded.",
-     [](World& world) {
+     [](SoundEvidence& world) {
        world.IsFatal({ChildEnd::kThrew, 0, {}, "its words"});
      }},
     {Outcome::kAborts,
      "A launch would abort: /root/host/fxr/6.0.36/libhostfxr.so throws an exception while it is loaded.",
-     [](World& world) { world.IsFatal({ChildEnd::kThrewUnknown}); }},
+     [](SoundEvidence& world) { world.IsFatal({ChildEnd::kThrewUnknown}); }},
     {Outcome::kStatus255, "A launch would end with status 255: the host refuses the application.",
-     [](World& world) { world.application.context->result = kFrameworkMissing; }},
+     [](SoundEvidence& world) { world.application.context->result = kFrameworkMissing; }},
     {Outcome::kStatus255, "A launch would end with status 255: the host refuses the application.",
-     [](World& world) { world.application.context->result = 1; }},
+     [](SoundEvidence& world) { world.application.context->result = 1; }},
     {Outcome::kStatus255,
      "A launch would end with status 255: the host accepts the application and gives nothing to run it with.",
-     [](World& world) { world.application.context->has_handle = false; }},
+     [](SoundEvidence& world) { world.application.context->has_handle = false; }},
     {Outcome::kDies, "A launch would die of SIGSEGV: the host crashes while it prepares the application.",
-     [](World& world) {
+     [](SoundEvidence& world) {
        world.application.context->child = {ChildEnd::kCrashed, SIGSEGV};
      }},
     {Outcome::kNotKnown, "Not known: the host did not prepare the application within the time limit.",
-     [](World& world) { world.application.context->child = {ChildEnd::kTimedOut}; }},
+     [](SoundEvidence& world) { world.application.context->child = {ChildEnd::kTimedOut}; }},
 };
 
 TEST(Verdict, EveryEndOfALaunchHasItsLine) {
   for (const Row& row : kRows) {
     SCOPED_TRACE(row.line);
-    World world;
+    SoundEvidence world;
     row.spoil(world);
 
     const Verdict verdict = world.Judged();
@@ -187,7 +187,7 @@ TEST(Verdict, WhatComesFirstOnTheRoadDecides) {
       continue;
     }
     SCOPED_TRACE(row.line);
-    World world;
+    SoundEvidence world;
     row.spoil(world);
     world.settings.end = SettingsEnd::kUnreadable;
     world.settings.failure = "first of all";
@@ -197,9 +197,9 @@ TEST(Verdict, WhatComesFirstOnTheRoadDecides) {
 }
 
 TEST(Verdict, ThrownWordsAreTheMessage) {
-  World words;
+  SoundEvidence words;
   words.IsFatal({ChildEnd::kThrew, 0, {}, "its words"});
-  World none;
+  SoundEvidence none;
   none.IsFatal({ChildEnd::kThrewUnknown});
 
   EXPECT_EQ(words.Judged().message, "Error occurred: its words");
@@ -207,14 +207,14 @@ TEST(Verdict, ThrownWordsAreTheMessage) {
 }
 
 TEST(Verdict, TheHostsStatusIsInTheMeaning) {
-  World world;
+  SoundEvidence world;
   world.application.context->result = kFrameworkMissing;
 
   EXPECT_EQ(world.Judged().cause.meaning, "(hostfxr: 0x80008096 FrameworkMissingFailure)");
 }
 
 TEST(Verdict, TheFirstWarningThatExplainsTheEndBecomesItsCause) {
-  World world;
+  SoundEvidence world;
   world.settings.end = SettingsEnd::kNoRoot;
   Verdict verdict = world.Judged();
   Warnings warnings = {{Finding::kTmpEmpty, "a", "no end of a launch"},
@@ -235,7 +235,7 @@ TEST(Verdict, TheFirstWarningThatExplainsTheEndBecomesItsCause) {
 }
 
 TEST(Verdict, NoWarningExplainsALaunchThatRuns) {
-  Verdict verdict = World().Judged();
+  Verdict verdict = SoundEvidence().Judged();
   Warnings warnings;
   for (const FindingText& row : kFindings) {
     warnings.push_back({row.value, "place", "text"});
@@ -248,7 +248,7 @@ TEST(Verdict, NoWarningExplainsALaunchThatRuns) {
 }
 
 TEST(Verdict, TheMessageIsTheLaunchersAndWhole) {
-  World world;
+  SoundEvidence world;
   world.settings.end = SettingsEnd::kNoProductFolder;
   world.settings.folder_failure = "one\ntwo";
 
@@ -256,12 +256,12 @@ TEST(Verdict, TheMessageIsTheLaunchersAndWhole) {
 }
 
 TEST(Verdict, NumbersAreForMachines) {
-  World runs;
+  SoundEvidence runs;
   EXPECT_EQ(runs.Judged().code, 0);
   EXPECT_EQ(runs.Judged().tried, Tried::kStart);
   runs.application.context.reset();
   EXPECT_EQ(runs.Judged().tried, Tried::kFiles);
-  World refused;
+  SoundEvidence refused;
   refused.settings.end = SettingsEnd::kNoRoot;
   EXPECT_EQ(refused.Judged().code, 255);
 }

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <system_error>
 
-#include "tests/doctor/server.h"
+#include "tests/doctor/installation.h"
 #include "tests/support/scoped_environment.h"
 #include "tests/support/settings_file.h"
 #include "tests/support/temp_folder.h"
@@ -14,7 +14,7 @@ namespace doctor {
 namespace {
 
 using namespace std::chrono_literals;
-using tests::Server;
+using tests::Installation;
 using tests::TempFolder;
 
 constexpr auto kLong = 60s;
@@ -25,8 +25,8 @@ bool Holds(const std::filesystem::path& file, std::string_view words) {
 }
 
 TEST(LoaderLog, IsTheLaunchersOwnUpToTheContextAndRunsNothing) {
-  Server server;
-  server.Healthy();
+  Installation installation;
+  installation.Healthy();
   const tests::StandInHost host;
   const tests::ScopedEnvironment environment(host.Environment());
   const TempFolder folder;
@@ -40,7 +40,7 @@ TEST(LoaderLog, IsTheLaunchersOwnUpToTheContextAndRunsNothing) {
 }
 
 TEST(LoaderLog, ItsNameEndsInLogAndItsPathIsWhole) {
-  const Server server;
+  const Installation installation;
   const TempFolder folder;
   const auto relative = std::filesystem::relative(folder.Path());
 
@@ -51,8 +51,8 @@ TEST(LoaderLog, ItsNameEndsInLogAndItsPathIsWhole) {
 }
 
 TEST(LoaderLog, AnotherRootTakesThePlaceOfTheSettings) {
-  Server server;
-  server.Healthy().Settings("DotnetRootFolder=/nothing/there\n");
+  Installation installation;
+  installation.Healthy().Settings("DotnetRootFolder=/nothing/there\n");
   const TempFolder folder;
 
   const std::string other = WriteLoaderLog(folder / "other", {kInstalled.settings_path, u"/opt/morvath/dotnet"}, kLong);
@@ -65,8 +65,8 @@ TEST(LoaderLog, AnotherRootTakesThePlaceOfTheSettings) {
 }
 
 TEST(LoaderLog, IsOfTheSettingsThatAreAskedAbout) {
-  Server server;
-  server.Healthy().Settings("DotnetRootFolder=/nothing/there\n");
+  Installation installation;
+  installation.Healthy().Settings("DotnetRootFolder=/nothing/there\n");
   const TempFolder folder;
   tests::WriteFile(folder / "other.ini", "Other=1\nDotnetRootFolder=" + std::string(tests::kRoot) + "\n");
 
@@ -78,7 +78,7 @@ TEST(LoaderLog, IsOfTheSettingsThatAreAskedAbout) {
 }
 
 TEST(LoaderLog, EndsWhereTheSettingsEndALaunch) {
-  const Server server;
+  const Installation installation;
   const TempFolder folder;
 
   const std::string path = WriteLoaderLog(folder / "walk", {"/nothing/there"}, kLong);
@@ -88,8 +88,8 @@ TEST(LoaderLog, EndsWhereTheSettingsEndALaunch) {
 }
 
 TEST(LoaderLog, TheHostFindsTheEnvironmentOfALaunch) {
-  Server server;
-  server.Healthy();
+  Installation installation;
+  installation.Healthy();
   const tests::StandInHost host;
   tests::ScopedEnvironment environment(host.Environment());
   environment.Set("DOTNET_MULTILEVEL_LOOKUP", "1").Set("DOTNET_STARTUP_HOOKS", "/x").Set("COMPlus_GCName", "x");
@@ -110,8 +110,8 @@ TEST(LoaderLog, TheHostFindsTheEnvironmentOfALaunch) {
 }
 
 TEST(LoaderLog, EndsWhereALibraryEndsTheProcess) {
-  Server server;
-  server.Healthy().OddHost("6.0.99", "comes_Exit");
+  Installation installation;
+  installation.Healthy().OddHost("6.0.99", "comes_Exit");
   const TempFolder folder;
 
   const std::string path = WriteLoaderLog(folder / "walk", kInstalled, kLong);
@@ -120,7 +120,7 @@ TEST(LoaderLog, EndsWhereALibraryEndsTheProcess) {
 }
 
 TEST(LoaderLog, OneThatCannotBeWrittenIsAFailure) {
-  const Server server;
+  const Installation installation;
 
   EXPECT_THROW(WriteLoaderLog("/proc/nothing/walk.log", kInstalled, kLong), std::system_error);
 }

@@ -1,4 +1,4 @@
-#include "tests/doctor/server.h"
+#include "tests/doctor/installation.h"
 
 #include <elf.h>
 
@@ -44,28 +44,28 @@ std::string Library(Elf64_Half machine) {
 
 }  // namespace
 
-Server::Server() {
+Installation::Installation() {
   EmptyAll();
 }
 
-Server::~Server() {
+Installation::~Installation() {
   EmptyAll();
 }
 
-Server& Server::Healthy() {
+Installation& Installation::Healthy() {
   return Settings("DotnetRootFolder=" + std::string(kRoot) + "\n").Application().Framework("6.0.36").Host("6.0.36");
 }
 
-Server& Server::Settings(std::string_view bytes) {
+Installation& Installation::Settings(std::string_view bytes) {
   WriteFile(kSettingsPath, bytes);
   return *this;
 }
 
-Server& Server::NoSettings() {
+Installation& Installation::NoSettings() {
   return Remove(kSettingsPath);
 }
 
-Server& Server::Application() {
+Installation& Installation::Application() {
   const std::string stem(kApplication);
   WriteFile(stem + ".dll", "no real assembly");
   WriteFile(stem + ".runtimeconfig.json",
@@ -74,34 +74,34 @@ Server& Server::Application() {
   return *this;
 }
 
-Server& Server::Framework(std::string_view version) {
+Installation& Installation::Framework(std::string_view version) {
   fs::create_directories(fs::path(kRoot) / "shared/Microsoft.NETCore.App" / version);
   return *this;
 }
 
-Server& Server::Host(std::string_view version, HostVariant variant) {
+Installation& Installation::Host(std::string_view version, HostVariant variant) {
   fs::create_directories(HostFile(version).parent_path());
   fs::copy_file(HostLibrary(variant), HostFile(version), fs::copy_options::overwrite_existing);
   return *this;
 }
 
-Server& Server::OddHost(std::string_view version, std::string_view variant) {
+Installation& Installation::OddHost(std::string_view version, std::string_view variant) {
   fs::create_directories(HostFile(version).parent_path());
   fs::copy_file(tests::OddHost(variant), HostFile(version), fs::copy_options::overwrite_existing);
   return *this;
 }
 
-Server& Server::HostOfBytes(std::string_view version, std::string_view bytes) {
+Installation& Installation::HostOfBytes(std::string_view version, std::string_view bytes) {
   WriteFile(HostFile(version), bytes);
   return *this;
 }
 
-Server& Server::Remove(const fs::path& path) {
+Installation& Installation::Remove(const fs::path& path) {
   fs::remove_all(path);
   return *this;
 }
 
-fs::path Server::HostFile(std::string_view version) {
+fs::path Installation::HostFile(std::string_view version) {
   return fs::path(kFxrFolder) / version / "libhostfxr.so";
 }
 

@@ -1,4 +1,4 @@
-// A server with the product and a runtime, all at fixed paths. For sandbox tests only.
+// The product installed beside a runtime, all at fixed paths. For sandbox tests only.
 #pragma once
 
 #include <filesystem>
@@ -18,24 +18,24 @@ inline constexpr std::string_view kApplication = "/opt/morvath/quor/lib64/grelli
 
 /// What lies in the product's folders while it lives; empties them when destroyed. Every function replaces what is
 /// there and throws when it cannot.
-class Server {
+class Installation {
  public:
   /// Nothing at all.
-  Server();
-  ~Server();
-  Server(const Server&) = delete;
-  Server& operator=(const Server&) = delete;
+  Installation();
+  ~Installation();
+  Installation(const Installation&) = delete;
+  Installation& operator=(const Installation&) = delete;
 
   /// Settings, a runtime 6.0.36 with its framework, and the application: a launch would run.
-  Server& Healthy();
-  Server& Settings(std::string_view bytes);
-  Server& NoSettings();
-  Server& Application();
-  Server& Framework(std::string_view version);
-  Server& Host(std::string_view version, HostVariant variant = HostVariant::kWhole);
-  Server& OddHost(std::string_view version, std::string_view variant);
-  Server& HostOfBytes(std::string_view version, std::string_view bytes);
-  Server& Remove(const std::filesystem::path& path);
+  Installation& Healthy();
+  Installation& Settings(std::string_view bytes);
+  Installation& NoSettings();
+  Installation& Application();
+  Installation& Framework(std::string_view version);
+  Installation& Host(std::string_view version, HostVariant variant = HostVariant::kWhole);
+  Installation& OddHost(std::string_view version, std::string_view variant);
+  Installation& HostOfBytes(std::string_view version, std::string_view bytes);
+  Installation& Remove(const std::filesystem::path& path);
 
   [[nodiscard]] static std::filesystem::path HostFile(std::string_view version);
 };
