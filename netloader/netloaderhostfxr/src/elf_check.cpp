@@ -69,6 +69,9 @@ std::optional<ProgramHeaders> ReadProgramHeaders(const FileDescriptor& file, con
   const Elf64_Ehdr header = front.Header();
   ProgramHeaders headers(header.e_phnum);
   const std::size_t size = headers.size() * sizeof(Elf64_Phdr);
+  if (size == 0) {
+    return headers;  // There may be no memory for none, and memcpy takes no null.
+  }
   if (header.e_phoff + size <= front.length) {
     std::memcpy(headers.data(), front.bytes.data() + header.e_phoff, size);
     return headers;

@@ -15,8 +15,8 @@ namespace {
 namespace fs = std::filesystem;
 
 // A framework and an application whose files are all sound; a test spoils one of them.
-struct World {
-  World() {
+struct BrokenFramework {
+  BrokenFramework() {
     for (const char* assembly : {"app.dll", "System.Private.CoreLib.dll", "System.Runtime.dll", "System.Linq.dll"}) {
       tests::WriteFile(folder / assembly, tests::AssemblyImage().bytes);
       assemblies.append(folder / assembly).append(":");
@@ -35,7 +35,7 @@ struct World {
 };
 
 TEST(StartReport, OfSoundFilesNoneIsBroken) {
-  const StartReport report = World().Examined();
+  const StartReport report = BrokenFramework().Examined();
 
   EXPECT_TRUE(report.probe.HasStarted());
   EXPECT_TRUE(report.broken.empty());
@@ -59,7 +59,7 @@ TEST(StartReport, EveryFileIsReadAndKnownForWhatNeedsIt) {
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
-    const World world;
+    const BrokenFramework world;
     tests::WriteFile(world.folder / row.name, "hello");
 
     const StartReport report = world.Examined();
@@ -74,7 +74,7 @@ TEST(StartReport, EveryFileIsReadAndKnownForWhatNeedsIt) {
 
 TEST(StartReport, AMissingFileIsBroken) {
   for (const char* name : {"app.dll", "System.Linq.dll", "libclrjit.so"}) {
-    const World world;
+    const BrokenFramework world;
     fs::remove(world.folder / name);
 
     const StartReport report = world.Examined();
@@ -86,7 +86,7 @@ TEST(StartReport, AMissingFileIsBroken) {
 }
 
 TEST(StartReport, WhatIsNeededFirstComesFirst) {
-  const World world;
+  const BrokenFramework world;
   for (const char* name : {"app.dll", "System.Linq.dll", "libclrjit.so"}) {
     tests::WriteFile(world.folder / name, "hello");
   }
