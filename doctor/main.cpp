@@ -10,7 +10,7 @@
 #include <variant>
 
 #include "doctor/judge/diagnosis.h"
-#include "doctor/judge/text.h"
+#include "doctor/judge/words/text.h"
 #include "doctor/options.h"
 #include "doctor/report/json_report.h"
 #include "doctor/report/loader_log.h"

@@ -3,8 +3,8 @@
 #include <iterator>
 #include <system_error>
 
-#include "doctor/judge/near_misses.h"
-#include "doctor/judge/text.h"
+#include "doctor/judge/near_misses/near_misses.h"
+#include "doctor/judge/words/text.h"
 #include "launcher/product/product.h"
 #include "netloader/netloaderhostfxr/src/assembly_path.h"
 

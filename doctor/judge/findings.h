@@ -1,8 +1,8 @@
 // What ends a launch and what looks like a mistake: one row for each, which reports, JSON and documents share.
 #pragma once
 
-#include "doctor/judge/named.h"
 #include "doctor/judge/stop.h"
+#include "doctor/judge/words/named.h"
 
 namespace doctor {
 

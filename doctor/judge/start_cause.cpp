@@ -5,10 +5,10 @@
 #include <filesystem>
 
 #include "doctor/child/signal_name.h"
-#include "doctor/judge/checks.h"
 #include "doctor/judge/findings.h"
-#include "doctor/judge/status_names.h"
-#include "doctor/judge/text.h"
+#include "doctor/judge/near_misses/checks.h"
+#include "doctor/judge/words/status_names.h"
+#include "doctor/judge/words/text.h"
 
 namespace doctor {
 namespace {

@@ -7,12 +7,12 @@
 #include <optional>
 
 #include "doctor/child/signal_name.h"
-#include "doctor/judge/access.h"
-#include "doctor/judge/checks.h"
+#include "doctor/judge/near_misses/access.h"
+#include "doctor/judge/near_misses/checks.h"
 #include "doctor/judge/start_cause.h"
-#include "doctor/judge/status_names.h"
-#include "doctor/judge/text.h"
-#include "doctor/judge/version_reasons.h"
+#include "doctor/judge/words/status_names.h"
+#include "doctor/judge/words/text.h"
+#include "doctor/judge/words/version_reasons.h"
 #include "foundation/result_code.h"
 #include "launcher/product/last_words.h"
 #include "netloader/netloaderhostfxr/src/loadermodule.h"

@@ -3,11 +3,11 @@
 #include <nlohmann/json.hpp>
 
 #include "doctor/child/signal_name.h"
-#include "doctor/judge/file_detail.h"
-#include "doctor/judge/names.h"
-#include "doctor/judge/status_names.h"
-#include "doctor/judge/text.h"
-#include "doctor/judge/version_reasons.h"
+#include "doctor/judge/words/file_detail.h"
+#include "doctor/judge/words/names.h"
+#include "doctor/judge/words/status_names.h"
+#include "doctor/judge/words/text.h"
+#include "doctor/judge/words/version_reasons.h"
 #include "doctor/version.h"
 
 namespace doctor {

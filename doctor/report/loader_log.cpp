@@ -5,7 +5,7 @@
 #include <system_error>
 
 #include "doctor/child/child.h"
-#include "doctor/judge/text.h"
+#include "doctor/judge/words/text.h"
 #include "launcher/product/product.h"
 #include "netloader/logger/global_logger.h"
 #include "netloader/netloaderquorcommon/src/dotnet_settings.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "doctor/judge/text.h"
+#include "doctor/judge/words/text.h"
 
 namespace doctor {
 namespace {

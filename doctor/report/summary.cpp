@@ -3,7 +3,7 @@
 #include <array>
 #include <filesystem>
 
-#include "doctor/judge/text.h"
+#include "doctor/judge/words/text.h"
 
 namespace doctor {
 namespace {

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
-#include "doctor/judge/file_detail.h"
-#include "doctor/judge/message.h"
-#include "doctor/judge/names.h"
-#include "doctor/judge/status_names.h"
-#include "doctor/judge/text.h"
-#include "doctor/judge/version_reasons.h"
+#include "doctor/judge/words/file_detail.h"
+#include "doctor/judge/words/message.h"
+#include "doctor/judge/words/names.h"
+#include "doctor/judge/words/status_names.h"
+#include "doctor/judge/words/text.h"
+#include "doctor/judge/words/version_reasons.h"
 #include "doctor/report/opening.h"
 #include "doctor/report/page.h"
 #include "doctor/report/summary.h"

@@ -6,8 +6,8 @@
 #include <set>
 #include <sstream>
 
-#include "doctor/judge/names.h"
-#include "doctor/judge/version_reasons.h"
+#include "doctor/judge/words/names.h"
+#include "doctor/judge/words/version_reasons.h"
 #include "doctor/report/json_report.h"
 #include "tests/support/temp_folder.h"
 

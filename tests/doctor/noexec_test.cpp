@@ -4,7 +4,7 @@
 #include <filesystem>
 
 #include "doctor/examine/runtime_report.h"
-#include "doctor/judge/near_misses.h"
+#include "doctor/judge/near_misses/near_misses.h"
 #include "tests/doctor/installation.h"
 
 namespace doctor {

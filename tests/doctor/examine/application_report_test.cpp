@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "doctor/judge/names.h"
-#include "doctor/judge/near_misses.h"
+#include "doctor/judge/near_misses/near_misses.h"
+#include "doctor/judge/words/names.h"
 #include "tests/doctor/installation.h"
 #include "tests/support/temp_folder.h"
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "doctor/judge/near_misses.h"
+#include "doctor/judge/near_misses/near_misses.h"
 #include "tests/support/scoped_environment.h"
 
 namespace doctor {

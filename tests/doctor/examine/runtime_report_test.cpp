@@ -5,9 +5,9 @@
 #include <csignal>
 #include <system_error>
 
-#include "doctor/judge/names.h"
-#include "doctor/judge/text.h"
-#include "doctor/judge/version_reasons.h"
+#include "doctor/judge/words/names.h"
+#include "doctor/judge/words/text.h"
+#include "doctor/judge/words/version_reasons.h"
 #include "tests/doctor/installation.h"
 #include "tests/support/runtime_tree.h"
 

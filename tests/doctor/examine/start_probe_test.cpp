@@ -6,7 +6,7 @@
 #include <csignal>
 #include <filesystem>
 
-#include "doctor/judge/text.h"
+#include "doctor/judge/words/text.h"
 #include "tests/support/scoped_environment.h"
 #include "tests/support/stand_in_host.h"
 

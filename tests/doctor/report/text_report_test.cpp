@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-#include "doctor/judge/text.h"
+#include "doctor/judge/words/text.h"
 #include "doctor/report/page.h"
 
 namespace doctor {

@@ -1,9 +1,9 @@
 #include <filesystem>
 #include <string_view>
 
-#include "doctor/judge/access.h"
-#include "doctor/judge/near_misses.h"
-#include "doctor/judge/text.h"
+#include "doctor/judge/near_misses/access.h"
+#include "doctor/judge/near_misses/near_misses.h"
+#include "doctor/judge/words/text.h"
 
 namespace doctor {
 namespace {

@@ -1,6 +1,6 @@
-#include "doctor/judge/checks.h"
+#include "doctor/judge/near_misses/checks.h"
 
-#include "doctor/judge/text.h"
+#include "doctor/judge/words/text.h"
 
 namespace doctor {
 

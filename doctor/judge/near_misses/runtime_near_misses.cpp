@@ -8,10 +8,10 @@
 #include <set>
 #include <string_view>
 
-#include "doctor/judge/access.h"
-#include "doctor/judge/checks.h"
-#include "doctor/judge/near_misses.h"
-#include "doctor/judge/text.h"
+#include "doctor/judge/near_misses/access.h"
+#include "doctor/judge/near_misses/checks.h"
+#include "doctor/judge/near_misses/near_misses.h"
+#include "doctor/judge/words/text.h"
 #include "netloader/utils/path_utils.h"
 
 namespace doctor {

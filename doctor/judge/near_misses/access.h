@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "doctor/judge/checks.h"
+#include "doctor/judge/near_misses/checks.h"
 
 namespace doctor {
 

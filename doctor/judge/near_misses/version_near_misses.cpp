@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "doctor/judge/checks.h"
-#include "doctor/judge/near_misses.h"
-#include "doctor/judge/text.h"
+#include "doctor/judge/near_misses/checks.h"
+#include "doctor/judge/near_misses/near_misses.h"
+#include "doctor/judge/words/text.h"
 #include "netloader/netloaderhostfxr/src/version_order.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 

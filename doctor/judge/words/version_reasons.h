@@ -4,7 +4,7 @@
 #include <string>
 
 #include "doctor/examine/runtime_report.h"
-#include "doctor/judge/named.h"
+#include "doctor/judge/words/named.h"
 
 namespace doctor {
 

@@ -1,7 +1,7 @@
 #include <cstdlib>
 
-#include "doctor/judge/checks.h"
-#include "doctor/judge/near_misses.h"
+#include "doctor/judge/near_misses/checks.h"
+#include "doctor/judge/near_misses/near_misses.h"
 
 namespace doctor {
 namespace {

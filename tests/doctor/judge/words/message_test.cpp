@@ -1,4 +1,4 @@
-#include "doctor/judge/message.h"
+#include "doctor/judge/words/message.h"
 
 #include <gtest/gtest.h>
 

@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "doctor/judge/message.h"
 #include "doctor/judge/warning.h"
+#include "doctor/judge/words/message.h"
 
 namespace doctor {
 

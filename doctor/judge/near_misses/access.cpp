@@ -1,4 +1,4 @@
-#include "doctor/judge/access.h"
+#include "doctor/judge/near_misses/access.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

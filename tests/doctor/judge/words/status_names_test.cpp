@@ -1,4 +1,4 @@
-#include "doctor/judge/status_names.h"
+#include "doctor/judge/words/status_names.h"
 
 #include <gtest/gtest.h>
 

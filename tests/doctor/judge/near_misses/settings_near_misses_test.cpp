@@ -4,7 +4,7 @@
 #include <filesystem>
 
 #include "doctor/examine/settings_report.h"
-#include "doctor/judge/near_misses.h"
+#include "doctor/judge/near_misses/near_misses.h"
 #include "tests/support/temp_folder.h"
 
 namespace doctor {

@@ -6,7 +6,7 @@
 #include "doctor/examine/runtime_report.h"
 #include "doctor/examine/settings_report.h"
 #include "doctor/examine/start_report.h"
-#include "doctor/judge/named.h"
+#include "doctor/judge/words/named.h"
 
 namespace doctor {
 

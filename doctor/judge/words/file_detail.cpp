@@ -1,4 +1,4 @@
-#include "doctor/judge/file_detail.h"
+#include "doctor/judge/words/file_detail.h"
 
 #include <cstring>
 

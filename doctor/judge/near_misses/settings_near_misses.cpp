@@ -2,10 +2,10 @@
 #include <iterator>
 #include <string_view>
 
-#include "doctor/judge/checks.h"
-#include "doctor/judge/near_misses.h"
-#include "doctor/judge/settings_line.h"
-#include "doctor/judge/text.h"
+#include "doctor/judge/near_misses/checks.h"
+#include "doctor/judge/near_misses/near_misses.h"
+#include "doctor/judge/near_misses/settings_line.h"
+#include "doctor/judge/words/text.h"
 #include "netloader/netloaderquorcommon/src/settings_keys.h"
 
 namespace doctor {

@@ -1,8 +1,8 @@
 #include <vector>
 
-#include "doctor/judge/checks.h"
-#include "doctor/judge/near_misses.h"
-#include "doctor/judge/text.h"
+#include "doctor/judge/near_misses/checks.h"
+#include "doctor/judge/near_misses/near_misses.h"
+#include "doctor/judge/words/text.h"
 
 namespace doctor {
 namespace {

@@ -1,4 +1,4 @@
-#include "doctor/judge/settings_line.h"
+#include "doctor/judge/near_misses/settings_line.h"
 
 #include <algorithm>
 #include <array>
@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "doctor/judge/text.h"
+#include "doctor/judge/words/text.h"
 #include "netloader/netloaderquorcommon/src/settings_keys.h"
 
 namespace doctor {

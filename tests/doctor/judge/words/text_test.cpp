@@ -1,4 +1,4 @@
-#include "doctor/judge/text.h"
+#include "doctor/judge/words/text.h"
 
 #include <gtest/gtest.h>
 

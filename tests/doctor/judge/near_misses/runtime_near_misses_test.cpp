@@ -6,8 +6,8 @@
 #include <filesystem>
 
 #include "doctor/examine/runtime_report.h"
-#include "doctor/judge/near_misses.h"
-#include "doctor/judge/text.h"
+#include "doctor/judge/near_misses/near_misses.h"
+#include "doctor/judge/words/text.h"
 #include "tests/doctor/installation.h"
 #include "tests/support/runtime_tree.h"
 #include "tests/support/without_reading_everything.h"

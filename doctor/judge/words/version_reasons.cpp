@@ -1,8 +1,8 @@
-#include "doctor/judge/version_reasons.h"
+#include "doctor/judge/words/version_reasons.h"
 
 #include "doctor/child/signal_name.h"
-#include "doctor/judge/message.h"
-#include "doctor/judge/text.h"
+#include "doctor/judge/words/message.h"
+#include "doctor/judge/words/text.h"
 #include "foundation/result_code.h"
 #include "netloader/netloaderhostfxr/src/version_discovery.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
