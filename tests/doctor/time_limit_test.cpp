@@ -10,7 +10,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(TimeLimit, ALibraryThatHangsWhileItIsLoadedIsAFindingAfterTenSeconds) {
+TEST(TimeLimit, ALibraryThatHangsWhileItIsLoadedIsGivenUpAfterTenSeconds) {
   Installation installation;
   installation.Healthy().OddHost("6.0.40", "comes_Hang");
   const auto start = std::chrono::steady_clock::now();
@@ -18,8 +18,8 @@ TEST(TimeLimit, ALibraryThatHangsWhileItIsLoadedIsAFindingAfterTenSeconds) {
   const Outcome outcome = Doctor().Run();
 
   EXPECT_GE(std::chrono::steady_clock::now() - start, 10s);
-  EXPECT_EQ(outcome.status, 1);
-  EXPECT_TRUE(outcome.out.starts_with("A launch would hang while loading ")) << outcome;
+  EXPECT_EQ(outcome.status, 3);
+  EXPECT_TRUE(outcome.out.starts_with("Not known: loading ")) << outcome;
 }
 
 }  // namespace
