@@ -31,7 +31,7 @@ enum class FxrFolderState {
   kWalked,
   kNoStatus,    ///< Its status cannot be read: it is not there, most often.
   kIsLink,      ///< A symbolic link, even one to a folder.
-  kNotAFolder,  ///< Anything else that is no folder.
+  kNotAFolder,  ///< Anything else that is not a folder.
   kUnreadable,  ///< A folder that cannot be opened.
 };
 
@@ -60,7 +60,8 @@ class DiscoveryListener {
 };
 
 /// Walks `<root>/host/fxr`. A version is accepted when it begins with `prefix` and `library` stands directly in its
-/// folder as a regular file. A folder that cannot be entered is no version. Throws only for want of memory.
+/// folder as a regular file. A folder that cannot be entered does not count as a version. Throws only for want of
+/// memory.
 Discovery DiscoverVersions(const tov::WideString& root, const tov::WideString& prefix, const tov::WideString& library,
                            DiscoveryListener& listener);
 
