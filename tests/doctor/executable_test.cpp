@@ -29,10 +29,8 @@ bool HasColors(const std::string& text) {
   return text.find('\033') != std::string::npos;
 }
 
-// What the doctor writes to a terminal.
-std::string OnTerminal(const std::vector<std::string>& arguments, const std::vector<std::string>& environment) {
-  std::vector<std::string> command{DoctorFile()};
-  command.insert(command.end(), arguments.begin(), arguments.end());
+// What a command writes to a terminal.
+std::string OnTerminal(const std::vector<std::string>& command, const std::vector<std::string>& environment) {
   const auto pointers = [](const std::vector<std::string>& texts) {
     std::vector<char*> all;
     for (const std::string& text : texts) {
@@ -177,9 +175,23 @@ TEST(DoctorExecutable, ColoursAreForTerminalsUnlessAskedForOrRefused) {
       piped.Variable(variable.substr(0, variable.find('=')), variable.substr(variable.find('=') + 1));
     }
 
-    EXPECT_EQ(HasColors(OnTerminal(row.arguments, row.environment)), row.on_terminal);
+    std::vector<std::string> command{DoctorFile()};
+    command.insert(command.end(), row.arguments.begin(), row.arguments.end());
+    EXPECT_EQ(HasColors(OnTerminal(command, row.environment)), row.on_terminal);
     EXPECT_EQ(HasColors(piped.Run().out), row.in_pipe);
   }
+}
+
+TEST(DoctorExecutable, AFileGetsNoColoursThoughInputAndErrorsAreATerminal) {
+  Installation installation;
+  installation.Healthy();
+  const TempFolder folder;
+  const std::string report = folder.Path() / "report";
+
+  static_cast<void>(OnTerminal({"/bin/sh", "-c", "exec \"$0\" >\"$1\"", DoctorFile(), report}, {}));
+
+  EXPECT_NE(ReadFile(report).find("6.0.36"), std::string::npos);
+  EXPECT_FALSE(HasColors(ReadFile(report)));
 }
 
 TEST(DoctorExecutable, JsonIsOneObject) {
@@ -254,7 +266,7 @@ TEST(DoctorExecutable, WorksWhereItsParentIgnoresTheEndOfChildren) {
   Installation installation;
   installation.Healthy().OddHost("6.0.40", "comes_Crash");
 
-  const Outcome outcome = Shell("trap '' CHLD; exec \"$0\"").Variable("ASAN_OPTIONS", "handle_segv=0").Run();
+  const Outcome outcome = Shell("exec env --ignore-signal=CHLD \"$0\"").Variable("ASAN_OPTIONS", "handle_segv=0").Run();
 
   EXPECT_TRUE(outcome.out.starts_with("A launch would die of SIGSEGV: ")) << outcome;
 }

@@ -230,6 +230,43 @@ TEST(Child, ReadsNothingAndDumpsNoCore) {
   EXPECT_EQ(RunInChild(look, kLong).answer, (Answer{"0", "0"}));
 }
 
+TEST(Child, ReadsNothingOfWhatThisProcessWouldRead) {
+  const tests::TempFolder folder;
+  tests::WriteFile(folder.Path() / "input", "somebody's input");
+  const int before = ::dup(STDIN_FILENO);
+  const int input = ::open((folder.Path() / "input").c_str(), O_RDONLY);
+  ::dup2(input, STDIN_FILENO);
+
+  const ChildResult result = RunInChild(
+      [] {
+        char byte = 0;
+        return Answer{std::to_string(::read(STDIN_FILENO, &byte, 1))};
+      },
+      kLong);
+
+  ::dup2(before, STDIN_FILENO);
+  ::close(input);
+  ::close(before);
+  EXPECT_EQ(result.answer, Answer{"0"});
+}
+
+// The open descriptors that a program keeps when it becomes another.
+Answer KeptDescriptors() {
+  Answer kept;
+  for (int descriptor = STDERR_FILENO + 1; descriptor < 256; ++descriptor) {
+    if (const int flags = ::fcntl(descriptor, F_GETFD); flags >= 0 && (flags & FD_CLOEXEC) == 0) {
+      kept.push_back(std::to_string(descriptor));
+    }
+  }
+  return kept;
+}
+
+TEST(Child, APipeIsNotPassedOnToWhatTheWorkStarts) {
+  const Answer before = KeptDescriptors();
+
+  EXPECT_EQ(RunInChild(KeptDescriptors, kLong).answer, before);
+}
+
 TEST(Child, WhatItStartedEndsWithIt) {
   const auto start = [] {
     const pid_t grandchild = ::fork();
