@@ -16,7 +16,7 @@ Answer Parse(std::vector<const char*> arguments) {
   return ParseOptions(static_cast<int>(arguments.size()), arguments.data());
 }
 
-TEST(DoctorOptions, NothingToldMeansTextOfTheInstalledProduct) {
+TEST(DoctorOptions, NothingAskedMeansTextOfTheInstalledProduct) {
   const auto answer = Parse({});
 
   const auto& options = std::get<Options>(answer);

@@ -38,7 +38,7 @@ TEST(RunAssembly, ThreeCallsAndTheLibraryComesAndGoes) {
             (Texts{"6.0.36 loaded", "6.0.36 initialize", "6.0.36 run_app", "6.0.36 close", "6.0.36 unloaded"}));
 }
 
-TEST(RunAssembly, TheHostIsToldItsOwnPathTheRootAndTheSizeOfTheRecord) {
+TEST(RunAssembly, TheHostIsGivenItsOwnPathTheRootAndTheSizeOfTheRecord) {
   EmptyInstallation world;
   world.runtime.AddHost("6.0.36");
 

@@ -136,7 +136,7 @@ TEST(Child, WhatItDoesIsItsOwn) {
   EXPECT_EQ(touched, 0);
 }
 
-TEST(Child, TellsWhatWasThrown) {
+TEST(Child, ReportsWhatWasThrown) {
   const ChildResult known = RunInChild([]() -> Answer { throw std::runtime_error("its\nwords"); }, kLong);
   const ChildResult unknown = RunInChild([]() -> Answer { throw 42; }, kLong);
 
@@ -146,7 +146,7 @@ TEST(Child, TellsWhatWasThrown) {
   EXPECT_EQ(unknown.message, "");
 }
 
-TEST(Child, TellsWithWhatStatusItExited) {
+TEST(Child, ReportsWithWhatStatusItExited) {
   for (const int status : {0, 1, 17, 255}) {
     const ChildResult result = RunInChild([&]() -> Answer { ::_exit(status); }, kLong);
 
@@ -155,7 +155,7 @@ TEST(Child, TellsWithWhatStatusItExited) {
   }
 }
 
-TEST(Child, TellsWhichSignalEndedIt) {
+TEST(Child, ReportsWhichSignalEndedIt) {
   for (const int signal : {SIGBUS, SIGSEGV, SIGABRT, SIGKILL}) {
     const ChildResult result = RunInChild([&] { return DieOf(signal); }, kLong);
 

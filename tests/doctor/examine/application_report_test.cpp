@@ -54,7 +54,7 @@ TEST(ApplicationReport, TheThreeFilesAreLookedAt) {
   EXPECT_FALSE(report.context);
 }
 
-TEST(ApplicationReport, WhatIsMissingOrUnusableIsToldApart) {
+TEST(ApplicationReport, WhatIsMissingOrUnusableIsDistinguished) {
   struct Row {
     const char* name;
     const char* states;

@@ -19,7 +19,7 @@ std::string Story(const EnvironmentReport& report) {
   return story;
 }
 
-TEST(EnvironmentReport, TellsWhatALaunchSetsAndRemovesAndWhatIsThereNow) {
+TEST(EnvironmentReport, ReportsWhatALaunchSetsAndRemovesAndWhatIsThereNow) {
   ScopedEnvironment environment;
   environment.Set("DOTNET_MULTILEVEL_LOOKUP", "1").Remove("COMPlus_GCName").Set("DOTNET_GCName", "");
   environment.Set("DOTNET_STARTUP_HOOKS", "\xff").Remove("DOTNET_EnableDiagnostics");

@@ -54,7 +54,7 @@ TEST(LibraryProbe, IsMadeInTheEnvironmentOfALaunch) {
   EXPECT_EQ(tests::Variable("DOTNET_EnableDiagnostics"), "1") << "this process's own";
 }
 
-TEST(LibraryProbe, ABrokenHostIsToldWithItsReason) {
+TEST(LibraryProbe, ABrokenHostIsReportedWithItsReason) {
   struct Row {
     const char* missing;
     const char* error;
@@ -146,7 +146,7 @@ TEST(ContextProbe, HoldsTheAssembliesThatTheRuntimeIsToKnow) {
   EXPECT_EQ(Context(host).assemblies, "/a.dll:/b.dll:");
 }
 
-TEST(ContextProbe, ARefusalIsToldWithStatusErrnoAndTheHostsWords) {
+TEST(ContextProbe, ARefusalIsReportedWithStatusErrnoAndTheHostsWords) {
   StandInHost host;
   host.Returns(HostFunction::kInitialize, static_cast<int>(0x80008096)).Says(HostFunction::kInitialize, "no framework");
   host.SetsErrno(HostFunction::kInitialize, EACCES).GivesNoHandle();

@@ -39,7 +39,7 @@ std::string Story(const SettingsReport& report) {
   return story;
 }
 
-TEST(SettingsReport, EveryLineIsToldWithItsUse) {
+TEST(SettingsReport, EveryLineIsReportedWithItsUse) {
   struct Row {
     const char* name;
     std::string bytes, story;
@@ -136,7 +136,7 @@ TEST(SettingsReport, AFileThatCannotBeReadToItsEndIsReportedWithTheSystemsReason
   EXPECT_EQ(report.failure, "Cannot read settings file by path: /proc/self/mem: iostream error");
 }
 
-TEST(SettingsReport, AFileThatCannotBeOpenedIsToldWithTheSystemsReason) {
+TEST(SettingsReport, AFileThatCannotBeOpenedIsReportedWithTheSystemsReason) {
   const tests::TempFolder folder;
   tests::WriteFile(folder / "file", "");
   struct Row {

@@ -31,12 +31,12 @@ constexpr auto kPropertyNotFound = static_cast<std::int32_t>(0x800080a4);
 ErrorWriter error_writer = nullptr;
 int context = 0;  // Its address is the handle.
 
-const char* Told(const char* name) {
+const char* Asked(const char* name) {
   return std::getenv(name);
 }
 
-int ToldNumber(const char* name, int otherwise) {
-  const char* text = Told(name);
+int AskedNumber(const char* name, int otherwise) {
+  const char* text = Asked(name);
   return text == nullptr ? otherwise : std::atoi(text);
 }
 
@@ -125,7 +125,7 @@ class Event {
 
 // Only the calls are printed: whoever watches is not interested in the library being loaded and unloaded.
 const char* Record() {
-  return Told("STAND_IN_RECORD");
+  return Asked("STAND_IN_RECORD");
 }
 
 void RecordComingAndGoing(const char* what) {
@@ -164,31 +164,31 @@ class OwnFailure : public std::exception {
 
 // Does what was asked of one function, which is named by the beginning of its variables' names.
 int Obey(const std::string& function) {
-  if (const char* what = Told((function + "_THROWS").c_str())) {
+  if (const char* what = Asked((function + "_THROWS").c_str())) {
     if (std::strcmp(what, "int") == 0) {
       throw 42;
     }
     throw std::runtime_error(what);
   }
-  if (const char* what = Told((function + "_THROWS_OWN_CLASS").c_str())) {
+  if (const char* what = Asked((function + "_THROWS_OWN_CLASS").c_str())) {
     throw OwnFailure(what);
   }
-  if (const char* words = Told((function + "_SAYS").c_str())) {
+  if (const char* words = Asked((function + "_SAYS").c_str())) {
     if (error_writer != nullptr) {
       error_writer(words);
     } else {
       std::fprintf(stderr, "%s\n", words);
     }
   }
-  if (const int signal = ToldNumber((function + "_DIES").c_str(), 0); signal != 0) {
+  if (const int signal = AskedNumber((function + "_DIES").c_str(), 0); signal != 0) {
     std::signal(signal, SIG_DFL);
     std::raise(signal);
   }
-  if (Told((function + "_EXITS").c_str()) != nullptr) {
-    std::exit(ToldNumber((function + "_EXITS").c_str(), 0));
+  if (Asked((function + "_EXITS").c_str()) != nullptr) {
+    std::exit(AskedNumber((function + "_EXITS").c_str(), 0));
   }
-  errno = ToldNumber((function + "_ERRNO").c_str(), errno);
-  return ToldNumber((function + "_RETURNS").c_str(), 0);
+  errno = AskedNumber((function + "_ERRNO").c_str(), errno);
+  return AskedNumber((function + "_RETURNS").c_str(), 0);
 }
 
 }  // namespace
@@ -222,7 +222,7 @@ extern "C" [[gnu::visibility("default")]] std::int32_t hostfxr_initialize_for_do
     std::printf("  host path [%s]\n  runtime root [%s]\n", parameters->host_path, parameters->dotnet_root);
     std::fflush(stdout);
   }
-  if (Told("STAND_IN_INITIALIZE_GIVES_NO_HANDLE") == nullptr) {
+  if (Asked("STAND_IN_INITIALIZE_GIVES_NO_HANDLE") == nullptr) {
     *handle = &context;
   }
   return Obey("STAND_IN_INITIALIZE");
@@ -253,7 +253,7 @@ extern "C" [[gnu::visibility("default")]] std::int32_t hostfxr_get_runtime_deleg
         .Environment()
         .Write(record);
   }
-  if (type != ToldNumber("STAND_IN_START_OFFERS", type)) {
+  if (type != AskedNumber("STAND_IN_START_OFFERS", type)) {
     return kInvalidArgument;
   }
   *delegate = &context;
@@ -266,7 +266,7 @@ extern "C" [[gnu::visibility("default")]] std::int32_t hostfxr_get_runtime_prope
   if (const char* record = Record()) {
     Event("get_runtime_property_value").Field("handle", Hex(handle)).Field("name", name).Write(record);
   }
-  const char* assemblies = Told("STAND_IN_ASSEMBLIES");
+  const char* assemblies = Asked("STAND_IN_ASSEMBLIES");
   if (assemblies == nullptr || std::strcmp(name, "TRUSTED_PLATFORM_ASSEMBLIES") != 0) {
     return kPropertyNotFound;
   }
