@@ -1,7 +1,8 @@
-// The tables of docs/doctor.md against those of the code and the JSON, in both directions.
+// The tables of docs/doctor.md and the schema beside it against those of the code and the JSON, in both directions.
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <sstream>
@@ -104,7 +105,8 @@ void AddMembers(const json& value, const std::string& path, std::set<std::string
   }
 }
 
-TEST(Manual, HoldsEveryMemberOfTheJsonAndNoOther) {
+// Of a report that leaves nothing out.
+std::set<std::string> MembersOfTheJson() {
   Diagnosis diagnosis;
   diagnosis.warnings.emplace_back();
   diagnosis.settings.entries.emplace_back();
@@ -115,14 +117,17 @@ TEST(Manual, HoldsEveryMemberOfTheJsonAndNoOther) {
   diagnosis.start.emplace().broken.emplace_back();
   std::set<std::string> members;
   AddMembers(json::parse(JsonReport(diagnosis)), "", members);
+  return members;
+}
 
+TEST(Manual, HoldsEveryMemberOfTheJsonAndNoOther) {
   std::set<std::string> documented;
   for (const TableRow& row : Documented("### Members")) {
     documented.insert(row.front());
     EXPECT_EQ(row.size(), 2U) << row.front();
   }
 
-  EXPECT_EQ(documented, members);
+  EXPECT_EQ(documented, MembersOfTheJson());
 }
 
 template <typename Table>
@@ -137,6 +142,86 @@ TEST(Manual, TheCodesOfOneTableAreDistinct) {
   ExpectDistinctCodes(kFindings);
   ExpectDistinctCodes(kVersionReasons);
   ExpectDistinctCodes(kOutcomes);
+}
+
+using Codes = std::set<std::string>;
+
+json Schema() {
+  return json::parse(tests::ReadFile(fs::path(SOURCE_FOLDER) / "docs/grellin_doctor.schema.json"));
+}
+
+// What a part of the schema permits, each member by its path, with its codes where it has such.
+void AddPermitted(const json& schema, const json& part, const std::string& path,
+                  std::map<std::string, Codes>& members) {
+  if (!path.empty() && !path.ends_with("[]")) {
+    members[Marked(path)].merge(part.value("enum", Codes()));
+  }
+  const json properties = part.value("properties", json::object());
+  for (const auto& [name, member] : properties.items()) {
+    AddPermitted(schema, member, path.empty() ? name : path + "." + name, members);
+  }
+  for (const json& choice : part.value("anyOf", json::array())) {
+    AddPermitted(schema, choice, path, members);
+  }
+  if (part.contains("items")) {
+    AddPermitted(schema, part["items"], path + "[]", members);
+  }
+  if (part.contains("$ref")) {
+    AddPermitted(schema, schema.at(json::json_pointer(part["$ref"].get<std::string>().substr(1))), path, members);
+  }
+}
+
+std::map<std::string, Codes> Permitted() {
+  std::map<std::string, Codes> members;
+  const json schema = Schema();
+  AddPermitted(schema, schema, "", members);
+  return members;
+}
+
+template <typename Table>
+Codes CodesOf(const Table& table) {
+  Codes codes;
+  for (const auto& row : table) {
+    codes.emplace(row.code);
+  }
+  return codes;
+}
+
+TEST(Schema, HasTheNumberThatReportsHave) {
+  EXPECT_EQ(Schema().at("/properties/schema/const"_json_pointer), kJsonSchema);
+}
+
+TEST(Schema, PermitsEveryMemberOfTheJsonAndNoOther) {
+  std::set<std::string> permitted;
+  for (const auto& [member, codes] : Permitted()) {
+    permitted.insert(member);
+  }
+
+  EXPECT_EQ(permitted, MembersOfTheJson());
+}
+
+TEST(Schema, PermitsEveryCodeOfTheTablesAndNoOther) {
+  const std::map<std::string, Codes> expected = {
+      {"`verdict.outcome`", CodesOf(kOutcomes)},
+      {"`verdict.code`", CodesOf(kFindings)},
+      {"`warnings[].code`", CodesOf(kFindings)},
+      {"`settings.entries[].use`", CodesOf(kLineUses)},
+      {"`runtime.folder_state`", CodesOf(kFolderStates)},
+      {"`runtime.versions[].standing`", CodesOf(kStandings)},
+      {"`runtime.versions[].reason`", CodesOf(kVersionReasons)},
+      {"`environment.variables[].action`", {"set", "remove"}},
+      {"`application.assembly.state`", CodesOf(kFileStates)},
+      {"`application.runtime_config.state`", CodesOf(kFileStates)},
+      {"`application.dependencies.state`", CodesOf(kFileStates)},
+      {"`application.context.end`", CodesOf(kChildEnds)},
+      {"`start.end`", CodesOf(kChildEnds)},
+      {"`start.broken_files[].need`", CodesOf(kNeeds)},
+  };
+
+  std::map<std::string, Codes> permitted = Permitted();
+  std::erase_if(permitted, [](const auto& member) { return member.second.empty(); });
+
+  EXPECT_EQ(permitted, expected);
 }
 
 }  // namespace
