@@ -93,7 +93,7 @@ void ExpectAgreement(const Command& doctor, const Command& launcher) {
 TEST_F(DoctorOnRealDotnet, AFileThatIsBrokenEndsALaunchAsTheDoctorSays) {
   const BreakableRuntime runtime(prepared_);
   const InstalledProduct product(prepared_, runtime.Root());
-  ExpectAgreement(Doctor(), product.Start({"show"}));
+  ExpectAgreement(Doctor(), product.Start({"show"}).LeavesSignalsAlone());
   for (const fs::path& file :
        {runtime.File("System.Private.CoreLib.dll"), runtime.File("System.Runtime.dll"), runtime.File("libcoreclr.so"),
         runtime.File("libclrjit.so"), runtime.File("libSystem.Native.so"), runtime.File("libhostpolicy.so"),
@@ -103,7 +103,7 @@ TEST_F(DoctorOnRealDotnet, AFileThatIsBrokenEndsALaunchAsTheDoctorSays) {
       const Spoiled spoiled(file);
       damage.inflict(spoiled);
 
-      ExpectAgreement(Doctor(), product.Start({"show"}));
+      ExpectAgreement(Doctor(), product.Start({"show"}).LeavesSignalsAlone());
     }
   }
 }
@@ -118,7 +118,8 @@ TEST_F(DoctorOnRealDotnet, AVariableThatTheCollectorObeysEndsALaunchAsTheDoctorS
       {"DOTNET_GCHeapHardLimit", "10"}, {"DOTNET_GCPath", "/no/such/library.so"}, {"DOTNET_gcServer", "1"}};
   for (const auto& [variable, value] : rows) {
     SCOPED_TRACE(variable);
-    ExpectAgreement(Doctor().Variable(variable, value), product.Start({"show"}).Variable(variable, value));
+    ExpectAgreement(Doctor().Variable(variable, value),
+                    product.Start({"show"}).LeavesSignalsAlone().Variable(variable, value));
   }
 }
 
