@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* kDescription =
     "Reports why a launch of the product's managed application fails, or that it does not: where the launcher looks, "
-    "what it finds, and why it refuses it. Runs nothing managed and changes nothing.";
+    "what it finds, and why it refuses it. Runs nothing of the application and changes nothing.";
 
 constexpr const char* kFooter =
     "Exit status: 0 a launch would run the application, 1 it would not, 2 wrong usage, 3 not known: the "

@@ -66,7 +66,8 @@ std::string DoWork(const std::function<Answer()>& work) {
   try {
     return Encode("finished", work());
   } catch (const std::exception& failure) {
-    return Encode("threw", {failure.what()});
+    const char* what = failure.what();
+    return Encode("threw", {what != nullptr ? what : ""});
   } catch (...) {
     return Encode("threw unknown", {});
   }
@@ -82,7 +83,8 @@ void WriteAll(int descriptor, std::string_view bytes) {
   }
 }
 
-[[noreturn]] void BeTheChild(const std::function<Answer()>& work, Pipe& answer, Pipe& output) {
+// What may not be thrown out of it: the parent's code would go on in the child.
+[[noreturn]] void BeTheChild(const std::function<Answer()>& work, Pipe& answer, Pipe& output) noexcept {
   // Whoever writes to a pipe that nobody reads any more must learn of it.
   answer.read.Close();
   output.read.Close();

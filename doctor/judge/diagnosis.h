@@ -32,7 +32,7 @@ struct Diagnosis {
   std::optional<StartReport> start;  ///< Empty when there was no context to start the runtime for.
 };
 
-/// Walks a launch's road and reports what is there. Changes nothing and runs nothing managed. Throws
+/// Walks a launch's road and reports what is there. Changes nothing and runs nothing of the application. Throws
 /// `std::system_error` when no child process can be had.
 Diagnosis Diagnose(const Question& question);
 

@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::uint64_t kMebibyte = 1024 * 1024;
+constexpr std::uint64_t kMebibyte = std::uint64_t{1024} * 1024;
 constexpr std::uint64_t kLittleAddressSpace = 512 * kMebibyte;
 constexpr std::uint64_t kLittleMemory = 64 * kMebibyte;
 constexpr std::uint64_t kFewFiles = 64;

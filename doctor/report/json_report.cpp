@@ -99,7 +99,7 @@ json ToJson(const SettingsReport& settings) {
           {"reason", OrNull(settings.reason)},
           {"failure", OrNull(settings.failure)},
           {"runtime_root", OrNull(ToUtf8(settings.root))},
-          {"log_folder", OrNull(ToUtf8(settings.log_folder))},
+          {"log_folder", settings.names_log_folder ? json(ToUtf8(settings.log_folder)) : json()},
           {"entries", ToArray(settings.entries)}};
 }
 

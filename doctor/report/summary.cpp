@@ -126,6 +126,7 @@ StationSummary Summarized(const StationText& text, const Diagnosis& diagnosis) {
 
 std::vector<StationSummary> Summary(const Diagnosis& diagnosis) {
   std::vector<StationSummary> summary;
+  summary.reserve(kStations.size());
   for (const StationText& text : kStations) {
     summary.push_back(Summarized(text, diagnosis));
   }

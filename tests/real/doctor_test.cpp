@@ -77,7 +77,16 @@ std::string LineOf(const Outcome& launch) {
                             : "A launch would end with status " + std::to_string(launch.status);
 }
 
-using DoctorOnRealDotnet = RealDotnet;
+// A sanitizer answers signals by itself, and cannot look for leaks in a process whose runtime ended it half-way.
+class DoctorOnRealDotnet : public RealDotnet {
+ protected:
+  void SetUp() override {
+    RealDotnet::SetUp();
+    if (IsSanitized()) {
+      GTEST_SKIP() << "a sanitizer changes how such a launch ends";
+    }
+  }
+};
 
 // Whether the application was reached, which writes what it runs on.
 void ExpectAgreement(const Command& doctor, const Command& launcher) {
@@ -93,7 +102,7 @@ void ExpectAgreement(const Command& doctor, const Command& launcher) {
 TEST_F(DoctorOnRealDotnet, AFileThatIsBrokenEndsALaunchAsTheDoctorSays) {
   const BreakableRuntime runtime(prepared_);
   const InstalledProduct product(prepared_, runtime.Root());
-  ExpectAgreement(Doctor(), product.Start({"show"}).LeavesSignalsAlone());
+  ExpectAgreement(Doctor(), product.Start({"show"}));
   for (const fs::path& file :
        {runtime.File("System.Private.CoreLib.dll"), runtime.File("System.Runtime.dll"), runtime.File("libcoreclr.so"),
         runtime.File("libclrjit.so"), runtime.File("libSystem.Native.so"), runtime.File("libhostpolicy.so"),
@@ -103,7 +112,7 @@ TEST_F(DoctorOnRealDotnet, AFileThatIsBrokenEndsALaunchAsTheDoctorSays) {
       const Spoiled spoiled(file);
       damage.inflict(spoiled);
 
-      ExpectAgreement(Doctor(), product.Start({"show"}).LeavesSignalsAlone());
+      ExpectAgreement(Doctor(), product.Start({"show"}));
     }
   }
 }
@@ -118,8 +127,7 @@ TEST_F(DoctorOnRealDotnet, AVariableThatTheCollectorObeysEndsALaunchAsTheDoctorS
       {"DOTNET_GCHeapHardLimit", "10"}, {"DOTNET_GCPath", "/no/such/library.so"}, {"DOTNET_gcServer", "1"}};
   for (const auto& [variable, value] : rows) {
     SCOPED_TRACE(variable);
-    ExpectAgreement(Doctor().Variable(variable, value),
-                    product.Start({"show"}).LeavesSignalsAlone().Variable(variable, value));
+    ExpectAgreement(Doctor().Variable(variable, value), product.Start({"show"}).Variable(variable, value));
   }
 }
 

@@ -11,8 +11,8 @@ using ProgramHeaders = std::vector<Elf64_Phdr>;
 
 constexpr std::uint64_t kPageSize = 4096;
 
-// Addresses are added up as the dynamic loader does it, modulo 2^64: a library may be linked at any address, and what is
-// written in a damaged header may go around the last one.
+// Addresses are added up as the dynamic loader does it, modulo 2^64: a library may be linked at any address, and what
+// is written in a damaged header may go around the last one.
 std::uint64_t PageStart(std::uint64_t address) {
   return address & ~(kPageSize - 1);
 }
