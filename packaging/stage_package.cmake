@@ -56,3 +56,10 @@ foreach(path IN LISTS everything)
     file(CHMOD ${path} PERMISSIONS ${folder_mode})
   endif()
 endforeach()
+
+# One time for all that is packed: what is older than the commit would keep the time at which it was checked out.
+if(DEFINED ENV{SOURCE_DATE_EPOCH})
+  execute_process(
+    COMMAND find ${CPACK_TEMPORARY_DIRECTORY} -exec touch --no-dereference --date=@$ENV{SOURCE_DATE_EPOCH} {} +
+    COMMAND_ERROR_IS_FATAL ANY)
+endif()
