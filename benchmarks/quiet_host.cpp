@@ -18,4 +18,10 @@ std::int32_t hostfxr_close(void* /*handle*/) {
   return 0;
 }
 
+// What the official apphost and the `dotnet` command call.
+std::int32_t hostfxr_main_startupinfo(int /*argc*/, const char** /*argv*/, const char* /*host*/, const char* /*root*/,
+                                      const char* /*application*/) {
+  return 0;
+}
+
 }  // extern "C"
