@@ -1,9 +1,13 @@
 #include "doctor/options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
 #include <map>
 #include <sstream>
+#include <string_view>
 
+#include "doctor/judge/words/text.h"
 #include "doctor/version.h"
 #include "foundation/utf.h"
 
@@ -17,6 +21,54 @@ constexpr const char* kDescription =
 constexpr const char* kFooter =
     "Exit status: 0 a launch would run the application, 1 it would not, 2 wrong usage, 3 not known: the "
     "doctor itself could not work, or what it tried did not finish in time. Warnings alone keep 0.";
+
+// What is said to those who gave an option something else.
+struct OptionWords {
+  std::string_view name;
+  std::string_view takes;
+};
+
+constexpr auto kOptionWords = std::to_array<OptionWords>({
+    {"--json", "takes no value"},
+    {"--verbose", "takes no value"},
+    {"--no-probe", "takes no value"},
+    {"--log", "takes a file to write to"},
+    {"--settings", "takes a file"},
+    {"--root", "takes a path in UTF-8"},
+    {"--color", "takes auto, always or never"},
+});
+
+// The library's words name the option first, and quote what was given for it only then.
+const OptionWords* ConcernedBy(std::string_view words) {
+  const auto at = [words](const OptionWords& row) { return words.find(row.name); };
+  const auto first = std::ranges::min_element(kOptionWords, {}, at);
+  return at(*first) != std::string_view::npos ? &*first : nullptr;
+}
+
+std::string ReasonOf(const CLI::ParseError& error, const CLI::App& app) {
+  if (const auto unknown = app.remaining(); !unknown.empty()) {
+    const std::string word = Printable(unknown.front());
+    return word.starts_with('-') ? "there is no option " + word
+                                 : "only options are taken, not " + Quoted(unknown.front());
+  }
+  if (dynamic_cast<const CLI::ExcludesError*>(&error) != nullptr) {
+    return "--no-probe loads nothing that --log could be the log of";
+  }
+  const OptionWords* concerned = ConcernedBy(error.what());
+  if (concerned == nullptr) {
+    return Printable(error.what());
+  }
+  const bool isRepeated = app.get_option(std::string(concerned->name))->count() > 1;
+  return std::string(concerned->name) + " " + std::string(isRepeated ? "is given twice" : concerned->takes);
+}
+
+Refusal RefusalFor(const CLI::ParseError& end, const CLI::App& app) {
+  std::ostringstream text;
+  if (app.exit(end, text, text) == 0) {  // Help or version.
+    return {text.str(), false};
+  }
+  return {"grellin_doctor: " + ReasonOf(end, app) + "\nAll options:  grellin_doctor --help\n", true};
+}
 
 }  // namespace
 
@@ -45,9 +97,7 @@ std::variant<Options, Refusal> ParseOptions(int argc, const char* const* argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& end) {
-    std::ostringstream text;
-    const int status = app.exit(end, text, text);
-    return Refusal{text.str(), status != 0};
+    return RefusalFor(end, app);
   }
   options.probe = !noProbe;
   return options;

@@ -41,23 +41,31 @@ TEST(DoctorOptions, EachIsTaken) {
   EXPECT_EQ(std::get<Options>(Parse({"--color=auto"})).color, Color::kAuto);
 }
 
-TEST(DoctorOptions, WrongUsageIsRefusedWithAReason) {
-  const std::vector<std::vector<const char*>> rows = {{"--what"},
-                                                      {"file"},
-                                                      {"--log"},
-                                                      {"--settings"},
-                                                      {"--color", "green"},
-                                                      {"--no-probe", "--log", "a.log"},
-                                                      {"--json=maybe"},
-                                                      {"--root", ""},
-                                                      {"--root", "/\xff"}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.front());
-    const auto answer = Parse(row);
+TEST(DoctorOptions, WrongUsageIsRefusedInWordsThatSayWhatIsTaken) {
+  struct Row {
+    std::vector<const char*> arguments;
+    std::string words;
+  };
+  const std::vector<Row> rows = {
+      {{"--what"}, "there is no option --what"},
+      {{"--what\033"}, "there is no option --what\\x1b"},
+      {{"file"}, "only options are taken, not 'file'"},
+      {{"--log"}, "--log takes a file to write to"},
+      {{"--settings"}, "--settings takes a file"},
+      {{"--settings", "/a", "--settings", "/b"}, "--settings is given twice"},
+      {{"--color", "green"}, "--color takes auto, always or never"},
+      {{"--color=--root"}, "--color takes auto, always or never"},
+      {{"--no-probe", "--log", "a.log"}, "--no-probe loads nothing that --log could be the log of"},
+      {{"--json=maybe"}, "--json takes no value"},
+      {{"--root", ""}, "--root takes a path in UTF-8"},
+      {{"--root", "/\xff"}, "--root takes a path in UTF-8"},
+  };
+  for (const auto& [arguments, words] : rows) {
+    const auto answer = Parse(arguments);
 
-    ASSERT_TRUE(std::holds_alternative<Refusal>(answer));
-    EXPECT_TRUE(std::get<Refusal>(answer).is_error);
-    EXPECT_NE(std::get<Refusal>(answer).text, "");
+    ASSERT_TRUE(std::holds_alternative<Refusal>(answer)) << words;
+    EXPECT_TRUE(std::get<Refusal>(answer).is_error) << words;
+    EXPECT_EQ(std::get<Refusal>(answer).text, "grellin_doctor: " + words + "\nAll options:  grellin_doctor --help\n");
   }
 }
 
