@@ -21,6 +21,9 @@ Command Prepared(const std::filesystem::path& program, const StandInHost& host, 
   if (!start.reads_everything) {
     command.WithoutReadingEverything();
   }
+  for (const auto& step : start.steps) {
+    command.Before(step);
+  }
   return command;
 }
 
@@ -105,7 +108,7 @@ bool EndsAsPredicted(const json& verdict, const Outcome& launch, const StandInHo
   if (outcome == "not-started") {
     return launch.status == 0;
   }
-  return outcome == "not-known" && launch.timed_out;
+  return (outcome == "not-known" || outcome == "hangs") && launch.timed_out;
 }
 
 struct Observed {
@@ -139,6 +142,21 @@ std::string DifferenceInRecords(const json& verdict, const std::string& decisive
   return {};
 }
 
+Opening OpeningOf(const json& verdict) {
+  return {verdict.at("line"), TextOr(verdict.at("code"), ""), TextOr(verdict.at("meaning"), ""),
+          TextOr(verdict.at("cure"), "")};
+}
+
+// An operator reads the first line only, so its number or signal has to be that of the launch.
+bool SaysHowItEnded(const std::string& line, const Outcome& launch, const std::string& outcome) {
+  if (outcome == "runs" || outcome == "aborts" || launch.timed_out) {
+    return true;
+  }
+  const std::string end = launch.signal != 0 ? std::string("SIG") + ::sigabbrev_np(launch.signal)
+                                             : "status " + std::to_string(launch.status);
+  return line.find(end) != std::string::npos;
+}
+
 int StatusFor(const std::string& outcome) {
   return outcome == "runs" ? 0 : outcome == "not-known" ? 3 : 1;
 }
@@ -157,9 +175,11 @@ Comparison Compare(StandInHost& host, const Start& start) {
   const json& verdict = report.at("verdict");
   const json& runtime = report.at("runtime");
   Comparison comparison{verdict.at("outcome"), runtime.is_object() ? TextOr(runtime.at("decisive_version"), "") : "",
-                        ""};
+                        "", OpeningOf(verdict)};
   if (!EndsAsPredicted(verdict, launch.outcome, host)) {
     comparison.difference = "it ended otherwise";
+  } else if (!SaysHowItEnded(comparison.opening.line, launch.outcome, comparison.outcome)) {
+    comparison.difference = "the first line names another end";
   } else if (doctor.outcome.status != StatusFor(comparison.outcome)) {
     comparison.difference = "the doctor's exit status says something else";
   } else if (start.hosts_record) {

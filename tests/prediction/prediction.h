@@ -3,8 +3,10 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "tests/support/doctor.h"
 #include "tests/support/launcher.h"
@@ -17,9 +19,18 @@ struct Start {
   std::filesystem::path launcher = LauncherFile();
   std::filesystem::path folder = "/";
   std::map<std::string, std::string> variables = {};
+  std::vector<std::function<void()>> steps = {};  ///< What each does to itself first, as Command::Before() has it.
   bool reads_everything = true;
   bool hosts_record = true;           ///< False where a host may be too damaged to record what happens in it.
   std::chrono::seconds patience{60};  ///< How long a launch may take before it counts as hanging.
+};
+
+/// What the doctor's report opens with.
+struct Opening {
+  std::string line;     ///< How a launch would end, and why.
+  std::string code;     ///< Of the finding that decides; "" for none.
+  std::string meaning;  ///< "" for none, as is the cure.
+  std::string cure;
 };
 
 /// A prediction, and where the launch differed from it.
@@ -27,6 +38,7 @@ struct Comparison {
   std::string outcome;     ///< The predicted outcome: "runs", "status-255", ...
   std::string decisive;    ///< The version that decides, "" for none.
   std::string difference;  ///< For people; empty when the launch was as predicted.
+  Opening opening = {};
 };
 
 /// Asks the doctor, then launches; the machine must be the same to both. What stand-in hosts record of the launch stays

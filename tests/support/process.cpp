@@ -139,6 +139,11 @@ Command& Command::WithoutReadingEverything() {
   return *this;
 }
 
+Command& Command::Before(std::function<void()> step) {
+  steps_.push_back(std::move(step));
+  return *this;
+}
+
 Command& Command::Timeout(std::chrono::milliseconds timeout) {
   timeout_ = timeout;
   return *this;
@@ -161,13 +166,14 @@ Outcome Command::Run() const {
   }
   launch.environment = Pointers(launch.variables);
 
-  // An ordinary fork copies the page tables, which takes long in a process that a sanitizer watches.
-  const pid_t child = ::vfork();  // NOLINT: it goes on to a program at once, and shares nothing it writes.
+  // An ordinary fork copies the page tables, which takes long in a process that a sanitizer watches; what a step does
+  // to its process must not be done to this one.
+  const pid_t child = steps_.empty() ? ::vfork() : ::fork();  // NOLINT: it goes on to a program at once.
   if (child < 0) {
     throw std::system_error(errno, std::generic_category(), "vfork");
   }
   if (child == 0) {
-    Become(launch);  // NOLINT: system calls only.
+    Become(launch);  // NOLINT: system calls only, unless it was forked.
   }
 
   Outcome outcome;
@@ -197,7 +203,11 @@ void Command::Become(const Launch& launch) const {
     ::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE, 0, 0, 0);
     ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH, 0, 0, 0);
   }
-  if (::chdir(folder_.c_str()) == 0) {
+  const bool isThere = ::chdir(folder_.c_str()) == 0;
+  for (const auto& step : steps_) {
+    step();
+  }
+  if (isThere) {
     ::execve(program_.c_str(), launch.arguments.data(), launch.environment.data());
   }
   ::_exit(127);

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -40,6 +41,8 @@ class Command {
   Command& LeavesSignalsAlone();
   /// Takes away what lets root read and search everything, so that an unreadable file is unreadable to root, too.
   Command& WithoutReadingEverything();
+  /// Done by the new process before it becomes the program, after all that is said above, in the order of the calls.
+  Command& Before(std::function<void()> step);
   /// It is killed after this long; 60 seconds unless said.
   Command& Timeout(std::chrono::milliseconds timeout);
 
@@ -57,6 +60,7 @@ class Command {
   std::string input_;
   std::filesystem::path folder_ = ".";
   bool reads_everything_ = true;
+  std::vector<std::function<void()>> steps_;
   std::chrono::milliseconds timeout_{60'000};
 };
 
