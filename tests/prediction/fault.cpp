@@ -1,0 +1,154 @@
+#include "tests/prediction/fault.h"
+
+#include <sys/mount.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <iostream>
+#include <string_view>
+
+#include "tests/support/assembly_image.h"
+#include "tests/support/text.h"
+
+namespace tests {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kProductFolder = "/opt/morvath/quor/lib64";
+constexpr const char* kVersion = "6.0.36";
+constexpr long kNobody = 65534;
+constexpr std::string_view kUnset = "unset ";
+
+// What a cure begins with that can be given to a shell as it stands.
+constexpr auto kCommands = std::to_array<std::string_view>(
+    {"chmod ", "echo ", "iconv ", "mount ", "mv ", "printf ", "rm ", "rmdir ", "sed ", kUnset});
+
+// Without the C library, which would do it to every thread that it knows of.
+void BecomeNobody() {
+  ::syscall(SYS_setgroups, 0, nullptr);
+  if (::syscall(SYS_setgid, kNobody) != 0 || ::syscall(SYS_setuid, kNobody) != 0) {
+    ::_exit(126);
+  }
+}
+
+bool IsCommand(const std::string& cure) {
+  return std::ranges::any_of(kCommands, [&](std::string_view command) { return cure.starts_with(command); });
+}
+
+// The doctor cannot know where the runtime of this world is, and names the usual folder.
+std::string ForThisWorld(const std::string& cure, const KnownWorld& world) {
+  return Replaced(cure, "/usr/share/dotnet", world.runtime.Root());
+}
+
+// Carried out by who may change everything. A variable is that of the doctor's next run.
+void Cure(const std::string& cure, KnownWorld& world) {
+  if (cure.starts_with(kUnset)) {
+    world.start.variables.erase(cure.substr(kUnset.size()));
+    return;
+  }
+  const Outcome outcome =
+      Command("/bin/sh").Arguments({"-c", cure}).Variable("PATH", "/usr/bin:/bin:/usr/sbin:/sbin").Run();
+  EXPECT_EQ(outcome.status, 0) << cure << "\n" << outcome;
+}
+
+bool Has(const std::string& text, const char* words) {
+  return text.find(words) != std::string::npos;
+}
+
+void ExpectOpening(const Opening& opening, const char* code, const char* cause, const char* cure) {
+  EXPECT_TRUE(opening.code == code && Has(opening.line + "\n" + opening.meaning, cause) && Has(opening.cure, cure) &&
+              opening.cure.empty() == (*cure == '\0'))
+      << "expected " << code << ", [" << cause << "] and [" << cure << "]\nof      " << opening.code << ": "
+      << opening.line << "\n  " << opening.meaning << "\n  To mend it:  " << opening.cure;
+}
+
+// As much of the application and of its framework as the doctor reads.
+void AddApplication(const RuntimeTree& runtime) {
+  const fs::path application = kProductFolder;
+  WriteFile(application / "grellin_utils.dll", AssemblyImage().bytes);
+  WriteFile(application / "grellin_utils.deps.json", R"({"targets": {}})");
+  WriteFile(application / "grellin_utils.runtimeconfig.json",
+            R"({"runtimeOptions": {"framework": {"name": "Microsoft.NETCore.App", "version": "6.0.0"},
+                                  "configProperties": {"System.Globalization.Invariant": true}}})");
+  const fs::path framework = runtime.Root() / "shared" / "Microsoft.NETCore.App" / kVersion;
+  WriteFile(framework / "Microsoft.NETCore.App.deps.json", R"({"targets": {}})");
+  fs::copy_file(HostLibrary(), framework / "libhostpolicy.so");
+}
+
+// What a row may leave behind where the next one lays out its product.
+class Traces {
+ public:
+  explicit Traces(const KnownWorld& world) : world_(world) {}
+  ~Traces() {
+    ::umount2(world_.runtime.FxrFolder().c_str(), MNT_DETACH);
+    std::error_code ignored;
+    fs::remove_all("/var/opt/morvath/quor", ignored);
+    fs::remove_all(kProductFolder, ignored);
+  }
+  Traces(const Traces&) = delete;
+  Traces& operator=(const Traces&) = delete;
+
+ private:
+  const KnownWorld& world_;
+};
+
+template <typename Row>
+void CheckRow(const Row& row, const std::function<void(KnownWorld& world)>& inflict) {
+  SCOPED_TRACE(row.name);
+  KnownWorld world;
+  const Traces traces(world);
+  world.runtime.AddHost(kVersion);
+  AddApplication(world.runtime);
+  inflict(world);
+
+  const Comparison comparison = Compare(world.host, world.start);
+
+  EXPECT_EQ(comparison.difference, "");
+  EXPECT_EQ(comparison.outcome, row.outcome);
+  if (row.wrong != nullptr) {
+    std::cout << "[   WRONG  ] " << row.name << ": " << row.wrong << "\n";
+    return;
+  }
+  ExpectOpening(comparison.opening, row.code, row.cause, row.cure);
+  if (IsCommand(comparison.opening.cure)) {
+    const std::string cure = ForThisWorld(comparison.opening.cure, world);
+    Cure(cure, world);
+    EXPECT_EQ(Compare(world.host, world.start).opening.line, "A launch would run the application.") << cure;
+  }
+}
+
+}  // namespace
+
+void Check(std::span<const Fault> faults) {
+  for (const Fault& fault : faults) {
+    CheckRow(fault, fault.inflict);
+  }
+}
+
+void Check(std::span<const SettingsFault> faults) {
+  for (const SettingsFault& fault : faults) {
+    CheckRow(fault,
+             [&](KnownWorld& world) { world.settings.Write(Replaced(fault.settings, "@", world.runtime.Root())); });
+  }
+}
+
+bool ThereIsAnOrdinaryUser() {
+  return Doctor({"--version"}).Before(BecomeNobody).Run().status == 0;
+}
+
+void AsOrdinaryUser(KnownWorld& world) {
+  for (const fs::path& folder :
+       {world.runtime.Root(), fs::path(world.host.Environment().at("STAND_IN_RECORD")).parent_path()}) {
+    fs::permissions(folder, fs::perms::all);
+  }
+  world.start.steps.emplace_back(BecomeNobody);
+}
+
+}  // namespace tests
