@@ -7,8 +7,7 @@
 
 #include "foundation/convert_to_container.h"
 #include "foundation/result_code.h"
-#include "netloader/netloaderhostfxr/src/elf_check.h"
-#include "netloader/netloaderhostfxr/src/string_token.h"
+#include "netloader/netloaderhostfxr/src/library_check.h"
 
 namespace netloader {
 namespace {
@@ -26,16 +25,6 @@ std::string WithShortFolder(std::string text, std::string_view folder) {
     text.replace(at, folder.size(), kShortFolder);
   }
   return text;
-}
-
-// Why the dynamic loader must not see the file; empty when it may.
-std::string ReasonToRefuse(const tov::NarrowString& file) {
-  // The file that would be loaded is not the one that was found and checked, and can be anything. There is no way to
-  // write such a path so that it keeps its meaning, and by any other path the host would miss its own folder.
-  if (const std::string_view token = FindStringToken(file); !token.empty()) {
-    return "its path contains " + std::string(token) + ", which the dynamic loader replaces";
-  }
-  return CheckElf(file.c_str()).detail;
 }
 
 }  // namespace
@@ -72,7 +61,7 @@ OpenedLibrary OpenLibrary(const tov::WideString& path) {
   if (tov::result_code::IsFailure(tov::text::Utf16ToUtf8::Do(path, file, 0))) {
     return {{}, "can't convert fileName"};
   }
-  if (const std::string reason = ReasonToRefuse(file); !reason.empty()) {
+  if (const std::string reason = CheckLibrary(file).detail; !reason.empty()) {
     static_cast<void>(::dlerror());  // As after a failed opening, nothing older is left to be asked for.
     return {{}, BoundedErrorText(file + ": " + reason, file)};
   }

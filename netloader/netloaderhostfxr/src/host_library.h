@@ -37,9 +37,8 @@ struct OpenedLibrary {
   std::string error;      ///< The reason, at most 255 bytes; empty on success.
 };
 
-/// Opens a library with every symbol bound now. Refused before the dynamic loader sees it is a file that is not a whole
-/// shared object for this machine (see elf_check.h), and one whose path means another file to the dynamic loader (see
-/// string_token.h).
+/// Opens a library with every symbol bound now. What `CheckLibrary` refuses is not shown to the dynamic
+/// loader.
 OpenedLibrary OpenLibrary(const tov::WideString& path);
 
 /// A function that was looked up, or why it was not found.
