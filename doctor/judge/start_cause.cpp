@@ -6,6 +6,7 @@
 
 #include "doctor/child/signal_name.h"
 #include "doctor/judge/findings.h"
+#include "doctor/judge/near_misses/access.h"
 #include "doctor/judge/near_misses/checks.h"
 #include "doctor/judge/words/status_names.h"
 #include "doctor/judge/words/text.h"
@@ -39,7 +40,7 @@ bool EndedWith(const StartReport& start, std::uint32_t result) {
 
 std::string CommandFor(const BrokenFile& file, const fs::path& folder) {
   if (!file.may_be_read) {
-    return "chmod o+r " + ShellWord(file.path);
+    return "chmod " + RightsThatCount(file.path) + "+r " + ShellWord(file.path);
   }
   return file.is_application ? "install the product again"
                              : "install the .NET runtime " + Printable(folder.filename().string()) + " again";

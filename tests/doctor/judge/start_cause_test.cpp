@@ -4,6 +4,8 @@
 
 #include <csignal>
 
+#include "tests/support/temp_folder.h"
+
 namespace doctor {
 namespace {
 
@@ -59,12 +61,21 @@ TEST(StartCause, AFileThatMayBeNeededLaterIsNone) {
   EXPECT_EQ(Text(start), "");
 }
 
-TEST(StartCause, AnApplicationThatMayNotBeReadIsMadeReadable) {
-  StartReport start = Started();
-  start.broken = {{"/product/app.dll", Need::kMain, false, false, true, "Permission denied"}};
+TEST(StartCause, AnApplicationThatMayNotBeReadIsMadeReadableForThisUser) {
+  const tests::TempFolder folder;
+  tests::WriteFile(folder / "own.dll", "");
+  struct Row {
+    std::string path;
+    std::string cure;
+  };
+  const Row rows[] = {{folder / "own.dll", "chmod u+r "}, {"/product/others.dll", "chmod o+r "}};
+  for (const Row& row : rows) {
+    StartReport start = Started();
+    start.broken = {{row.path, Need::kMain, false, false, true, "Permission denied"}};
 
-  EXPECT_EQ(Text(start), "app.dll cannot be read by this user");
-  EXPECT_EQ(CauseOf(start)->cure, "chmod o+r /product/app.dll");
+    EXPECT_TRUE(Text(start).ends_with(".dll cannot be read by this user"));
+    EXPECT_EQ(CauseOf(start)->cure, row.cure + row.path);
+  }
 }
 
 TEST(StartCause, SurroundingsExplainAStartThatFails) {
