@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "foundation/utf.h"
+#include "netloader/netloaderhostfxr/src/library_check.h"
 #include "netloader/netloaderhostfxr/src/version_order.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 #include "netloader/utils/path_utils.h"
@@ -95,10 +96,9 @@ void Try(VersionReport& version, const LibraryProber& prober) {
     version.reason = VersionReason::kRelativePath;
     return;
   }
-  if (auto elf = netloader::CheckElf(tov::text::ToUtf8(version.library).c_str());
-      elf.verdict != ElfVerdict::kLoadable) {
-    version.reason = ReasonOf(elf.verdict);
-    version.words = std::move(elf.detail);
+  if (auto found = netloader::CheckLibrary(tov::text::ToUtf8(version.library)); !found.detail.empty()) {
+    version.reason = found.has_string_token ? VersionReason::kStringToken : ReasonOf(found.elf);
+    version.words = std::move(found.detail);
   } else if (prober) {
     Take(prober(version.library), version);
   } else {

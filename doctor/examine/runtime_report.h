@@ -8,7 +8,6 @@
 
 #include "doctor/examine/probe.h"
 #include "foundation/strings.h"
-#include "netloader/netloaderhostfxr/src/elf_check.h"
 #include "netloader/netloaderhostfxr/src/version_discovery.h"
 
 namespace doctor {
@@ -30,6 +29,7 @@ enum class VersionReason {
   kLibraryIsLink,
   kLibraryIsNoFile,
   kRelativePath,  ///< Nothing is loaded from a relative root.
+  kStringToken,   ///< Its path means another file to the dynamic loader.
   kUnreadable,    ///< From here to `kMalformed`: what the library's headers show.
   kNotElf,
   kOtherMachine,

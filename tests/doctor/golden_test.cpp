@@ -148,6 +148,14 @@ const Situation kSituations[] = {
      0,
      [](AskedInstallation& world) { world.installation.Settings("DotnetRootFolder=/usr/lib/none\n"); },
      {"--root", std::string(kRoot)}},
+    {"string-token",
+     1,
+     [](AskedInstallation& world) {
+       fs::create_directory("/opt/morvath/$ORIGIN");
+       fs::rename(kRoot, "/opt/morvath/$ORIGIN/dotnet");
+       world.installation.Settings("DotnetRootFolder=/opt/morvath/$ORIGIN/dotnet\n");
+     },
+     {"--no-probe"}},
     {"octal-and-hexadecimal",
      0,
      [](AskedInstallation& world) { world.installation.Host("6.0.010").Host("6.0.9").Host("6.0.0x30").Host("6.0.x"); },

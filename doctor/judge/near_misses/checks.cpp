@@ -1,12 +1,18 @@
 #include "doctor/judge/near_misses/checks.h"
 
 #include "doctor/judge/words/text.h"
+#include "netloader/netloaderhostfxr/src/string_token.h"
 
 namespace doctor {
 
 Clue AtPath(const std::string& path, Values values) {
   values.emplace("place_word", ShellWord(path));
   return {Printable(path), std::move(values)};
+}
+
+std::optional<Clue> AtStringToken(const std::string& path) {
+  const std::string token(netloader::FindStringToken(path));
+  return token.empty() ? std::nullopt : std::optional(AtPath(path, {{"token", Printable(token)}}));
 }
 
 Warning Worded(Finding finding, const Clue& clue) {

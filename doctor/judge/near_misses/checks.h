@@ -28,6 +28,9 @@ struct Check {
 /// The clue to a path, with its word for a shell.
 Clue AtPath(const std::string& path, Values values = {});
 
+/// The clue to a word in a path that the dynamic loader replaces, with `{token}`; none when there is none.
+std::optional<Clue> AtStringToken(const std::string& path);
+
 /// The finding's message about what was found.
 Warning Worded(Finding finding, const Clue& clue);
 
@@ -39,6 +42,14 @@ void Apply(const std::array<Check<Subject>, kSize>& checks, const Subject& subje
       warnings.push_back(Worded(check.finding, *clue));
     }
   }
+}
+
+/// The warnings of a table about one subject.
+template <typename Subject, std::size_t kSize>
+Warnings Noticed(const std::array<Check<Subject>, kSize>& checks, const Subject& subject) {
+  Warnings warnings;
+  Apply(checks, subject, warnings);
+  return warnings;
 }
 
 }  // namespace doctor

@@ -23,9 +23,7 @@ constexpr auto kEnvironmentChecks = std::to_array<Check<SettingsReport>>({
 }  // namespace
 
 Warnings EnvironmentNearMisses(const SettingsReport& settings) {
-  Warnings warnings;
-  Apply(kEnvironmentChecks, settings, warnings);
-  return warnings;
+  return Noticed(kEnvironmentChecks, settings);
 }
 
 }  // namespace doctor

@@ -81,12 +81,18 @@ std::optional<Clue> RootIsFxr(const RuntimeReport& runtime) {
   return AtPath(root, {{"folder", Printable(above)}});
 }
 
+std::optional<Clue> TokenInRoot(const RuntimeReport& runtime) {
+  return AtStringToken(ToUtf8(runtime.root));
+}
+
 std::optional<Clue> FxrFolderIsLink(const RuntimeReport& runtime) {
   return Link(runtime.discovery.state == FxrFolderState::kIsLink, FxrFolder(runtime));
 }
 
 std::optional<Clue> FxrFolderNotEntered(const RuntimeReport& runtime) {
-  const bool isClosed = runtime.discovery.state == FxrFolderState::kUnreadable;
+  // One that may be listed but not entered is walked, and everything in it seems to lack what it holds.
+  const bool isClosed = runtime.discovery.state == FxrFolderState::kUnreadable ||
+                        (runtime.discovery.state == FxrFolderState::kWalked && !MayUse(FxrFolder(runtime), X_OK));
   return isClosed ? std::optional(AtClosed(FxrFolder(runtime))) : std::nullopt;
 }
 
@@ -125,6 +131,7 @@ constexpr auto kRootChecks = std::to_array<Check<RuntimeReport>>({
     {Finding::kRelativeRoot, RelativeRoot},
     {Finding::kRootIsFile, RootIsFile},
     {Finding::kRootIsFxr, RootIsFxr},
+    {Finding::kStringTokenInPath, TokenInRoot},
     {Finding::kFolderIsLink, FxrFolderIsLink},
     {Finding::kFolderNotEntered, FxrFolderNotEntered},
     {Finding::kFolderNotEntered, FolderAboveNotEntered},

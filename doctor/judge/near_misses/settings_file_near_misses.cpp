@@ -65,9 +65,7 @@ constexpr auto kFileChecks = std::to_array<Check<SettingsReport>>({
 }  // namespace
 
 Warnings SettingsFileNearMisses(const SettingsReport& report) {
-  Warnings warnings;
-  Apply(kFileChecks, report, warnings);
-  return warnings;
+  return Noticed(kFileChecks, report);
 }
 
 }  // namespace doctor

@@ -1,5 +1,7 @@
 #include "doctor/judge/near_misses/settings_line.h"
 
+#include <pwd.h>
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -84,15 +86,30 @@ std::string_view WithoutQuotes(std::string_view value) {
   return value;
 }
 
-// `~`, `$HOME` and `${HOME}` at the beginning, as a shell would replace them.
-std::string WithHome(std::string_view value) {
+// The user's home folder; empty when there is no such user.
+std::string HomeOf(const std::string& user) {
+  const passwd* entry = ::getpwnam(user.c_str());
+  return entry != nullptr ? entry->pw_dir : "";
+}
+
+std::string OwnHome() {
   const char* home = std::getenv("HOME");
-  for (const std::string_view word : {"~", "$HOME", "${HOME}"}) {
-    if (home != nullptr && value.starts_with(word)) {
-      return home + std::string(value.substr(word.size()));
-    }
+  return home != nullptr ? home : "";
+}
+
+// The folder that a shell puts in the place of the word in front of a path; empty for other words.
+std::string FolderFor(std::string_view word) {
+  if (word == "~" || word == "$HOME" || word == "${HOME}") {
+    return OwnHome();
   }
-  return std::string(value);
+  return word.starts_with('~') ? HomeOf(std::string(word.substr(1))) : "";
+}
+
+// As a shell would replace its first name; unchanged where it would not.
+std::string WithHome(std::string_view value) {
+  const std::string_view word = value.substr(0, value.find('/'));
+  const std::string folder = FolderFor(word);
+  return std::string(folder.empty() ? word : folder).append(value.substr(word.size()));
 }
 
 }  // namespace
@@ -140,7 +157,8 @@ SettingsLine ReadAsMeant(const SettingsEntry& entry, const SettingsReport& setti
 }
 
 std::string MeantLine(const SettingsLine& line) {
-  return line.meant->name + "=" + WithHome(WithoutQuotes(Trimmed(line.value)));
+  const std::string_view path = line.value.substr(0, line.value.find('\0'));
+  return line.meant->name + "=" + WithHome(WithoutQuotes(Trimmed(path)));
 }
 
 }  // namespace doctor

@@ -30,7 +30,8 @@ struct SettingsLine {
 /// Reads the line as a person does.
 SettingsLine ReadAsMeant(const SettingsEntry& entry, const SettingsReport& settings);
 
-/// The whole line as it was probably meant: the launcher's key and the path, with nothing around them.
+/// The whole line as it was probably meant: the launcher's key and the path, with nothing around them. What
+/// only a person can replace stays.
 std::string MeantLine(const SettingsLine& line);
 
 /// The text without blanks at its ends.

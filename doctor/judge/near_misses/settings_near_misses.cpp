@@ -6,6 +6,7 @@
 #include "doctor/judge/near_misses/near_misses.h"
 #include "doctor/judge/near_misses/settings_line.h"
 #include "doctor/judge/words/text.h"
+#include "netloader/netloaderhostfxr/src/string_token.h"
 #include "netloader/netloaderquorcommon/src/settings_keys.h"
 
 namespace doctor {
@@ -19,6 +20,14 @@ std::string SedReplacement(std::string_view text) {
     escaped += letter;
   }
   return escaped;
+}
+
+// Writes the line anew; words where it is not known what to write.
+std::string CommandFor(const SettingsLine& line, const std::string& script) {
+  const bool isKnown = MeantLine(line) != line.entry.key + "=" + line.entry.value;
+  return isKnown ? "sed -i " + ShellWord(script) + " " + ShellWord(line.settings.path)
+                 : "write the folder itself into line " + std::to_string(line.entry.line) + " of " +
+                       Printable(line.settings.path);
 }
 
 bool IsAboutRoot(const SettingsLine& line) {
@@ -35,7 +44,9 @@ Clue At(const SettingsLine& line, Values values = {}) {
     values.emplace("key", line.meant->name);
     values.emplace("setting", line.meant->meaning);
     values.emplace("value", Quoted(line.value));
-    values.emplace("script_word", ShellWord(number + "s|.*|" + SedReplacement(MeantLine(line)) + "|"));
+    const std::string script = number + "s|.*|" + SedReplacement(MeantLine(line)) + "|";
+    values.emplace("script_word", ShellWord(script));
+    values.emplace("command", CommandFor(line, script));
   }
   return {"line " + number, std::move(values), IsAboutRoot(line) && line.entry.use != LineUse::kReplaced};
 }
@@ -98,8 +109,15 @@ std::optional<Clue> TildeInValue(const SettingsLine& line) {
   return AboutValue(line, [](std::string_view value) { return Trimmed(value).starts_with('~'); });
 }
 
+// The words of the dynamic loader are another matter: nobody means a value by them.
 std::optional<Clue> VariableInValue(const SettingsLine& line) {
-  return AboutValue(line, [](std::string_view value) { return value.find('$') != std::string_view::npos; });
+  return AboutValue(line, [](std::string_view value) {
+    return value.find('$') != std::string_view::npos && netloader::FindStringToken(value).empty();
+  });
+}
+
+std::optional<Clue> NulInValue(const SettingsLine& line) {
+  return AboutValue(line, [](std::string_view value) { return value.find('\0') != std::string_view::npos; });
 }
 
 // What each line is looked at for that can be mended by writing it anew.
@@ -117,6 +135,7 @@ constexpr auto kLineChecks = std::to_array<Check<SettingsLine>>({
     {Finding::kTypographicQuotes, TypographicQuotes},
     {Finding::kTildeInValue, TildeInValue},
     {Finding::kVariableInValue, VariableInValue},
+    {Finding::kNulInValue, NulInValue},
 });
 
 std::optional<Clue> SectionHeading(const SettingsLine& line) {

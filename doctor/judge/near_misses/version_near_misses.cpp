@@ -1,5 +1,8 @@
+#include <unistd.h>
+
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <charconv>
 #include <exception>
 #include <filesystem>
@@ -7,9 +10,11 @@
 #include <string_view>
 #include <vector>
 
+#include "doctor/judge/near_misses/access.h"
 #include "doctor/judge/near_misses/checks.h"
 #include "doctor/judge/near_misses/near_misses.h"
 #include "doctor/judge/words/text.h"
+#include "netloader/netloaderhostfxr/src/string_token.h"
 #include "netloader/netloaderhostfxr/src/version_order.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 
@@ -32,6 +37,17 @@ std::optional<Clue> LibraryIsLink(const VersionReport& version) {
   const fs::path target = fs::canonical(ToUtf8(version.library), ignored);
   return AboutLibrary(version, version.reason == VersionReason::kLibraryIsLink,
                       {{"target_word", ShellWord(target.string())}});
+}
+
+// The root's is reported once, for all versions.
+std::optional<Clue> TokenInName(const VersionReport& version) {
+  return netloader::FindStringToken(version.name).empty() ? std::nullopt : AtStringToken(ToUtf8(version.library));
+}
+
+std::optional<Clue> FileNotRead(const VersionReport& version) {
+  const std::string library = ToUtf8(version.library);
+  const bool isClosed = version.reason == VersionReason::kUnreadable && !MayUse(library, R_OK) && errno == EACCES;
+  return isClosed ? std::optional(AtClosed(library)) : std::nullopt;
 }
 
 std::optional<Clue> OtherMachine(const VersionReport& version) {
@@ -88,6 +104,8 @@ constexpr auto kVersionsChecks = std::to_array<Check<RuntimeReport>>({
 // What each version folder's library is looked at for.
 constexpr auto kLibraryChecks = std::to_array<Check<VersionReport>>({
     {Finding::kLibraryIsLink, LibraryIsLink},
+    {Finding::kStringTokenInPath, TokenInName},
+    {Finding::kFileNotRead, FileNotRead},
     {Finding::kOtherMachine, OtherMachine},
     {Finding::kCutShort, CutShort},
 });

@@ -29,6 +29,7 @@ inline constexpr auto kVersionReasons = std::to_array<VersionReasonText>({
      "{library} is not a regular file"},
     {VersionReason::kRelativePath, "relative-path", "the root is relative, and nothing is loaded from one",
      "its path is relative, and only absolute ones are loaded"},
+    {VersionReason::kStringToken, "string-token", "its path holds a word that the dynamic loader replaces", "{words}"},
     {VersionReason::kUnreadable, "unreadable", "the library cannot be opened or read", "{words}"},
     {VersionReason::kNotElf, "not-elf", "the library is empty, text or in another format", "{words}"},
     {VersionReason::kOtherMachine, "other-machine", "the library is for another machine or word size", "{words}"},

@@ -91,6 +91,18 @@ TEST(RuntimeReport, EveryRefusalHasItsReason) {
   }
 }
 
+TEST(RuntimeReport, ALibraryWhosePathMeansAnotherFileToTheDynamicLoaderIsNotLoaded) {
+  RuntimeTree runtime;
+  runtime.AddHost("6.0.$LIB");
+
+  for (const LibraryProber& prober : {LibraryProber(), Finds({})}) {
+    const RuntimeReport report = Examine(runtime, prober);
+
+    EXPECT_EQ(Story(report), "6.0.$LIB refused string-token");
+    EXPECT_EQ(Detail(report.versions.at(0)), "its path contains $LIB, which the dynamic loader replaces");
+  }
+}
+
 TEST(RuntimeReport, EveryEndOfLoadingIsAFinding) {
   struct Row {
     const char* story;

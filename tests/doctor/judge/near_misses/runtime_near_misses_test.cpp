@@ -62,6 +62,8 @@ TEST(RuntimeNearMisses, AreNamedWithTheirPlace) {
       {"other machine", "other-machine 6.0.2",
        [](RuntimeTree& tree) { tree.AddHostOfBytes("6.0.2", tests::ArmLibrary()); }},
       {"cut short", "cut-short 6.0.2", [](RuntimeTree& tree) { tree.AddHostOfBytes("6.0.2", tests::CutLibrary()); }},
+      {"a version's name that the dynamic loader would change", "string-token-in-path 6.0.2.$LIB",
+       [](RuntimeTree& tree) { tree.AddHost("6.0.2.$LIB").AddHost("6.0.1"); }},
       {"a newer runtime", "other-runtime .", [](RuntimeTree& tree) { tree.AddHost("7.0.20"); }},
       {"an older runtime", "other-runtime .", [](RuntimeTree& tree) { tree.AddHost("3.1.32"); }},
       {"a runtime of nearly that name", "other-runtime .", [](RuntimeTree& tree) { tree.AddHost("6.1.0"); }},
@@ -87,6 +89,7 @@ TEST(RuntimeNearMisses, WhatIsMeantIsNone) {
       {"a preview", [](RuntimeTree& tree) { tree.AddHost("6.0.0-preview.1").AddHost("6.0.1"); }},
       {"text in a library's place, which is reported already",
        [](RuntimeTree& tree) { tree.AddHostOfBytes("6.0.1", "text"); }},
+      {"a dollar that means nothing", [](RuntimeTree& tree) { tree.AddHost("6.0.1$HOME"); }},
       {"another folder", [](RuntimeTree& tree) { tree.AddHost("backup").AddHost("6.0.1"); }},
       {"another version without a library", [](RuntimeTree& tree) { tree.AddFolder("7.0.1"); }},
       {"a link to a file", [](RuntimeTree& tree) { tree.AddHost("6.0.1").AddLink("x", tree.HostFile("6.0.1")); }},
@@ -172,8 +175,10 @@ TEST(RuntimeNearMisses, AFolderThatTheUserCannotEnterIsNamed) {
     const char* closed;
     mode_t mode;
   };
-  const Row rows[] = {{"a version", "6.0.2", 0}, {"a version, readable only", "6.0.2", 0444}, {"host/fxr", ".", 0},
-                      {"host", "..", 0},         {"host, readable only", "..", 0644},         {"the root", "../..", 0}};
+  const Row rows[] = {{"a version", "6.0.2", 0}, {"a version, readable only", "6.0.2", 0444},
+                      {"host/fxr", ".", 0},      {"host/fxr, readable only", ".", 0444},
+                      {"host", "..", 0},         {"host, readable only", "..", 0644},
+                      {"the root", "../..", 0}};
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     RuntimeTree runtime;
@@ -189,6 +194,34 @@ TEST(RuntimeNearMisses, AFolderThatTheUserCannotEnterIsNamed) {
     EXPECT_EQ(warnings[0].finding, Finding::kFolderNotEntered);
     EXPECT_EQ(fs::path(warnings[0].place + "/").lexically_normal(), fs::path(closed.string() + "/").lexically_normal());
     EXPECT_TRUE(Misses(runtime.Root()).empty());
+  }
+}
+
+TEST(RuntimeNearMisses, ALibraryThatTheUserCannotReadIsNamed) {
+  RuntimeTree runtime;
+  runtime.AddHost("6.0.1");
+  const tests::WithoutReadingEverything user;
+  fs::permissions(runtime.HostFile("6.0.1"), fs::perms::none);
+
+  const Warnings warnings = Misses(runtime.Root());
+
+  ASSERT_EQ(warnings.size(), 1U);
+  EXPECT_EQ(warnings[0].finding, Finding::kFileNotRead);
+  EXPECT_EQ(warnings[0].cure, "chmod u+r " + runtime.HostFile("6.0.1").string());
+}
+
+TEST(RuntimeNearMisses, ARootThatTheDynamicLoaderWouldChangeIsNamedOnce) {
+  const tests::TempFolder folder;
+  for (const char* version : {"6.0.1", "6.0.2"}) {
+    tests::WriteFile(folder / "$ORIGIN/host/fxr" / version / "libhostfxr.so", tests::ReadFile(tests::HostLibrary()));
+  }
+
+  for (const char* name : {"$ORIGIN", "${PLATFORM}/nothing"}) {
+    const Warnings warnings = Misses(folder / name);
+
+    ASSERT_EQ(warnings.size(), 1U);
+    EXPECT_EQ(warnings[0].finding, Finding::kStringTokenInPath);
+    EXPECT_EQ(warnings[0].place, folder / name);
   }
 }
 

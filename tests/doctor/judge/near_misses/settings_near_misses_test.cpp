@@ -5,6 +5,7 @@
 
 #include "doctor/examine/settings_report.h"
 #include "doctor/judge/near_misses/near_misses.h"
+#include "tests/support/scoped_environment.h"
 #include "tests/support/temp_folder.h"
 
 namespace doctor {
@@ -63,6 +64,9 @@ TEST(SettingsNearMisses, AreNamedWithTheirLine) {
       {"typographic quotes", "DotnetRootFolder=\u201C/r\u201D\n", "typographic-quotes line 1"},
       {"the home folder", "DotnetRootFolder=~/dotnet\n", "tilde-in-value line 1"},
       {"a variable", "DotnetRootFolder=$HOME/dotnet\n", "variable-in-value line 1"},
+      {"another user's home folder", "DotnetRootFolder=~root/dotnet\n", "tilde-in-value line 1"},
+      {"another variable", "DotnetRootFolder=$DOTNET_ROOT\n", "variable-in-value line 1"},
+      {"a NUL", std::string("DotnetRootFolder=/r\0\n", 21), "nul-in-value line 1"},
       {"export", "export DotnetRootFolder=/r\n", "export-before-key line 1"},
       {"a colon", "DotnetRootFolder: /r\n", "colon-for-equals line 1"},
       {"a section", "[main]\nDotnetRootFolder=/r\n", "section-heading line 1"},
@@ -86,6 +90,7 @@ TEST(SettingsNearMisses, WhatIsMeantIsNone) {
     std::string bytes;
   };
   const Row rows[] = {
+      {"what the dynamic loader replaces, which the runtime's check reports", "DotnetRootFolder=/r/$ORIGIN\n"},
       {"plain", "DotnetRootFolder=/r\nLoaderLoggingDir=/l\n"},
       {"blanks inside of the value", "DotnetRootFolder=/my runtime\n"},
       {"one quote", "DotnetRootFolder=/r\"\n"},
@@ -155,6 +160,33 @@ TEST(SettingsNearMisses, TheirCureMendsTheFile) {
 
 TEST(SettingsNearMisses, ACureKeepsEveryLetterOfThePath) {
   EXPECT_EQ(Mended("DotnetRootFolder=/a|b&c\\d'e\"f \n"), "DotnetRootFolder=/a|b&c\\d'e\"f\n");
+}
+
+TEST(SettingsNearMisses, ACureReplacesAHomeFolderAsAShellDoes) {
+  tests::ScopedEnvironment environment;
+  environment.Set("HOME", "/home/of us");
+
+  for (const char* own : {"~", "$HOME", "${HOME}"}) {
+    EXPECT_EQ(Mended(std::string("DotnetRootFolder=") + own + "/dotnet\n"), "DotnetRootFolder=/home/of us/dotnet\n");
+    EXPECT_EQ(Mended(std::string("DotnetRootFolder=") + own + "\n"), "DotnetRootFolder=/home/of us\n");
+  }
+  EXPECT_EQ(Mended("DotnetRootFolder=~root/dotnet\n"), "DotnetRootFolder=/root/dotnet\n");
+}
+
+TEST(SettingsNearMisses, ACureThatOnlyAPersonKnowsIsInWords) {
+  for (const char* value : {"~no-such-user/dotnet", "$HOMER/dotnet", "$DOTNET_ROOT", "/opt/$HOME", "~$HOME"}) {
+    const tests::TempFolder folder;
+    tests::WriteFile(folder / "settings.ini", std::string("DotnetRootFolder=") + value + "\n");
+
+    const Warnings warnings = SettingsNearMisses(ExamineSettings(folder / "settings.ini"));
+
+    EXPECT_EQ(warnings.back().cure,
+              "write the folder itself into line 1 of " + std::filesystem::path(folder / "settings.ini").string());
+  }
+}
+
+TEST(SettingsNearMisses, ACureLeavesOutWhatStandsBehindANul) {
+  EXPECT_EQ(Mended(std::string("DotnetRootFolder=/r\0x\n", 22)), "DotnetRootFolder=/r\n");
 }
 
 TEST(SettingsNearMisses, TheFileAsAWholeMayBeTheMistake) {
