@@ -21,6 +21,8 @@ namespace tests {
 
 namespace {
 
+constexpr unsigned int kCloseOnExec = 1U << 2;  // CLOSE_RANGE_CLOEXEC, which headers have for a few years only.
+
 // A nameless file in memory. Unlike a pipe it holds any amount while nobody reads.
 class MemoryFile {
  public:
@@ -197,6 +199,8 @@ void Command::Become(const Launch& launch) const {
   ::dup2(launch.in.Descriptor(), STDIN_FILENO);
   ::dup2(launch.out.Descriptor(), STDOUT_FILENO);
   ::dup2(launch.err.Descriptor(), STDERR_FILENO);
+  // What the test itself has been started with is none of the program's.
+  ::syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, kCloseOnExec);
   const rlimit no_core{0, 0};
   ::setrlimit(RLIMIT_CORE, &no_core);
   if (!reads_everything_) {

@@ -20,7 +20,7 @@ struct Outcome {
   std::string err;
 };
 
-/// A program, how it is started, and its one run.
+/// A program, how it is started, and its one run. Only the three standard streams are open in it.
 class Command {
  public:
   explicit Command(std::filesystem::path program);
