@@ -16,6 +16,7 @@
 #include <string_view>
 #include <utility>
 
+#include "doctor/child/shared_text.h"
 #include "foundation/file_descriptor.h"
 
 namespace doctor {
@@ -26,7 +27,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kLongestOutput = std::size_t{64} * 1024;
 constexpr int kPatience = 10;  // Milliseconds.
-constexpr char kEndOfAnswer = '\n';
 
 struct Pipe {
   FileDescriptor read = FileDescriptor();
@@ -56,10 +56,11 @@ std::string Encode(std::string_view how, const Answer& answer) {
   std::string bytes(how);
   bytes += '\0';
   for (const std::string& text : answer) {
-    bytes += text;
+    const std::size_t taken = bytes.size() + answer.size();  // Each text needs its end.
+    bytes += text.substr(0, SharedText::kLongest - std::min(taken, SharedText::kLongest));
     bytes += '\0';
   }
-  return bytes += kEndOfAnswer;
+  return bytes;
 }
 
 std::string DoWork(const std::function<Answer()>& work) {
@@ -73,22 +74,12 @@ std::string DoWork(const std::function<Answer()>& work) {
   }
 }
 
-void WriteAll(int descriptor, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
-    if (count < 0 && errno != EINTR) {
-      return;
-    }
-    bytes.remove_prefix(count > 0 ? static_cast<std::size_t>(count) : 0);
-  }
-}
-
 // What may not be thrown out of it: the parent's code would go on in the child.
-[[noreturn]] void BeTheChild(const std::function<Answer()>& work, Pipe& answer, Pipe& output) noexcept {
+[[noreturn]] void BeTheChild(const std::function<Answer()>& work, SharedText& answer, Pipe& output) noexcept {
   // Whoever writes to a pipe that nobody reads any more must learn of it.
-  answer.read.Close();
   output.read.Close();
-  ::setpgid(0, 0);
+  // A session of its own has no terminal that a library could open and set up otherwise.
+  ::setsid();
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   const rlimit noCore{0, 0};
   ::setrlimit(RLIMIT_CORE, &noCore);
@@ -96,7 +87,7 @@ void WriteAll(int descriptor, std::string_view bytes) {
   ::dup2(nothing.Get(), STDIN_FILENO);
   ::dup2(output.write.Get(), STDOUT_FILENO);
   ::dup2(output.write.Get(), STDERR_FILENO);
-  WriteAll(answer.write.Get(), DoWork(work));
+  answer.Write(DoWork(work));
   ::_exit(0);
 }
 
@@ -131,13 +122,11 @@ int MillisecondsTo(Clock::time_point deadline) {
 // The parent's side of a child that runs.
 struct Conversation {
   pid_t process;
-  FileDescriptor answer;
   FileDescriptor output;
-  std::string answer_text = {};
-  std::string output_text = {};
+  std::string text = {};
 };
 
-// Collects both texts until the child has ended. False when the deadline comes first.
+// Collects what it writes until the child has ended. False when the deadline comes first.
 bool Listen(Conversation& with, Clock::time_point deadline) {
   // Kernels before 5.3 have none; the child is then asked every few milliseconds.
   const FileDescriptor child(static_cast<int>(::syscall(SYS_pidfd_open, with.process, 0)));
@@ -147,31 +136,26 @@ bool Listen(Conversation& with, Clock::time_point deadline) {
       return false;
     }
     // A closed end is -1, which poll passes over.
-    std::array<pollfd, 3> ready{pollfd{child.Get(), POLLIN, 0}, pollfd{with.answer.Get(), POLLIN, 0},
-                                pollfd{with.output.Get(), POLLIN, 0}};
+    std::array<pollfd, 2> ready{pollfd{child.Get(), POLLIN, 0}, pollfd{with.output.Get(), POLLIN, 0}};
     if (::poll(ready.data(), ready.size(), child.IsOpen() ? left : std::min(left, kPatience)) <= 0) {
       continue;
     }
-    if (ready[1].revents != 0 && !ReadSome(with.answer, with.answer_text)) {
-      with.answer.Close();
-    }
-    if (ready[2].revents != 0 && !ReadSome(with.output, with.output_text)) {
+    if (ready[1].revents != 0 && !ReadSome(with.output, with.text)) {
       with.output.Close();
     }
-    with.output_text.resize(std::min(with.output_text.size(), kLongestOutput));
+    with.text.resize(std::min(with.text.size(), kLongestOutput));
   }
   return true;
 }
 
-// How it ended and what it said; a child that exited without a whole answer exited on its own.
+// How it ended and what it said; a child that exited without an answer exited on its own.
 void Decode(std::string_view bytes, int exitStatus, ChildResult& result) {
-  if (!bytes.ends_with(std::string_view("\0\n", 2))) {
+  if (bytes.empty()) {
     result.end = ChildEnd::kExited;
     result.code = exitStatus;
     return;
   }
   Answer texts;
-  bytes.remove_suffix(1);
   for (std::size_t end = 0; !bytes.empty(); bytes.remove_prefix(end + 1)) {
     end = bytes.find('\0');
     texts.emplace_back(bytes.substr(0, end));
@@ -194,9 +178,9 @@ ChildResult NotStarted() {
 }  // namespace
 
 ChildResult RunInChild(const std::function<Answer()>& work, std::chrono::milliseconds limit) {
-  Pipe answer = MakePipe();
+  SharedText answer;
   Pipe output = MakePipe();
-  if (!answer.read.IsOpen() || !output.read.IsOpen()) {
+  if (!answer.IsThere() || !output.read.IsOpen()) {
     return NotStarted();
   }
   const Clock::time_point deadline = Clock::now() + limit;
@@ -207,24 +191,22 @@ ChildResult RunInChild(const std::function<Answer()>& work, std::chrono::millise
   if (process == 0) {
     BeTheChild(work, answer, output);
   }
-  answer.write.Close();
   output.write.Close();
 
-  Conversation child{process, std::move(answer.read), std::move(output.read)};
+  Conversation child{process, std::move(output.read)};
   const bool ended = Listen(child, deadline);
   ::kill(-process, SIGKILL);  // What it may have started, too.
   ::kill(process, SIGKILL);
-  Drain(child.answer, child.answer_text);
-  Drain(child.output, child.output_text);
+  Drain(child.output, child.text);
   int status = 0;
   ::waitpid(process, &status, 0);
   ChildResult result{ChildEnd::kTimedOut};
-  result.output = child.output_text.substr(0, kLongestOutput);
+  result.output = child.text.substr(0, kLongestOutput);
   if (ended && WIFSIGNALED(status)) {
     result.end = ChildEnd::kCrashed;
     result.code = WTERMSIG(status);
   } else if (ended) {
-    Decode(child.answer_text, WEXITSTATUS(status), result);
+    Decode(answer.Read(), WEXITSTATUS(status), result);
   }
   return result;
 }

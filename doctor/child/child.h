@@ -8,7 +8,7 @@
 
 namespace doctor {
 
-/// What a child's work found: texts without NULs.
+/// What a child's work found: texts without NULs. What is longer than `SharedText::kLongest` in all is cut short.
 using Answer = std::vector<std::string>;
 
 enum class ChildEnd {
@@ -29,8 +29,8 @@ struct ChildResult {
   std::string output = {};   ///< What it wrote to standard output and error, as far as 64 KiB.
 };
 
-/// Runs the work in a child that reads nothing, dumps no core and does not outlive this process. Waits for its end or
-/// for the limit, whichever comes first.
+/// Runs the work in a child that reads nothing, has no terminal, dumps no core and does not outlive this process. Its
+/// answer comes whatever descriptors the work closes. Waits for its end or for the limit, whichever comes first.
 ChildResult RunInChild(const std::function<Answer()>& work, std::chrono::milliseconds limit);
 
 }  // namespace doctor

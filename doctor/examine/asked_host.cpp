@@ -2,6 +2,8 @@
 
 #include <dlfcn.h>
 
+#include <string_view>
+
 #include "launcher/product/product.h"
 #include "netloader/platform/environment.h"
 
@@ -18,8 +20,13 @@ std::string& Words() {
   return words;
 }
 
+// As much as is kept of what a child writes: a host may have much to say, or never stop.
+constexpr std::size_t kLongestWords = std::size_t{64} * 1024;
+
 void WriteWords(const char* message) {
-  Words().append(message).append("\n");
+  if (Words().size() < kLongestWords) {
+    Words().append(std::string_view(message).substr(0, kLongestWords)).append("\n");
+  }
 }
 
 void ListenTo(const AskedHost& host) {

@@ -21,7 +21,7 @@ struct AskedHost {
 /// What the host says goes to `HostWords()`. The context is not closed.
 AskedHost AskHost(const tov::WideString& path, const tov::WideString& root, const tov::WideString& assembly);
 
-/// What the host wrote through its error writer, line by line.
+/// The beginning of what the host wrote through its error writer, line by line.
 const std::string& HostWords();
 
 /// The variables that a launch sets and removes, applied to this process.

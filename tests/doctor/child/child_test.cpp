@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pty.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -13,6 +14,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdarg>
+#include <cstring>
 #include <fstream>
 #include <stdexcept>
 #include <thread>
@@ -126,6 +128,61 @@ TEST(Child, BringsTheAnswerOfItsWork) {
     EXPECT_EQ(result.output, "");
     EXPECT_EQ(result.message, "");
   }
+}
+
+TEST(Child, AnAnswerBeyondAllMeasureIsCutShortAndKeepsItsPlaces) {
+  const std::size_t tooLong = std::size_t{5} * 1024 * 1024;
+
+  const Answer answer = RunInChild([=] { return Answer{"one", std::string(tooLong, 'x'), "three"}; }, kLong).answer;
+
+  ASSERT_EQ(answer.size(), 3U);
+  EXPECT_EQ(answer.at(0), "one");
+  EXPECT_GT(answer.at(1).size(), std::size_t{4'000'000});
+  EXPECT_LT(answer.at(1).size(), tooLong);
+}
+
+TEST(Child, WhateverItClosesItsAnswerComes) {
+  const auto closeAll = [] {
+    Say(STDOUT_FILENO, "words");
+    for (int descriptor = 0; descriptor < 1024; ++descriptor) {
+      ::close(descriptor);
+    }
+  };
+
+  const ChildResult finished = RunInChild(
+      [&] {
+        closeAll();
+        return Answer{"answer"};
+      },
+      kLong);
+  const ChildResult threw = RunInChild(
+      [&]() -> Answer {
+        closeAll();
+        throw std::runtime_error("its words");
+      },
+      kLong);
+
+  EXPECT_EQ(finished.end, ChildEnd::kFinished);
+  EXPECT_EQ(finished.answer, Answer{"answer"});
+  EXPECT_EQ(finished.output, "words");
+  EXPECT_EQ(threw.end, ChildEnd::kThrew);
+  EXPECT_EQ(threw.message, "its words");
+}
+
+TEST(Child, HasNoTerminalThatItCouldChange) {
+  const auto openTerminal = [] { return Answer{::open("/dev/tty", O_RDWR) < 0 ? ::strerror(errno) : "open"}; };
+  int terminal = -1;
+  const pid_t process = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (process == 0) {
+    const bool hasTerminal = ::open("/dev/tty", O_RDWR) >= 0;
+    ::_exit(hasTerminal && RunInChild(openTerminal, kLong).answer == Answer{::strerror(ENXIO)} ? 0 : 1);
+  }
+
+  int status = 0;
+  ::waitpid(process, &status, 0);
+
+  ::close(terminal);
+  EXPECT_EQ(status, 0);
 }
 
 TEST(Child, WhatItDoesIsItsOwn) {
