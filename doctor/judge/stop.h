@@ -18,8 +18,9 @@ enum class Stop : unsigned {
   kNoVersion = 1U << 6,  ///< No version fits.
   kNoneLoads = 1U << 7,  ///< Versions fit, and none can be loaded.
   kLoading = 1U << 8,    ///< A library ends the process while it is loaded.
-  kContext = 1U << 9,    ///< The host gives no context.
-  kStart = 1U << 10,     ///< The runtime does not start.
+  kInHost = 1U << 9,     ///< The host ends the process, or does not come back, while it is asked for a context.
+  kContext = 1U << 10,   ///< The host gives no context.
+  kStart = 1U << 11,     ///< The runtime does not start.
 };
 
 constexpr Stop operator|(Stop a, Stop b) {

@@ -195,7 +195,7 @@ std::optional<Verdict> JudgeRuntime(const RuntimeReport& runtime, const Settings
 std::optional<Verdict> JudgeContext(const ContextProbe& context, const VersionReport& version) {
   Clue clue = AtVersion(version);
   if (context.child.end != ChildEnd::kFinished) {
-    return EndsLike(context.child, Stop::kContext, Finding::kEndsInHost, Finding::kHostNotFinished, std::move(clue));
+    return EndsLike(context.child, Stop::kInHost, Finding::kEndsInHost, Finding::kHostNotFinished, std::move(clue));
   }
   if (context.IsUsable()) {
     return std::nullopt;

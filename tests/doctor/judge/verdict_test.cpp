@@ -234,6 +234,24 @@ TEST(Verdict, TheFirstWarningThatExplainsTheEndBecomesItsCause) {
   EXPECT_EQ(decisive, "de");
 }
 
+TEST(Verdict, NoWarningExplainsAHostThatEndsTheProcessOrIsNotDone) {
+  for (const ChildEnd end :
+       {ChildEnd::kThrew, ChildEnd::kThrewUnknown, ChildEnd::kExited, ChildEnd::kCrashed, ChildEnd::kTimedOut}) {
+    SoundEvidence world;
+    world.application.context->child = {end};
+    Verdict verdict = world.Judged();
+    const Finding before = verdict.cause.finding;
+    Warnings warnings = {{Finding::kMissingAssembly, "a", "text"},
+                         {Finding::kMissingFramework, "b", "text"},
+                         {Finding::kMalformedConfig, "c", "text"}};
+
+    Explain(verdict, warnings);
+
+    EXPECT_EQ(verdict.cause.finding, before) << static_cast<int>(end);
+    EXPECT_TRUE(std::ranges::none_of(warnings, &Warning::decides));
+  }
+}
+
 TEST(Verdict, NoWarningExplainsALaunchThatRuns) {
   Verdict verdict = SoundEvidence().Judged();
   Warnings warnings;
