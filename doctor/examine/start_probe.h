@@ -18,6 +18,8 @@ struct StartProbe {
   std::string host_text = {};  ///< What the host wrote through its error writer.
 
   bool HasStarted() const { return child.end == ChildEnd::kFinished && was_tried && result == 0; }
+  /// A start that was not tried has not failed.
+  bool HasFailed() const { return child.end != ChildEnd::kFinished || (was_tried && result != 0); }
 };
 
 /// Has the host library start the runtime that a launch without arguments would start. The assembly is not loaded.

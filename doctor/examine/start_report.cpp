@@ -91,7 +91,8 @@ void ReadFiles(const std::string& assembly, const std::string& assemblies, FileR
 }  // namespace
 
 const BrokenFile* StartReport::Decisive() const {
-  return !broken.empty() && broken.front().need != Need::kLater ? &broken.front() : nullptr;
+  const Need last = probe.HasFailed() ? Need::kStart : Need::kMain;
+  return !broken.empty() && broken.front().need <= last ? &broken.front() : nullptr;
 }
 
 StartReport ExamineStart(const std::string& assembly, const std::string& assemblies, const StartProber& prober) {

@@ -32,7 +32,8 @@ struct StartReport {
   std::vector<BrokenFile> broken = {};  ///< Those that are needed first.
   Surroundings surroundings = {};
 
-  /// The broken file without which the application is not reached; null when there is none.
+  /// The broken file because of which the application is not reached; null when there is none. Of a start that has
+  /// failed only a file that starting takes can be the cause.
   const BrokenFile* Decisive() const;
 };
 

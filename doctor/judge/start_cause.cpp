@@ -26,10 +26,6 @@ constexpr std::uint32_t kOutOfMemory = 0x8007000e;
 constexpr std::uint32_t kModuleNotFound = 0x8007007e;
 constexpr std::string_view kResultWords = "HRESULT: ";
 
-bool HasFailed(const StartProbe& probe) {
-  return probe.child.end != ChildEnd::kFinished || (probe.was_tried && probe.result != 0);
-}
-
 // The host gives a status of its own, and the runtime's result in its words only.
 bool EndedWith(const StartReport& start, std::uint32_t result) {
   const std::string words = start.probe.child.output + start.probe.host_text;
@@ -128,9 +124,6 @@ std::string ResultOf(const StartProbe& probe) {
 // What the runtime writes itself says more than what the host makes of it.
 Warning UnknownCause(const StartReport& start) {
   const StartProbe& probe = start.probe;
-  if (probe.child.end == ChildEnd::kTimedOut) {
-    return Worded(Finding::kStartNotFinished, {});
-  }
   const std::string words = LastLine(probe.child.output.empty() ? probe.host_text : probe.child.output);
   return Worded(Finding::kRuntimeNotStarted,
                 {{}, {{"result", ResultOf(probe)}, {"words", words.empty() ? "" : "It says: " + Printable(words)}}});
@@ -150,8 +143,11 @@ constexpr auto kCauses = std::to_array<std::optional<Warning> (*)(const StartRep
 }  // namespace
 
 std::optional<Warning> CauseOf(const StartReport& start) {
-  if (!HasFailed(start.probe)) {
+  if (!start.probe.HasFailed()) {
     return BrokenFileCause(start);
+  }
+  if (start.probe.child.end == ChildEnd::kTimedOut) {
+    return Worded(Finding::kStartNotFinished, {});
   }
   for (const auto& look : kCauses) {
     if (auto cause = look(start)) {

@@ -29,7 +29,7 @@ Warnings EnvironmentNearMisses(const SettingsReport& settings);
 /// does not have.
 Warnings ApplicationNearMisses(const ApplicationReport& report, bool hasVersion);
 
-/// Broken files that the application may come to need.
+/// Broken files that the application may come to need, but for the one that ends the launch.
 Warnings StartNearMisses(const StartReport& report);
 
 }  // namespace doctor

@@ -7,8 +7,9 @@
 namespace doctor {
 namespace {
 
+// What starting takes is said where the start fails.
 std::optional<Clue> BrokenForLater(const BrokenFile& file) {
-  if (file.need != Need::kLater) {
+  if (file.need == Need::kStart) {
     return std::nullopt;
   }
   const std::string folder = std::filesystem::path(file.path).parent_path().filename();
@@ -25,7 +26,9 @@ constexpr auto kFileChecks = std::to_array<Check<BrokenFile>>({
 Warnings StartNearMisses(const StartReport& report) {
   Warnings warnings;
   for (const BrokenFile& file : report.broken) {
-    Apply(kFileChecks, file, warnings);
+    if (&file != report.Decisive()) {
+      Apply(kFileChecks, file, warnings);
+    }
   }
   return warnings;
 }

@@ -61,6 +61,24 @@ TEST(StartCause, AFileThatMayBeNeededLaterIsNone) {
   EXPECT_EQ(Text(start), "");
 }
 
+TEST(StartCause, OfAStartThatFailsOnlyAFileThatStartingTakesIsTheCause) {
+  StartReport start = Failed("0x8007000E");
+  start.surroundings.address_space = 64 * 1024 * 1024;
+  start.broken = {{"/net/6.0.36/System.Runtime.dll", Need::kMain, true, false, false, "missing"}};
+  EXPECT_EQ(Text(start), "the address space is limited to 64 MiB, which is too little for .NET");
+
+  start.broken.insert(start.broken.begin(), {"/net/6.0.36/libcoreclr.so", Need::kStart, true, false, false, "missing"});
+  EXPECT_EQ(Text(start), "libcoreclr.so is missing");
+}
+
+TEST(StartCause, WhatDidNotFinishIsNotExplained) {
+  StartReport start{{{ChildEnd::kTimedOut}}};
+  start.surroundings.open_files = 10;
+  start.broken = {{"/net/6.0.36/libcoreclr.so", Need::kStart, true, false, false, "missing"}};
+
+  EXPECT_EQ(CauseOf(start)->finding, Finding::kStartNotFinished);
+}
+
 TEST(StartCause, AnApplicationThatMayNotBeReadIsMadeReadableForThisUser) {
   const tests::TempFolder folder;
   tests::WriteFile(folder / "own.dll", "");
