@@ -1,4 +1,4 @@
-// A page of text: 100 columns, aligned, coloured if asked.
+// A page of text: aligned, coloured if asked, words and paths whole.
 #pragma once
 
 #include <cstddef>
@@ -8,6 +8,7 @@
 
 namespace doctor {
 
+/// Columns of a page that nobody reads on a terminal.
 inline constexpr std::size_t kPageWidth = 100;
 
 enum class Paint { kPlain, kStrong, kGood, kBad, kOdd, kFaint };
@@ -21,18 +22,20 @@ struct Cell {
 /// Collects a page. All texts must be printable (see text.h).
 class Page {
  public:
-  explicit Page(bool colored) : colored_(colored) {}
+  /// `width` is at least 60.
+  explicit Page(bool colored, std::size_t width = kPageWidth) : colored_(colored), width_(width) {}
 
   /// A heading with what it is about behind it, after an empty line.
   void Heading(const std::string& title, const std::string& about);
 
-  /// Text with an indentation, broken between words, inside them only where one is longer than a line.
+  /// Text with an indentation, broken between words. A word longer than a line stands whole on a line of its own.
   void Paragraph(const std::string& text, std::size_t indent, Paint paint = Paint::kPlain);
 
   /// Text with an indentation, in one line however long it is: to be copied.
   void Line(const std::string& text, std::size_t indent);
 
-  /// Rows of equally many cells, the columns aligned; what does not fit its column is broken.
+  /// Rows of equally many cells, the columns aligned; what does not fit its column is broken between words. Where a
+  /// word does not fit, what is right of it goes on below.
   void Table(const std::vector<std::vector<Cell>>& rows, std::size_t indent);
 
   const std::string& Text() const { return text_; }
@@ -42,10 +45,11 @@ class Page {
   void PutRow(const std::vector<Cell>& row, const std::vector<std::size_t>& widths, std::size_t indent);
 
   bool colored_;
+  std::size_t width_;
   std::string text_;
 };
 
-/// The text in lines of at most `width` columns.
+/// The text in lines of at most `width` columns, but for longer words, which stand whole.
 std::vector<std::string> Wrapped(std::string_view text, std::size_t width);
 
 }  // namespace doctor

@@ -21,32 +21,36 @@ Lines LinesOf(const std::string& text) {
   return lines;
 }
 
-TEST(Page, TextIsBrokenBetweenWordsAndInsideOfThemOnlyWhereOneIsTooLong) {
+TEST(Page, TextIsBrokenBetweenWordsAndNeverInsideOfOne) {
   EXPECT_EQ(Wrapped("", 5), (Lines{""}));
   EXPECT_EQ(Wrapped("12345", 5), (Lines{"12345"}));
   EXPECT_EQ(Wrapped("12345 7", 5), (Lines{"12345", "7"}));
   EXPECT_EQ(Wrapped("12 45 78", 5), (Lines{"12 45", "78"}));
-  EXPECT_EQ(Wrapped("123456789ab", 5), (Lines{"12345", "6789a", "b"}));
+  EXPECT_EQ(Wrapped("123456789ab", 5), (Lines{"123456789ab"}));
   EXPECT_EQ(Wrapped("12   67", 5), (Lines{"12  ", "67"}));
-  EXPECT_EQ(Wrapped(" 23456", 5), (Lines{" 2345", "6"}));
-  EXPECT_EQ(Wrapped("\u00e4\u00e4\u00e4\u00e4", 3), (Lines{"\u00e4\u00e4\u00e4", "\u00e4"}));
+  EXPECT_EQ(Wrapped(" 23456", 5), (Lines{" 23456"}));
+  EXPECT_EQ(Wrapped("12 /456789 12", 5), (Lines{"12", "/456789", "12"}));
+  EXPECT_EQ(Wrapped("12345 ", 5), (Lines{"12345"}));
+  EXPECT_EQ(Wrapped("\u00e4\u00e4\u00e4 \u00e4", 3), (Lines{"\u00e4\u00e4\u00e4", "\u00e4"}));
 }
 
 TEST(Page, NoLineIsLongerThanThePage) {
-  const std::string word = tests::Repeated("x", 1000);
-  const std::string umlauts = tests::Repeated("\u00e4", 1000);
+  const std::string word = tests::Repeated("x", 16);
+  const std::string umlauts = tests::Repeated("\u00e4\u00e4 ", 1000);
   const std::string blanks = tests::Repeated(" ", 1000);
   const std::string sentence = tests::Repeated("words of many lengths ", 50);
   for (const std::string& text : {word, umlauts, blanks, sentence, " " + word, word + " a", std::string()}) {
     SCOPED_TRACE(text.substr(0, 20));
-    Page page(false);
+    for (const std::size_t width : {std::size_t{60}, kPageWidth, std::size_t{160}}) {
+      Page page(false, width);
 
-    page.Heading(text.substr(0, 50), text);
-    page.Paragraph(text, 4);
-    page.Table({{{text}, {text}, {text}}, {{"a"}, {text}, {"c"}}}, 2);
+      page.Heading(text.substr(0, 50), text);
+      page.Paragraph(text, 4);
+      page.Table({{{text}, {text}, {text}}, {{"a"}, {text}, {"c"}}}, 2);
 
-    for (const std::string& line : LinesOf(page.Text())) {
-      EXPECT_LE(Columns(line), kPageWidth) << line;
+      for (const std::string& line : LinesOf(page.Text())) {
+        EXPECT_LE(Columns(line), width) << line;
+      }
     }
   }
 }
@@ -58,7 +62,7 @@ TEST(Page, ALineMayTakeTheWholePage) {
   page.Paragraph(tests::Repeated("x", 97), 4);
 
   EXPECT_EQ(LinesOf(page.Text()),
-            (Lines{"    " + tests::Repeated("x", 96), "    yy", "    " + tests::Repeated("x", 96), "    x"}));
+            (Lines{"    " + tests::Repeated("x", 96), "    yy", "    " + tests::Repeated("x", 97)}));
 }
 
 TEST(Page, ColumnsAreAlignedAndNothingFollowsTheLastWord) {
@@ -72,10 +76,21 @@ TEST(Page, ColumnsAreAlignedAndNothingFollowsTheLastWord) {
 TEST(Page, ACellTooLongForItsColumnGoesOnBelow) {
   Page page(false);
 
-  page.Table({{{tests::Repeated("a", 33)}, {tests::Repeated("b", 70)}}}, 0);
+  page.Table({{{tests::Repeated("a", 32) + " a"}, {tests::Repeated("b", 66) + " bbbb"}}}, 0);
 
   EXPECT_EQ(LinesOf(page.Text()), (Lines{tests::Repeated("a", 32) + "  " + tests::Repeated("b", 66),
                                          std::string("a").append(33, ' ').append("bbbb")}));
+}
+
+TEST(Page, AWordTooLongForItsColumnStandsWholeWithNothingBesideIt) {
+  Page page(false);
+  const std::string path = "/" + tests::Repeated("a", 120);
+  const std::string below(34, ' ');
+
+  page.Table({{{path}, {"what it is"}}, {{"b"}, {path}}, {{"c"}, {"here: " + path}}}, 0);
+
+  EXPECT_EQ(LinesOf(page.Text()),
+            (Lines{path, below + "what it is", "b", below + path, "c" + below.substr(1) + "here:", below + path}));
 }
 
 TEST(Page, ATableWithoutRowsIsNothing) {

@@ -6,6 +6,7 @@
 
 #include "doctor/judge/words/text.h"
 #include "doctor/report/page.h"
+#include "doctor/version.h"
 
 namespace doctor {
 namespace {
@@ -42,6 +43,10 @@ TEST(TextReport, VerdictWithItsCauseMeaningAndCureComeFirstThenEachPartThenWhatE
                        "  --  environment  not reached  [tmp-empty]\n"
                        "  --  application  not reached\n"
                        "  --  start        not reached\n"
+                       "\n"
+                       "grellin_doctor " +
+                       std::string(kVersion) +
+                       "\n"
                        "\n"
                        "Noticed as well\n"
                        "  TMP is set but empty [tmp-empty]\n"
@@ -125,7 +130,7 @@ TEST(TextReport, AnOverlongValueIsShortenedAndCounted) {
 }
 
 TEST(TextReport, FitsThePageAndHoldsNoControlsWhateverTheBytes) {
-  const std::string bytes = "\033[2J\r\xff" + std::string(300, 'x') + "\n" + std::string(300, ' ');
+  const std::string bytes = "\033[2J\r\xff x\n" + std::string(300, ' ');
   Diagnosis diagnosis;
   diagnosis.verdict.outcome = Outcome::kAborts;
   diagnosis.verdict.message = bytes;
