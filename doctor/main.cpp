@@ -2,18 +2,19 @@
 
 #include <clocale>
 #include <csignal>
-#include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <optional>
 #include <string>
 #include <variant>
 
+#include "doctor/examine/machine.h"
 #include "doctor/judge/diagnosis.h"
 #include "doctor/judge/words/text.h"
 #include "doctor/options.h"
 #include "doctor/report/json_report.h"
 #include "doctor/report/loader_log.h"
+#include "doctor/report/terminal.h"
 #include "doctor/report/text_report.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 
@@ -24,12 +25,11 @@ constexpr int kWouldNot = 1;
 constexpr int kWrongUsage = 2;
 constexpr int kNotKnown = 3;
 
-bool IsColored(doctor::Color color) {
-  if (color != doctor::Color::kAuto) {
-    return color == doctor::Color::kAlways;
-  }
-  const char* none = std::getenv("NO_COLOR");
-  return (none == nullptr || *none == '\0') && ::isatty(STDOUT_FILENO) == 1;
+doctor::TextStyle StyleFor(const doctor::Options& options) {
+  const doctor::Terminal terminal = doctor::LookAtTerminal(STDOUT_FILENO);
+  const bool isColored = options.color == doctor::Color::kAuto ? terminal.is_there && terminal.takes_colors
+                                                               : options.color == doctor::Color::kAlways;
+  return {isColored, options.verbose, doctor::PageWidth(terminal)};
 }
 
 int CannotWrite() {
@@ -62,8 +62,9 @@ int Run(const doctor::Options& options) {
   question.root = options.root;
   question.probe = options.probe;
   const doctor::Diagnosis diagnosis = doctor::Diagnose(question);
-  std::cout << (options.json ? doctor::JsonReport(diagnosis)
-                             : doctor::TextReport(diagnosis, {IsColored(options.color), options.verbose}))
+  const doctor::Head head{doctor::LookAtMachine(), question};
+  std::cout << (options.json ? doctor::JsonReport(diagnosis, head)
+                             : doctor::TextReport(diagnosis, StyleFor(options), head))
             << std::flush;
   if (!std::cout) {
     return CannotWrite();

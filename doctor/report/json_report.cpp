@@ -1,5 +1,6 @@
 #include "doctor/report/json_report.h"
 
+#include <chrono>
 #include <nlohmann/json.hpp>
 
 #include "doctor/child/signal_name.h"
@@ -84,6 +85,10 @@ json ToJson(const BrokenFile& file) {
   return {{"path", file.path}, {"detail", file.detail}, {"need", RowOf(kNeeds, file.need).code}};
 }
 
+json ToJson(const ProcessLimit& limit) {
+  return {{"name", limit.name}, {"soft", limit.soft}, {"hard", limit.hard ? json(*limit.hard) : json()}};
+}
+
 template <typename Range>
 json ToArray(const Range& range) {
   json array = json::array();
@@ -91,6 +96,22 @@ json ToArray(const Range& range) {
     array.push_back(ToJson(each));
   }
   return array;
+}
+
+json ToJson(const Question& asked) {
+  const std::chrono::duration<double> limit = asked.limit;
+  return {{"settings", asked.settings_path},
+          {"root", OrNull(asked.root)},
+          {"probe", asked.probe},
+          {"time_limit", limit.count()}};
+}
+
+json ToJson(const Machine& machine) {
+  return {
+      {"host", OrNull(machine.host)},      {"time", OrNull(machine.time)},     {"user", OrNull(machine.user)},
+      {"user_id", machine.user_id},        {"group_id", machine.group_id},     {"groups", machine.groups},
+      {"system", OrNull(machine.system)},  {"kernel", OrNull(machine.kernel)}, {"c_library", OrNull(machine.c_library)},
+      {"limits", ToArray(machine.limits)}, {"locale", OrNull(machine.locale)}};
 }
 
 json ToJson(const SettingsReport& settings) {
@@ -149,10 +170,12 @@ json ToJson(const StartReport& start) {
 
 }  // namespace
 
-std::string JsonReport(const Diagnosis& diagnosis) {
+std::string JsonReport(const Diagnosis& diagnosis, const Head& head) {
   const json report = {
       {"schema", kJsonSchema},
       {"doctor", {{"name", "grellin_doctor"}, {"version", kVersion}}},
+      {"asked", ToJson(head.asked)},
+      {"machine", ToJson(head.machine)},
       {"verdict", ToJson(diagnosis.verdict)},
       {"warnings", ToArray(diagnosis.warnings)},
       {"settings", ToJson(diagnosis.settings)},

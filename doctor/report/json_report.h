@@ -4,6 +4,7 @@
 #include <string>
 
 #include "doctor/judge/diagnosis.h"
+#include "doctor/report/head.h"
 
 namespace doctor {
 
@@ -12,6 +13,6 @@ inline constexpr int kJsonSchema = 1;
 
 /// One JSON object and a newline: valid UTF-8 whatever the paths hold, with U+FFFD for what is not. docs/doctor.md
 /// describes it.
-std::string JsonReport(const Diagnosis& diagnosis);
+std::string JsonReport(const Diagnosis& diagnosis, const Head& head = {});
 
 }  // namespace doctor

@@ -91,9 +91,11 @@ Warnings LeftOver(const Diagnosis& diagnosis) {
 
 }  // namespace
 
-void PutOpening(Page& page, const Verdict& verdict, const std::vector<StationSummary>& summary) {
+void PutOpening(Page& page, const Verdict& verdict, const std::vector<StationSummary>& summary, const Head& head) {
   PutVerdict(page, verdict);
   PutSummary(page, summary);
+  page.Paragraph("", 0);
+  page.Paragraph(HeadLine(head.machine), 0, Paint::kFaint);
 }
 
 void PutWarnings(Page& page, const Diagnosis& diagnosis) {

@@ -4,13 +4,15 @@
 #include <vector>
 
 #include "doctor/judge/diagnosis.h"
+#include "doctor/report/head.h"
 #include "doctor/report/page.h"
 #include "doctor/report/summary.h"
 
 namespace doctor {
 
-/// How the launch would end and why, what that means, what to do; then one line for each part of the road.
-void PutOpening(Page& page, const Verdict& verdict, const std::vector<StationSummary>& summary);
+/// How the launch would end and why, what that means, what to do; one line for each part of the road; what the report
+/// is of.
+void PutOpening(Page& page, const Verdict& verdict, const std::vector<StationSummary>& summary, const Head& head);
 
 /// What else was noticed; nothing when that is nothing. Mistakes of one line of the settings stand together.
 void PutWarnings(Page& page, const Diagnosis& diagnosis);

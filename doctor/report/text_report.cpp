@@ -252,11 +252,14 @@ void PutDetails(Page& page, const Diagnosis& diagnosis, Station station) {
 
 }  // namespace
 
-std::string TextReport(const Diagnosis& diagnosis, const TextStyle& style) {
-  Page page(style.colored);
+std::string TextReport(const Diagnosis& diagnosis, const TextStyle& style, const Head& head) {
+  Page page(style.colored, style.width);
   const std::vector<StationSummary> summary = Summary(diagnosis);
-  PutOpening(page, diagnosis.verdict, summary);
+  PutOpening(page, diagnosis.verdict, summary, head);
   PutWarnings(page, diagnosis);
+  if (style.verbose) {
+    PutHead(page, head);
+  }
   for (const StationSummary& station : summary) {
     if (style.verbose || station.mark == Mark::kNo) {
       PutDetails(page, diagnosis, station.station);

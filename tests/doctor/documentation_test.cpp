@@ -115,8 +115,10 @@ std::set<std::string> MembersOfTheJson() {
   diagnosis.application.frameworks.emplace_back();
   diagnosis.application.context.emplace();
   diagnosis.start.emplace().broken.emplace_back();
+  Head head;
+  head.machine.limits.emplace_back();
   std::set<std::string> members;
-  AddMembers(json::parse(JsonReport(diagnosis)), "", members);
+  AddMembers(json::parse(JsonReport(diagnosis, head)), "", members);
   return members;
 }
 

@@ -69,8 +69,8 @@ TEST(JsonReport, NamesStayInTheirOrder) {
     names.push_back(name);
   }
 
-  EXPECT_EQ(names, (std::vector<std::string>{"schema", "doctor", "verdict", "warnings", "settings", "runtime",
-                                             "environment", "application", "start"}));
+  EXPECT_EQ(names, (std::vector<std::string>{"schema", "doctor", "asked", "machine", "verdict", "warnings", "settings",
+                                             "runtime", "environment", "application", "start"}));
 }
 
 TEST(JsonReport, TheVerdictsNumbersAreThereWhereTheyMeanSomething) {
@@ -199,6 +199,27 @@ TEST(JsonReport, IsUtf8WhateverTheBytes) {
     rest.remove_prefix(read->length);
   }
   EXPECT_TRUE(json::parse(text)["settings"]["path"].get<std::string>().starts_with("a\uFFFD\"\\\n\x01"));
+}
+
+TEST(JsonReport, SaysWhatWasAskedAndWhere) {
+  using namespace std::chrono_literals;
+  Head head;
+  head.asked = {"/settings", "/root", false, 2500ms};
+  head.machine.host = "app-01";
+  head.machine.user_id = 1000;
+  head.machine.groups = {"quor"};
+  head.machine.limits = {{"NOFILE", 1024, 4096}, {"AS", 5, std::nullopt}};
+
+  const json report = json::parse(JsonReport(Empty(), head));
+
+  EXPECT_EQ(report["asked"],
+            (json{{"settings", "/settings"}, {"root", "/root"}, {"probe", false}, {"time_limit", 2.5}}));
+  EXPECT_EQ(report["machine"]["host"], "app-01");
+  EXPECT_EQ(report["machine"]["user"], nullptr);
+  EXPECT_EQ(report["machine"]["user_id"], 1000);
+  EXPECT_EQ(report["machine"]["groups"], json::array({"quor"}));
+  EXPECT_EQ(report["machine"]["limits"][0], (json{{"name", "NOFILE"}, {"soft", 1024}, {"hard", 4096}}));
+  EXPECT_EQ(report["machine"]["limits"][1]["hard"], nullptr);
 }
 
 TEST(JsonReport, WhatIsNotSetIsNullAndWhatIsEmptyIsEmpty) {
