@@ -3,15 +3,12 @@
 #include "netloader/netloaderhostfxr/src/elf_check.h"
 
 #include <elf.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <string>
 
-#include "fuzz/require.h"
+#include "fuzz/support.h"
 
 namespace {
 
@@ -31,12 +28,10 @@ void RequireWhole(const std::uint8_t* data, std::uint64_t size) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const int file = ::memfd_create("library", 0);
-  static const std::string path = "/proc/self/fd/" + std::to_string(file);
-  Require(::ftruncate(file, 0) == 0);
-  Require(::pwrite(file, data, size, 0) == static_cast<ssize_t>(size));
+  static MemoryFile file;
+  file.Write(AsText(data, size));
 
-  const netloader::ElfFinding finding = netloader::CheckElf(path.c_str());
+  const netloader::ElfFinding finding = netloader::CheckElf(file.Path().c_str());
 
   const bool loadable = finding.verdict == netloader::ElfVerdict::kLoadable;
   Require(loadable == finding.detail.empty());

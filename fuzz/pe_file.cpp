@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string>
 
-#include "fuzz/require.h"
+#include "fuzz/support.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const int file = ::memfd_create("assembly", 0);
