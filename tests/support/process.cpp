@@ -5,10 +5,12 @@
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -59,14 +61,66 @@ class MemoryFile {
   int descriptor_;
 };
 
-// False when the time was up first.
-bool WaitFor(pid_t child, std::chrono::milliseconds timeout) {
-  const int descriptor = static_cast<int>(::syscall(SYS_pidfd_open, child, 0));
-  pollfd ended{descriptor, POLLIN, 0};
-  const int ready = ::poll(&ended, 1, static_cast<int>(timeout.count()));
-  ::close(descriptor);
-  return ready > 0;
-}
+// The two ends of a connection: one for the program's process until it becomes the program, one for the watcher.
+class SocketPair {
+ public:
+  SocketPair() {
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends_.data()) != 0) {
+      throw std::system_error(errno, std::generic_category(), "socketpair");
+    }
+  }
+  ~SocketPair() {
+    ::close(ends_[0]);
+    ::close(ends_[1]);
+  }
+  SocketPair(const SocketPair&) = delete;
+  SocketPair& operator=(const SocketPair&) = delete;
+
+  [[nodiscard]] int Program() const { return ends_[1]; }
+  // The watcher's end. The other one is given up here, so that nothing comes once the program's process has none.
+  [[nodiscard]] int Watcher() {
+    ::close(std::exchange(ends_[1], -1));
+    return ends_[0];
+  }
+
+ private:
+  std::array<int, 2> ends_{};
+};
+
+// Waits for the end of a process.
+class EndOf {
+ public:
+  explicit EndOf(pid_t process) : descriptor_(static_cast<int>(::syscall(SYS_pidfd_open, process, 0))) {}
+  ~EndOf() { ::close(descriptor_); }
+  EndOf(const EndOf&) = delete;
+  EndOf& operator=(const EndOf&) = delete;
+
+  // False when the time was up first.
+  [[nodiscard]] bool Wait(std::chrono::milliseconds timeout) const {
+    pollfd ended{descriptor_, POLLIN, 0};
+    return ::poll(&ended, 1, static_cast<int>(timeout.count())) > 0;
+  }
+
+  // The same while every call is decided on.
+  [[nodiscard]] bool Wait(std::chrono::milliseconds timeout, const CallWatch& watch, const CallWatcher& watcher) const {
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
+    while (true) {
+      const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+      std::array<pollfd, 2> either{{{watch.Descriptor(), POLLIN, 0}, {descriptor_, POLLIN, 0}}};
+      if (left.count() <= 0 || ::poll(either.data(), either.size(), static_cast<int>(left.count())) <= 0) {
+        return false;
+      }
+      if ((either[0].revents & POLLIN) != 0) {
+        watch.Serve(watcher);
+      } else if (either[1].revents != 0) {
+        return true;
+      }
+    }
+  }
+
+ private:
+  int descriptor_;
+};
 
 std::chrono::microseconds Duration(const timeval& time) {
   return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);
@@ -146,6 +200,11 @@ Command& Command::Before(std::function<void()> step) {
   return *this;
 }
 
+Command& Command::Watched(CallWatcher watcher) {
+  watcher_ = std::move(watcher);
+  return *this;
+}
+
 Command& Command::Timeout(std::chrono::milliseconds timeout) {
   timeout_ = timeout;
   return *this;
@@ -156,13 +215,14 @@ struct Command::Launch {
   MemoryFile in;
   MemoryFile out;
   MemoryFile err;
+  SocketPair sockets;
   std::vector<std::string> variables;
   std::vector<char*> arguments;
   std::vector<char*> environment;
 };
 
 Outcome Command::Run() const {
-  Launch launch{MemoryFile(input_), MemoryFile(), MemoryFile(), {}, Pointers(arguments_), {}};
+  Launch launch{MemoryFile(input_), MemoryFile(), MemoryFile(), {}, {}, Pointers(arguments_), {}};
   for (const auto& [name, value] : environment_) {
     launch.variables.emplace_back(name).append("=").append(value);
   }
@@ -179,7 +239,7 @@ Outcome Command::Run() const {
   }
 
   Outcome outcome;
-  outcome.timed_out = !WaitFor(child, timeout_);
+  outcome.timed_out = !WaitFor(child, launch);
   if (outcome.timed_out) {
     ::kill(child, SIGKILL);
   }
@@ -192,6 +252,12 @@ Outcome Command::Run() const {
   outcome.out = launch.out.Content();
   outcome.err = launch.err.Content();
   return outcome;
+}
+
+// False when the time was up first.
+bool Command::WaitFor(pid_t child, Launch& launch) const {
+  const EndOf end(child);
+  return watcher_ ? end.Wait(timeout_, CallWatch(launch.sockets.Watcher()), watcher_) : end.Wait(timeout_);
 }
 
 // The new process, up to the program it becomes. Programs that abort are an ordinary case here and leave no core.
@@ -211,7 +277,7 @@ void Command::Become(const Launch& launch) const {
   for (const auto& step : steps_) {
     step();
   }
-  if (isThere) {
+  if (isThere && (!watcher_ || LetCallsBeWatched(launch.sockets.Program()))) {
     ::execve(program_.c_str(), launch.arguments.data(), launch.environment.data());
   }
   ::_exit(127);
@@ -223,6 +289,15 @@ std::ostream& operator<<(std::ostream& stream, const Outcome& outcome) {
     stream << ", timed out";
   }
   return stream << ", standard output [" << outcome.out << "], standard error [" << outcome.err << "]";
+}
+
+std::string WhyCallsCannotBeWatched() {
+  try {
+    const Outcome outcome = Command("/bin/true").Watched([](const WatchedCall&) { return Decision::Make(); }).Run();
+    return outcome.status == 0 ? "" : "a watched program does not work";
+  } catch (const std::system_error& error) {
+    return error.what();
+  }
 }
 
 bool IsSanitized() {

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/watched_calls.h"
+
 namespace tests {
 
 /// How a program ended, and what it wrote.
@@ -43,6 +45,9 @@ class Command {
   Command& WithoutReadingEverything();
   /// Done by the new process before it becomes the program, after all that is said above, in the order of the calls.
   Command& Before(std::function<void()> step);
+  /// Has every system call of it and of the processes that it makes be decided on, from the program's first on. Run()
+  /// then throws where that is not permitted: see WhyCallsCannotBeWatched().
+  Command& Watched(CallWatcher watcher);
   /// It is killed after this long; 60 seconds unless said.
   Command& Timeout(std::chrono::milliseconds timeout);
 
@@ -53,6 +58,7 @@ class Command {
  private:
   struct Launch;
   [[noreturn]] void Become(const Launch& launch) const;
+  [[nodiscard]] bool WaitFor(pid_t child, Launch& launch) const;
 
   std::filesystem::path program_;
   std::vector<std::string> arguments_;
@@ -60,9 +66,13 @@ class Command {
   std::string input_;
   std::filesystem::path folder_ = ".";
   bool reads_everything_ = true;
+  CallWatcher watcher_;
   std::vector<std::function<void()>> steps_;
   std::chrono::milliseconds timeout_{60'000};
 };
+
+/// Why Command::Watched() is of no use here; empty when it is.
+[[nodiscard]] std::string WhyCallsCannotBeWatched();
 
 /// Whether this is a sanitizer's build.
 [[nodiscard]] bool IsSanitized();
