@@ -22,7 +22,7 @@ inline void SayPlainly(int descriptor, std::initializer_list<std::string_view> w
 
 /// Says on that descriptor of each other open one, behind the standard streams, that it is.
 inline void SayWhatIsOpen(int descriptor) {
-  constexpr int kMost = 100;
+  constexpr int kMost = 20;
   for (int open = STDERR_FILENO + 1; open < kMost; ++open) {
     if (open != descriptor && ::fcntl(open, F_GETFD) >= 0) {
       const char digits[] = {static_cast<char>('0' + open / 10), static_cast<char>('0' + open % 10)};
