@@ -84,6 +84,7 @@ constexpr auto kCalls = std::to_array<CallKind>({
     {SYS_rt_sigprocmask, "rt_sigprocmask", About::kNothing, 0},
     {SYS_setpgid, "setpgid", About::kNothing, 0},
     {SYS_setrlimit, "setrlimit", About::kNothing, 0},
+    {SYS_socket, "socket", About::kNothing, 0},
     {SYS_stat, "stat", About::kPath, 0},
     {SYS_statfs, "statfs", About::kPath, 0},
     {SYS_statx, "statx", About::kPath, 1},
@@ -162,14 +163,18 @@ std::string WatchedCall::Name() const {
   return kind != nullptr ? kind->name : "";
 }
 
+bool WatchedCall::HasPath() const {
+  const CallKind* const kind = KindOf(number_);
+  return kind != nullptr && kind->about == About::kPath && !TextAt(Argument(kind->argument)).empty();
+}
+
 std::string WatchedCall::Path() const {
   const CallKind* const kind = KindOf(number_);
   if (kind == nullptr || kind->about == About::kNothing) {
     return "";
   }
-  std::string path = kind->about == About::kPath ? TextAt(Argument(kind->argument)) : "";
-  if (!path.empty()) {
-    return path;
+  if (HasPath()) {
+    return TextAt(Argument(kind->argument));
   }
   // An empty path stands for the descriptor before it.
   const auto descriptor = static_cast<int>(Argument(kind->about == About::kPath ? 0 : kind->argument));

@@ -24,6 +24,8 @@ class WatchedCall {
   [[nodiscard]] std::string Name() const;
   /// The path that it is about, as it is given or as the descriptor that is given was opened; "" without any.
   [[nodiscard]] std::string Path() const;
+  /// Whether it is given a path, and not a descriptor.
+  [[nodiscard]] bool HasPath() const;
 
  private:
   [[nodiscard]] std::string TextAt(std::uint64_t address) const;
