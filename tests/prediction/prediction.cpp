@@ -142,19 +142,9 @@ std::string DifferenceInRecords(const json& verdict, const std::string& decisive
   return {};
 }
 
-Opening OpeningOf(const json& verdict) {
-  return {verdict.at("line"), TextOr(verdict.at("code"), ""), TextOr(verdict.at("meaning"), ""),
-          TextOr(verdict.at("cure"), "")};
-}
-
-// An operator reads the first line only, so its number or signal has to be that of the launch.
-bool SaysHowItEnded(const std::string& line, const Outcome& launch, const std::string& outcome) {
-  if (outcome == "runs" || outcome == "aborts" || launch.timed_out) {
-    return true;
-  }
-  const std::string end = launch.signal != 0 ? std::string("SIG") + ::sigabbrev_np(launch.signal)
-                                             : "status " + std::to_string(launch.status);
-  return line.find(end) != std::string::npos;
+// An operator may read the first line only, so its number or signal has to be that of the launch.
+bool LineFits(const std::string& line, const Outcome& launch, const std::string& outcome) {
+  return outcome == "runs" || outcome == "aborts" || launch.timed_out || SaysHowItEnded(line, launch);
 }
 
 int StatusFor(const std::string& outcome) {
@@ -175,10 +165,10 @@ Comparison Compare(StandInHost& host, const Start& start) {
   const json& verdict = report.at("verdict");
   const json& runtime = report.at("runtime");
   Comparison comparison{verdict.at("outcome"), runtime.is_object() ? TextOr(runtime.at("decisive_version"), "") : "",
-                        "", OpeningOf(verdict)};
+                        "", *ReadOpening(doctor.outcome.out)};
   if (!EndsAsPredicted(verdict, launch.outcome, host)) {
     comparison.difference = "it ended otherwise";
-  } else if (!SaysHowItEnded(comparison.opening.line, launch.outcome, comparison.outcome)) {
+  } else if (!LineFits(comparison.opening.line, launch.outcome, comparison.outcome)) {
     comparison.difference = "the first line names another end";
   } else if (doctor.outcome.status != StatusFor(comparison.outcome)) {
     comparison.difference = "the doctor's exit status says something else";

@@ -10,6 +10,7 @@
 
 #include "tests/support/doctor.h"
 #include "tests/support/launcher.h"
+#include "tests/support/opening.h"
 
 namespace tests {
 
@@ -23,14 +24,6 @@ struct Start {
   bool reads_everything = true;
   bool hosts_record = true;           ///< False where a host may be too damaged to record what happens in it.
   std::chrono::seconds patience{60};  ///< How long a launch may take before it counts as hanging.
-};
-
-/// What the doctor's report opens with.
-struct Opening {
-  std::string line;     ///< How a launch would end, and why.
-  std::string code;     ///< Of the finding that decides; "" for none.
-  std::string meaning;  ///< "" for none, as is the cure.
-  std::string cure;
 };
 
 /// A prediction, and where the launch differed from it.
