@@ -153,16 +153,15 @@ bool LeavesItsAddresses(const std::vector<Elf64_Phdr>& loads) {
   });
 }
 
-// The damages that the dynamic loader may be lucky with: segments outside of the library's own addresses, and a file
-// that lacks a part of its last page only.
+// The damages that the dynamic loader may be lucky with: segments outside of the library's own addresses, and ones that
+// the file does not hold to their end, as long as nothing touches what is missing.
 bool IsRefusedOnPurpose(std::string_view bytes, const ElfFinding& finding) {
   const auto loads = Loads(bytes);
   if (finding.verdict == ElfVerdict::kMalformed) {
     return !loads.empty() && LeavesItsAddresses(loads);
   }
-  const std::uint64_t pages = (bytes.size() + kPage - 1) / kPage * kPage;
-  return finding.verdict == ElfVerdict::kCutShort && std::ranges::all_of(loads, [&](const Elf64_Phdr& load) {
-           return load.p_filesz == 0 || (load.p_offset <= pages && load.p_filesz <= pages - load.p_offset);
+  return finding.verdict == ElfVerdict::kCutShort && std::ranges::any_of(loads, [&](const Elf64_Phdr& load) {
+           return load.p_filesz != 0 && (load.p_offset > bytes.size() || load.p_filesz > bytes.size() - load.p_offset);
          });
 }
 
