@@ -16,6 +16,7 @@
 #include <string_view>
 #include <utility>
 
+#include "doctor/child/answer.h"
 #include "doctor/child/shared_text.h"
 #include "foundation/file_descriptor.h"
 
@@ -52,25 +53,14 @@ Pipe MakePipe() {
   return {AboveStandardStreams(std::move(read)), AboveStandardStreams(std::move(write))};
 }
 
-std::string Encode(std::string_view how, const Answer& answer) {
-  std::string bytes(how);
-  bytes += '\0';
-  for (const std::string& text : answer) {
-    const std::size_t taken = bytes.size() + answer.size();  // Each text needs its end.
-    bytes += text.substr(0, SharedText::kLongest - std::min(taken, SharedText::kLongest));
-    bytes += '\0';
-  }
-  return bytes;
-}
-
 std::string DoWork(const std::function<Answer()>& work) {
   try {
-    return Encode("finished", work());
+    return Encode({ChildEnd::kFinished, work()});
   } catch (const std::exception& failure) {
     const char* what = failure.what();
-    return Encode("threw", {what != nullptr ? what : ""});
+    return Encode({ChildEnd::kThrew, {what != nullptr ? what : ""}});
   } catch (...) {
-    return Encode("threw unknown", {});
+    return Encode({ChildEnd::kThrewUnknown, {}});
   }
 }
 
@@ -149,25 +139,18 @@ bool Listen(Conversation& with, Clock::time_point deadline) {
 }
 
 // How it ended and what it said; a child that exited without an answer exited on its own.
-void Decode(std::string_view bytes, int exitStatus, ChildResult& result) {
-  if (bytes.empty()) {
+void TakeAnswer(std::string_view bytes, int exitStatus, ChildResult& result) {
+  auto work = Decode(bytes);
+  if (!work) {
     result.end = ChildEnd::kExited;
     result.code = exitStatus;
     return;
   }
-  Answer texts;
-  for (std::size_t end = 0; !bytes.empty(); bytes.remove_prefix(end + 1)) {
-    end = bytes.find('\0');
-    texts.emplace_back(bytes.substr(0, end));
-  }
-  const std::string how = texts.front();
-  texts.erase(texts.begin());
-  if (how == "finished") {
-    result.end = ChildEnd::kFinished;
-    result.answer = std::move(texts);
-  } else {
-    result.end = how == "threw" ? ChildEnd::kThrew : ChildEnd::kThrewUnknown;
-    result.message = texts.empty() ? "" : texts.front();
+  result.end = work->end;
+  if (work->end == ChildEnd::kFinished) {
+    result.answer = std::move(work->texts);
+  } else if (!work->texts.empty()) {
+    result.message = work->texts.front();
   }
 }
 
@@ -206,7 +189,7 @@ ChildResult RunInChild(const std::function<Answer()>& work, std::chrono::millise
     result.end = ChildEnd::kCrashed;
     result.code = WTERMSIG(status);
   } else if (ended) {
-    Decode(answer.Read(), WEXITSTATUS(status), result);
+    TakeAnswer(answer.Read(), WEXITSTATUS(status), result);
   }
   return result;
 }
