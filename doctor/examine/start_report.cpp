@@ -1,15 +1,10 @@
 #include "doctor/examine/start_report.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <filesystem>
 #include <sstream>
-
-#include "doctor/examine/pe_file.h"
-#include "netloader/netloaderhostfxr/src/elf_check.h"
+#include <utility>
 
 namespace doctor {
 namespace {
@@ -21,34 +16,22 @@ constexpr const char* kCoreLibrary = "System.Private.CoreLib.dll";
 constexpr const char* kFacade = "System.Runtime.dll";
 constexpr auto kNeededLibraries = std::to_array<const char*>({"libcoreclr.so", "libclrjit.so", "libSystem.Native.so"});
 
-bool MayBeRead(const std::string& path) {
-  return ::access(path.c_str(), R_OK) == 0 || errno != EACCES;
-}
-
-bool IsMissing(const std::string& path) {
-  return ::access(path.c_str(), F_OK) != 0 && (errno == ENOENT || errno == ENOTDIR);
-}
-
 class FileReader {
  public:
   explicit FileReader(std::vector<BrokenFile>& broken) : broken_(broken) {}
 
   void ReadAssembly(const std::string& path, Need need, bool isApplication) {
-    const PeFinding found = CheckPe(path.c_str());
-    if (found.verdict != PeVerdict::kSound) {
-      broken_.push_back({path, need, MayBeRead(path), false, isApplication, found.detail});
-    }
+    Keep(BrokenAssembly(path, need, isApplication));
   }
-
-  void ReadLibrary(const std::string& path, Need need) {
-    const netloader::ElfFinding found = netloader::CheckElf(path.c_str());
-    if (found.verdict != netloader::ElfVerdict::kLoadable) {
-      const bool isCut = found.verdict == netloader::ElfVerdict::kCutShort;
-      broken_.push_back({path, need, MayBeRead(path), isCut, false, IsMissing(path) ? "missing" : found.detail});
-    }
-  }
+  void ReadLibrary(const std::string& path, Need need) { Keep(BrokenLibrary(path, need)); }
 
  private:
+  void Keep(std::optional<BrokenFile> file) {
+    if (file) {
+      broken_.push_back(std::move(*file));
+    }
+  }
+
   std::vector<BrokenFile>& broken_;
 };
 

@@ -5,27 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "doctor/examine/broken_file.h"
 #include "doctor/examine/start_probe.h"
 #include "doctor/examine/surroundings.h"
 
 namespace doctor {
-
-/// What a launch cannot do without a file.
-enum class Need {
-  kStart,  ///< Start the runtime.
-  kMain,   ///< Reach the application's first function.
-  kLater,  ///< Whatever uses it, perhaps nothing.
-};
-
-/// A file that a runtime loads, or would load when it is needed.
-struct BrokenFile {
-  std::string path;
-  Need need = Need::kLater;
-  bool may_be_read = true;      ///< False when this user may not read it.
-  bool is_cut_library = false;  ///< Whether it is a library that is cut short, which kills whoever loads it.
-  bool is_application = false;  ///< Whether it is the application's own assembly.
-  std::string detail = {};      ///< "missing", "cut short: ..."
-};
 
 struct StartReport {
   StartProbe probe = {};

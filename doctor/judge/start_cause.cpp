@@ -2,19 +2,16 @@
 
 #include <array>
 #include <cstdlib>
-#include <filesystem>
 
 #include "doctor/child/signal_name.h"
 #include "doctor/judge/findings.h"
-#include "doctor/judge/near_misses/access.h"
+#include "doctor/judge/near_misses/broken_file_clue.h"
 #include "doctor/judge/near_misses/checks.h"
 #include "doctor/judge/words/status_names.h"
 #include "doctor/judge/words/text.h"
 
 namespace doctor {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr std::uint64_t kMebibyte = std::uint64_t{1024} * 1024;
 constexpr std::uint64_t kLittleAddressSpace = 512 * kMebibyte;
@@ -34,31 +31,12 @@ bool EndedWith(const StartReport& start, std::uint32_t result) {
          std::strtoul(words.c_str() + at + kResultWords.size(), nullptr, 16) == static_cast<unsigned long>(result);
 }
 
-std::string CommandFor(const BrokenFile& file, const fs::path& folder) {
-  if (!file.may_be_read) {
-    return "chmod " + RightsThatCount(file.path) + "+r " + ShellWord(file.path);
-  }
-  return file.is_application ? "install the product again"
-                             : "install the .NET runtime " + Printable(folder.filename().string()) + " again";
-}
-
-std::string StateOf(const BrokenFile& file) {
-  return !file.may_be_read          ? "cannot be read by this user"
-         : file.detail == "missing" ? "is missing"
-                                    : "is broken: " + Printable(file.detail);
-}
-
 std::optional<Warning> BrokenFileCause(const StartReport& start) {
   const BrokenFile* file = start.Decisive();
   if (file == nullptr) {
     return std::nullopt;
   }
-  const fs::path path = file->path;
-  return Worded(Finding::kRuntimeFileBroken, {Printable(file->path),
-                                              {{"name", Printable(path.filename().string())},
-                                               {"state", StateOf(*file)},
-                                               {"folder", Printable(path.parent_path().string())},
-                                               {"command", CommandFor(*file, path.parent_path())}}});
+  return Worded(Finding::kRuntimeFileBroken, AtBrokenFile(*file));
 }
 
 std::optional<Warning> MemoryRightsCause(const StartReport& start) {
