@@ -6,33 +6,26 @@
 #include <string>
 #include <vector>
 
+#include "doctor/examine/broken_file.h"
+#include "doctor/examine/frameworks.h"
 #include "doctor/examine/probe.h"
 #include "foundation/strings.h"
 
 namespace doctor {
-
-enum class FileState { kPresent, kMissing, kUnreadable, kMalformed };
-
-struct FileReport {
-  std::string path;
-  FileState state = FileState::kMissing;
-  int error = 0;  ///< Why it cannot be opened, as an errno value; 0 when it can.
-};
-
-/// A framework that the application's runtimeconfig.json names.
-struct FrameworkReport {
-  std::string name;
-  std::string version;
-  std::optional<bool> is_there;  ///< Whether the root has a version of it that could serve; empty without a root.
-};
 
 struct ApplicationReport {
   tov::WideString assembly;
   FileReport assembly_file;
   FileReport runtime_config;
   FileReport dependencies;
-  std::vector<FrameworkReport> frameworks;
-  std::optional<ContextProbe> context;  ///< Empty when none was asked for.
+  ConfigFault config_fault = ConfigFault::kNone;  ///< Of the runtimeconfig.json, where it is JSON.
+  std::string config_detail = {};                 ///< What the fault is about.
+  std::string root = {};                          ///< Where frameworks were looked for; empty when it is not known.
+  std::vector<FrameworkReport> frameworks;        ///< What is needed, in the order in which the host comes to it.
+  std::optional<FrameworkConflict> conflict = {};
+  std::optional<RuntimeConfig> framework_config = {};  ///< A framework's own, where the host cannot use it.
+  std::optional<BrokenFile> host_policy = {};          ///< libhostpolicy.so, where it is broken.
+  std::optional<ContextProbe> context;                 ///< Empty when none was asked for.
 };
 
 /// Creates a context in a child.

@@ -78,7 +78,11 @@ json ToJson(const FileReport& file) {
 json ToJson(const FrameworkReport& framework) {
   return {{"name", framework.name},
           {"version", framework.version},
-          {"there", framework.is_there ? json(*framework.is_there) : json()}};
+          {"there", framework.is_there ? json(*framework.is_there) : json()},
+          {"roll_forward", RowOf(kRollForwards, framework.roll_forward).code},
+          {"named_by", OrNull(framework.named_by)},
+          {"found", framework.found},
+          {"taken", OrNull(framework.taken)}};
 }
 
 json ToJson(const BrokenFile& file) {

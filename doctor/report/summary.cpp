@@ -41,7 +41,8 @@ std::string ApplicationWords(const Diagnosis& diagnosis) {
   const ApplicationReport& application = diagnosis.application;
   std::string words = Printable(std::filesystem::path(application.assembly_file.path).filename().string());
   for (const FrameworkReport& framework : application.frameworks) {
-    words += ", " + Printable(framework.name) + " " + Printable(framework.version);
+    words += ", " + Printable(framework.name) + " " +
+             Printable(framework.taken.empty() ? framework.version : framework.taken);
   }
   return words + (application.context ? "" : " (the host was not asked)");
 }

@@ -160,7 +160,7 @@ Cell FrameworkCell(const FrameworkReport& framework) {
   if (!framework.is_there) {
     return {"needed; not looked for, as no runtime root is known", Paint::kFaint};
   }
-  return *framework.is_there ? Cell{"needed, and a version is there", Paint::kGood}
+  return *framework.is_there ? Cell{"needed; " + Printable(framework.taken) + " is taken", Paint::kGood}
                              : Cell{"needed, and not there", Paint::kBad};
 }
 

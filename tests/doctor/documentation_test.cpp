@@ -70,6 +70,7 @@ TEST(Manual, HoldsEveryNameWithItsMeaningAndNoOther) {
   EXPECT_EQ(Documented("### `standing`"), NamesOf(kStandings));
   EXPECT_EQ(Documented("### `reason`"), NamesOf(kVersionReasons));
   EXPECT_EQ(Documented("### `state`"), NamesOf(kFileStates));
+  EXPECT_EQ(Documented("### `roll_forward`"), NamesOf(kRollForwards));
   EXPECT_EQ(Documented("### `need`"), NamesOf(kNeeds));
   EXPECT_EQ(Documented("### `end`"), NamesOf(kChildEnds));
 }
@@ -215,6 +216,7 @@ TEST(Schema, PermitsEveryCodeOfTheTablesAndNoOther) {
       {"`application.assembly.state`", CodesOf(kFileStates)},
       {"`application.runtime_config.state`", CodesOf(kFileStates)},
       {"`application.dependencies.state`", CodesOf(kFileStates)},
+      {"`application.frameworks[].roll_forward`", CodesOf(kRollForwards)},
       {"`application.context.end`", CodesOf(kChildEnds)},
       {"`start.end`", CodesOf(kChildEnds)},
       {"`start.broken_files[].need`", CodesOf(kNeeds)},

@@ -75,7 +75,9 @@ Installation& Installation::Application() {
 }
 
 Installation& Installation::Framework(std::string_view version) {
-  fs::create_directories(fs::path(kRoot) / "shared/Microsoft.NETCore.App" / version);
+  const fs::path folder = fs::path(kRoot) / "shared/Microsoft.NETCore.App" / version;
+  WriteFile(folder / "Microsoft.NETCore.App.deps.json", "{}");
+  fs::copy_file(HostLibrary(), folder / "libhostpolicy.so", fs::copy_options::overwrite_existing);
   return *this;
 }
 

@@ -25,8 +25,8 @@ Warnings VersionNearMisses(const RuntimeReport& report);
 /// A TMP that is set but empty.
 Warnings EnvironmentNearMisses(const SettingsReport& settings);
 
-/// A missing assembly, a configuration that is not JSON; where the root holds a version at all, a framework that it
-/// does not have.
+/// A missing assembly, a configuration that the host cannot use; where the root holds a version at all, what is wrong
+/// with the frameworks.
 Warnings ApplicationNearMisses(const ApplicationReport& report, bool hasVersion);
 
 /// Broken files that the application may come to need, but for the one that ends the launch.

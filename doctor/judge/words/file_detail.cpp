@@ -9,7 +9,7 @@ std::string Detail(const FileReport& file) {
     return {};
   }
   if (file.state == FileState::kMalformed) {
-    return "it does not hold a JSON object";
+    return file.line > 0 ? "it is not JSON, line " + std::to_string(file.line) : "it does not hold a JSON object";
   }
   return file.error != 0 ? std::strerror(file.error) : "it is not a regular file";
 }

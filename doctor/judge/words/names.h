@@ -56,6 +56,16 @@ inline constexpr auto kFileStates = std::to_array<Named<FileState>>({
 });
 static_assert(IsComplete(kFileStates, FileState::kMalformed));
 
+inline constexpr auto kRollForwards = std::to_array<Named<RollForward>>({
+    {RollForward::kDisable, "Disable", "the host takes that version only"},
+    {RollForward::kLatestPatch, "LatestPatch", "it takes the newest patch of that minor version"},
+    {RollForward::kMinor, "Minor", "it goes to the next minor version where that one has no patch that serves"},
+    {RollForward::kLatestMinor, "LatestMinor", "it takes the newest minor version of that major version"},
+    {RollForward::kMajor, "Major", "it goes to the next major version where that one has nothing that serves"},
+    {RollForward::kLatestMajor, "LatestMajor", "it takes the newest version"},
+});
+static_assert(IsComplete(kRollForwards, RollForward::kLatestMajor));
+
 inline constexpr auto kNeeds = std::to_array<Named<Need>>({
     {Need::kStart, "start", "without it the runtime does not start"},
     {Need::kMain, "main", "without it the application's first function is not reached"},

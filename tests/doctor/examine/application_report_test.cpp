@@ -116,44 +116,39 @@ TEST(ApplicationReport, WhatIsMissingOrUnusableIsDistinguished) {
   }
 }
 
-TEST(ApplicationReport, FrameworksAreReadWhereverTheyAreNamed) {
-  struct Row {
-    const char* config;
-    const char* frameworks;
-  };
-  const Row rows[] = {
-      {R"({})", ""},
-      {R"({"runtimeOptions": {}})", ""},
-      {R"({"runtimeOptions": 5})", ""},
-      {R"({"runtimeOptions": {"framework": {"name": "A", "version": "6.0.0"}}})", "A 6.0.0 there"},
-      {R"({"runtimeOptions": {"framework": {"name": "A", "version": "6.0.99"}}})", "A 6.0.99 there"},
-      {R"({"runtimeOptions": {"framework": {"name": "A", "version": "5.0.0"}}})", "A 5.0.0"},
-      {R"({"runtimeOptions": {"framework": {"name": "A", "version": "7.0.0"}}})", "A 7.0.0"},
-      {R"({"runtimeOptions": {"framework": {"name": "C", "version": "6.0.0"}}})", "C 6.0.0"},
-      {R"({"runtimeOptions": {"frameworks": [{"name": "A", "version": "6.0.0"}, {"name": "B", "version": "6.0.0"}]}})",
-       "A 6.0.0 there, B 6.0.0"},
-      {R"({"runtimeOptions": {"rollForward": "Major", "framework": {"name": "A", "version": "5.0.0"}}})",
-       "A 5.0.0 there"},
-      {R"({"runtimeOptions": {"rollForward": "LatestMajor", "framework": {"name": "A", "version": "5.0.0"}}})",
-       "A 5.0.0 there"},
-      {R"({"runtimeOptions": {"rollForward": "LatestMajor", "framework": {"name": "A", "version": "7.0.0"}}})",
-       "A 7.0.0"},
-      {R"({"runtimeOptions": {"rollForward": "LatestMinor", "framework": {"name": "A", "version": "5.0.0"}}})",
-       "A 5.0.0"},
-      {R"({"runtimeOptions": {"rollForward": 1, "framework": {"name": 1, "version": 2}}})", ""},
-      {R"({"runtimeOptions": {"framework": "A", "frameworks": {"name": "A"}}})", ""},
-      {R"({"runtimeOptions": {"frameworks": ["A", null, {"version": "6.0.0"}, {"name": "A"}]}})", "A "},
-  };
+TEST(ApplicationReport, FrameworksAreLookedForUnderTheRoot) {
   Installation installation;
-  installation.Application();
-  std::filesystem::create_directories("/opt/morvath/dotnet/shared/A/6.0.36");
-  std::filesystem::create_directories("/opt/morvath/dotnet/shared/B/7.0.1");
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.config);
-    tests::WriteFile(kStem + ".runtimeconfig.json", row.config);
+  installation.Healthy().Framework("6.0.9").Framework("7.0.1");
 
-    EXPECT_EQ(Frameworks(Examine()), row.frameworks);
-  }
+  const ApplicationReport report = Examine();
+
+  EXPECT_EQ(Frameworks(report), "Microsoft.NETCore.App 6.0.0 there");
+  EXPECT_EQ(report.frameworks.at(0).taken, "6.0.36");
+  EXPECT_EQ(report.frameworks.at(0).named_by, kStem + ".runtimeconfig.json");
+  EXPECT_FALSE(report.host_policy);
+}
+
+TEST(ApplicationReport, TheLibraryThatPreparesTheApplicationIsLookedAt) {
+  Installation installation;
+  installation.Healthy().Remove("/opt/morvath/dotnet/shared/Microsoft.NETCore.App/6.0.36/libhostpolicy.so");
+
+  const ApplicationReport report = Examine();
+
+  ASSERT_TRUE(report.host_policy);
+  EXPECT_EQ(report.host_policy->path, "/opt/morvath/dotnet/shared/Microsoft.NETCore.App/6.0.36/libhostpolicy.so");
+  EXPECT_EQ(report.host_policy->detail, "missing");
+}
+
+TEST(ApplicationReport, AFaultOfTheConfigurationIsKept) {
+  Installation installation;
+  installation.Healthy();
+  tests::WriteFile(kStem + ".runtimeconfig.json", R"({"runtimeOptions": {"framework": {"name": "A"}}})");
+
+  const ApplicationReport report = Examine();
+
+  EXPECT_EQ(report.config_fault, ConfigFault::kNoVersion);
+  EXPECT_EQ(report.config_detail, "A");
+  EXPECT_TRUE(report.frameworks.empty());
 }
 
 TEST(ApplicationReport, WithoutARootNobodyKnowsAboutFrameworks) {
@@ -173,23 +168,123 @@ TEST(ApplicationReport, TheContextIsAskedForWhenThereIsSomeoneToAsk) {
   EXPECT_EQ(report.context->result, 5);
 }
 
+// What the host answers when it was asked.
+ApplicationReport Answered(ApplicationReport report, std::uint32_t status) {
+  report.context = ContextProbe{{ChildEnd::kFinished}, static_cast<std::int32_t>(status)};
+  report.context->has_handle = status == 0;
+  return report;
+}
+
 TEST(ApplicationNearMisses, AMissingAssemblyAndAMissingFrameworkAreNamed) {
   Installation installation;
   installation.Healthy();
   EXPECT_TRUE(ApplicationNearMisses(Examine(), true).empty());
 
   installation.Remove("/opt/morvath/dotnet/shared");
-  const Warnings framework = ApplicationNearMisses(Examine(), true);
+  const Warnings framework = ApplicationNearMisses(Answered(Examine(), 0x80008096), true);
   installation.Framework("6.0.36").Remove(kStem + ".dll");
   const Warnings assembly = ApplicationNearMisses(Examine(), true);
 
   ASSERT_EQ(framework.size(), 1U);
   EXPECT_EQ(framework[0].finding, Finding::kMissingFramework);
   EXPECT_EQ(framework[0].place, kStem + ".runtimeconfig.json");
-  EXPECT_NE(framework[0].text.find("Microsoft.NETCore.App 6.0.0"), std::string::npos);
+  EXPECT_EQ(framework[0].text, "Microsoft.NETCore.App 6.0.0 is needed, and there is none under /opt/morvath/dotnet");
+  EXPECT_EQ(framework[0].meaning, "(hostfxr: 0x80008096 FrameworkMissingFailure)");
+  EXPECT_EQ(framework[0].cure, "install the .NET runtime 6.0.0 or a newer 6.0");
+  EXPECT_TRUE(framework[0].may_decide);
   ASSERT_EQ(assembly.size(), 1U);
   EXPECT_EQ(assembly[0].finding, Finding::kMissingAssembly);
   EXPECT_EQ(assembly[0].place, kStem + ".dll");
+}
+
+TEST(ApplicationNearMisses, AMissingFrameworkIsSaidBesideWhatIsThere) {
+  struct Row {
+    const char* framework;
+    const char* text;
+    const char* cure;
+  };
+  const Row rows[] = {
+      {R"("name": "Microsoft.NETCore.App", "version": "6.0.50")",
+       "Microsoft.NETCore.App 6.0.50 is needed, and 6.0.36 is the newest under /opt/morvath/dotnet",
+       "install the .NET runtime 6.0.50 or a newer 6.0"},
+      {R"("name": "Microsoft.NETCore.App", "version": "5.0.0")",
+       "Microsoft.NETCore.App 5.0.0 is needed; under /opt/morvath/dotnet there are 6.0.9 and 6.0.36, and roll-forward "
+       "is Minor",
+       "install the .NET runtime 5.0.0 or a newer 5.0"},
+      {R"("name": "Microsoft.NETCore.App", "version": "6.0.9x", "rollForward": "Major")",
+       "Microsoft.NETCore.App 6.0.9x is needed, and '6.0.9x' is not a version",
+       "install the .NET runtime 6.0.9x or newer"},
+      {R"("name": "Microsoft.AspNetCore.App", "version": "6.0.0", "rollForward": "Disable")",
+       "Microsoft.AspNetCore.App 6.0.0 is needed, and there is none under /opt/morvath/dotnet",
+       "install the ASP.NET Core runtime 6.0.0"},
+  };
+  Installation installation;
+  installation.Healthy().Framework("6.0.9");
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.framework);
+    tests::WriteFile(kStem + ".runtimeconfig.json",
+                     R"({"runtimeOptions": {"framework": {)" + std::string(row.framework) + "}}}");
+
+    const Warnings warnings = ApplicationNearMisses(Examine(), true);
+
+    ASSERT_EQ(warnings.size(), 1U);
+    EXPECT_EQ(warnings[0].text, row.text);
+    EXPECT_EQ(warnings[0].cure, row.cure);
+  }
+}
+
+TEST(ApplicationNearMisses, OnlyWhatFitsTheHostsAnswerExplainsIt) {
+  Installation installation;
+  installation.Healthy().Remove("/opt/morvath/dotnet/shared");
+
+  const Warnings other = ApplicationNearMisses(Answered(Examine(), 0x80008087), true);
+
+  ASSERT_EQ(other.size(), 1U);
+  EXPECT_FALSE(other[0].may_decide);
+  EXPECT_TRUE(ApplicationNearMisses(Answered(Examine(), 0), true).empty()) << "the host accepts the application";
+  EXPECT_TRUE(ApplicationNearMisses(Examine(), false).empty()) << "the root holds no runtime at all";
+}
+
+TEST(ApplicationNearMisses, EveryConfigurationThatTheHostCannotUseIsExplained) {
+  struct Row {
+    Finding finding;
+    std::uint32_t status;
+    const char* text;
+    void (*lay)(Installation& installation);
+  };
+  const Row rows[] = {
+      {Finding::kMissingConfig, 0x80008083, ".runtimeconfig.json is missing",
+       [](Installation& installation) { installation.Remove(kStem + ".runtimeconfig.json"); }},
+      {Finding::kMalformedConfig, 0x80008093, ".runtimeconfig.json is not JSON, line 2",
+       [](Installation&) { tests::WriteFile(kStem + ".runtimeconfig.json", "{\n,"); }},
+      {Finding::kInvalidConfig, 0x80008093, ".runtimeconfig.json has no object runtimeOptions",
+       [](Installation&) { tests::WriteFile(kStem + ".runtimeconfig.json", "{}"); }},
+      {Finding::kNoFrameworkNamed, 0x80008083, ".runtimeconfig.json names no framework",
+       [](Installation&) { tests::WriteFile(kStem + ".runtimeconfig.json", R"({"runtimeOptions": {}})"); }},
+      {Finding::kMalformedConfig, 0x80008093, "Microsoft.NETCore.App.runtimeconfig.json is not JSON, line 1",
+       [](Installation&) {
+         tests::WriteFile(
+             "/opt/morvath/dotnet/shared/Microsoft.NETCore.App/6.0.36/Microsoft.NETCore.App.runtimeconfig.json", "x");
+       }},
+      {Finding::kHostPolicyBroken, 0x80008083, "libhostpolicy.so is missing",
+       [](Installation& installation) {
+         installation.Remove("/opt/morvath/dotnet/shared/Microsoft.NETCore.App/6.0.36/libhostpolicy.so");
+       }},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.text);
+    Installation installation;
+    installation.Healthy();
+    row.lay(installation);
+
+    const Warnings warnings = ApplicationNearMisses(Answered(Examine(), row.status), true);
+
+    ASSERT_EQ(warnings.size(), 1U);
+    EXPECT_EQ(warnings[0].finding, row.finding);
+    EXPECT_TRUE(warnings[0].text.ends_with(row.text)) << warnings[0].text;
+    EXPECT_TRUE(warnings[0].may_decide);
+    EXPECT_NE(warnings[0].cure, "");
+  }
 }
 
 }  // namespace

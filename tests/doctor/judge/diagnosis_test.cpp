@@ -45,12 +45,12 @@ TEST(Diagnosis, AHealthyServerRuns) {
 TEST(Diagnosis, WarningsFollowTheRoad) {
   Installation installation;
   installation.Healthy().Settings("X=1\nX=2\nDotnetRootFolder=/opt/morvath/dotnet\n");
-  installation.Remove("/opt/morvath/dotnet/shared");
+  installation.Remove(std::string(tests::kApplication) + ".dll");
   std::filesystem::create_directory_symlink("/tmp", std::string(tests::kFxrFolder) + "/6.0.0");
   tests::ScopedEnvironment environment;
   environment.Set("TMP", "");
 
-  EXPECT_EQ(Codes(Diagnose(Installed())), "key-given-twice folder-is-link tmp-empty missing-framework");
+  EXPECT_EQ(Codes(Diagnose(Installed())), "key-given-twice folder-is-link tmp-empty missing-assembly");
 }
 
 TEST(Diagnosis, NoFrameworkIsMissedWhereThereIsNoRuntimeAtAll) {

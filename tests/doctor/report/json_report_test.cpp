@@ -185,7 +185,7 @@ TEST(JsonReport, IsUtf8WhateverTheBytes) {
   runtime.decisive = 0;
   diagnosis.environment = {{{bytes, bytes, bytes}}, bytes};
   diagnosis.application.assembly_file = {bytes, FileState::kUnreadable};
-  diagnosis.application.frameworks = {{bytes, bytes, false}};
+  diagnosis.application.frameworks = {{bytes, bytes, RollForward::kMinor, bytes, false, {bytes}, bytes, bytes}};
   ContextProbe& context = diagnosis.application.context.emplace();
   context.child = {ChildEnd::kCrashed, SIGSEGV, {}, bytes, bytes};
   context.host_text = bytes;

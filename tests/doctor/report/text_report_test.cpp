@@ -142,7 +142,7 @@ TEST(TextReport, FitsThePageAndHoldsNoControlsWhateverTheBytes) {
   version.reason = VersionReason::kLoadFailed;
   diagnosis.environment = {{{"A", "0", bytes}}, bytes};
   diagnosis.application.assembly_file = {bytes, FileState::kUnreadable};
-  diagnosis.application.frameworks = {{bytes, bytes, false}};
+  diagnosis.application.frameworks = {{bytes, bytes, RollForward::kMinor, bytes, false, {bytes}, bytes, bytes}};
   diagnosis.application.context.emplace().host_text = bytes;
   diagnosis.application.context->child.end = ChildEnd::kFinished;
 
