@@ -81,11 +81,16 @@ std::optional<VersionReason> ReasonOf(const LibraryProbe& probe) {
   return probe.missing.empty() ? VersionReason::kLoadFailed : VersionReason::kFunctionMissing;
 }
 
+Standing StandingOf(const LibraryProbe& probe) {
+  if (probe.child.end == ChildEnd::kFinished) {
+    return probe.IsGood() ? Standing::kChosen : Standing::kRefused;
+  }
+  return probe.child.end == ChildEnd::kTimedOut ? Standing::kNotKnown : Standing::kFatal;
+}
+
 void Take(LibraryProbe probe, VersionReport& version) {
   version.reason = ReasonOf(probe);
-  version.standing = probe.child.end != ChildEnd::kFinished ? Standing::kFatal
-                     : probe.IsGood()                       ? Standing::kGood
-                                                            : Standing::kRefused;
+  version.standing = StandingOf(probe);
   version.words = std::move(probe.error);
   version.missing_function = std::move(probe.missing);
   version.child = std::move(probe.child);
@@ -151,10 +156,10 @@ class Examiner {
     }
     VersionReport version = Report(name);
     version.is_candidate = true;
-    Try(version, prober_);
+    // What a launch would not load is not loaded: whatever it does, it would do it here only.
+    Try(version, report_.decisive ? LibraryProber() : prober_);
     if (!report_.decisive && version.standing != Standing::kRefused) {
       report_.decisive = report_.versions.size();
-      version.standing = version.standing == Standing::kGood ? Standing::kChosen : version.standing;
     }
     report_.versions.push_back(std::move(version));
   }

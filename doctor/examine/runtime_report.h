@@ -14,10 +14,10 @@ namespace doctor {
 
 enum class Standing {
   kChosen,     ///< A launch takes this one.
-  kGood,       ///< It would do, but is not needed.
   kNotLoaded,  ///< It looks good; whether it loads was not tried.
   kRefused,    ///< A launch passes it over.
-  kFatal,      ///< A launch ends here: loading it ends the process, hangs or throws.
+  kFatal,      ///< A launch ends here: loading it ends the process or throws.
+  kNotKnown,   ///< It was not loaded within the time limit.
 };
 
 /// Why a version is not good.
@@ -38,7 +38,7 @@ enum class VersionReason {
   kMalformed,
   kLoadFailed,  ///< The dynamic loader refuses it.
   kFunctionMissing,
-  kThrew,  ///< From here on: loading it ended the process.
+  kThrew,  ///< From here on: loading it did not come to its end.
   kExited,
   kCrashed,
   kTimedOut,
@@ -70,8 +70,8 @@ struct RuntimeReport {
 /// Loads a library in a child.
 using LibraryProber = std::function<LibraryProbe(const tov::WideString& path)>;
 
-/// Looks for hosts under the root as the launcher does. Without a prober nothing is loaded, and the first candidate
-/// whose headers are sound counts as chosen.
+/// Looks for hosts under the root as the launcher does. No candidate is loaded after the one that decides. Without a
+/// prober none is loaded, and the first one whose headers are sound decides.
 RuntimeReport ExamineRuntime(const tov::WideString& root, const LibraryProber& prober);
 
 }  // namespace doctor

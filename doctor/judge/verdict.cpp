@@ -185,7 +185,7 @@ std::optional<Verdict> JudgeRuntime(const RuntimeReport& runtime, const Settings
                ? NoVersionLoads(runtime)
                : Refuses(Stop::kNoVersion, Finding::kNoVersion, folder);
   }
-  if (decisive->standing == Standing::kFatal) {
+  if (decisive->child.end != ChildEnd::kFinished) {
     return EndsLike(decisive->child, Stop::kLoading, Finding::kEndsWhileLoading, Finding::kLoadingNotFinished,
                     AtVersion(*decisive));
   }

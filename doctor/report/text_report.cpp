@@ -86,19 +86,16 @@ void PutSettings(Page& page, const SettingsReport& settings) {
 
 constexpr auto kShownStandings = std::to_array<Shown<Standing>>({
     {Standing::kChosen, "chosen", Paint::kGood},
-    {Standing::kGood, "good, not needed", Paint::kPlain},
     {Standing::kNotLoaded, "sound, not loaded", Paint::kPlain},
     {Standing::kRefused, "refused", Paint::kOdd},
     {Standing::kFatal, "fatal", Paint::kBad},
+    {Standing::kNotKnown, "not known", Paint::kBad},
 });
-static_assert(IsComplete(kShownStandings, Standing::kFatal));
+static_assert(IsComplete(kShownStandings, Standing::kNotKnown));
 
-Cell StandingCell(const VersionReport& version, bool isDecisive) {
+Cell StandingCell(const VersionReport& version) {
   if (version.standing == Standing::kRefused && !version.is_candidate) {
     return {"refused", Paint::kFaint};
-  }
-  if (version.standing == Standing::kFatal && !isDecisive) {
-    return {"fatal, not tried", Paint::kOdd};
   }
   const auto& [standing, words, paint] = RowOf(kShownStandings, version.standing);
   return {std::string(words), paint};
@@ -126,7 +123,7 @@ void PutRuntime(Page& page, const std::optional<RuntimeReport>& runtime) {
   for (const VersionReport& version : runtime->versions) {
     if (rows.size() < kLongestList) {
       rows.push_back({{version.name.empty() ? "(not UTF-8)" : Printable(version.name)},
-                      StandingCell(version, &version == runtime->Decisive()),
+                      StandingCell(version),
                       {Printable(Detail(version))}});
     }
   }

@@ -132,7 +132,7 @@ TEST(DoctorExecutable, EndsWithThreeWhenItCanHaveNoProcess) {
   installation.Healthy();
   fs::copy_file(DoctorFile(), "/opt/morvath/doctor");
 
-  const Outcome outcome = Shell("ulimit -n 6; exec /opt/morvath/doctor").Run();
+  const Outcome outcome = Shell("exec <&-; ulimit -n 4; exec /opt/morvath/doctor").Run();
 
   EXPECT_EQ(outcome.status, 3) << outcome;
   EXPECT_NE(outcome.err.find("it cannot work"), std::string::npos) << outcome;
@@ -250,6 +250,21 @@ TEST(DoctorExecutable, ChangesNothingOnTheMachine) {
   EXPECT_EQ(Listing(folders), before);
 }
 
+TEST(DoctorExecutable, ALibraryThatALaunchWouldNotLoadIsNotLoaded) {
+  Installation installation;
+  installation.Healthy().OddHost("6.0.1", "comes_LeaveFile").OddHost("6.0.40", "comes_Crash");
+  const TempFolder folder;
+
+  static_cast<void>(Doctor().Folder(folder.Path()).Run());
+  EXPECT_TRUE(fs::is_empty(folder.Path())) << "one that ends a launch comes first";
+  installation.Remove(Installation::HostFile("6.0.40").parent_path());
+  static_cast<void>(Doctor().Folder(folder.Path()).Run());
+  EXPECT_TRUE(fs::is_empty(folder.Path())) << "one that is chosen comes first";
+  installation.Remove(Installation::HostFile("6.0.36").parent_path());
+  static_cast<void>(Doctor().Folder(folder.Path()).Run());
+  EXPECT_FALSE(fs::is_empty(folder.Path())) << "it is the first";
+}
+
 TEST(DoctorExecutable, ACrashWhileLoadingIsAFindingNotItsEnd) {
   Installation installation;
   installation.Healthy().OddHost("6.0.40", "comes_Crash");
@@ -260,6 +275,16 @@ TEST(DoctorExecutable, ACrashWhileLoadingIsAFindingNotItsEnd) {
   EXPECT_EQ(outcome.signal, 0);
   EXPECT_TRUE(outcome.out.starts_with("A launch would die of SIGSEGV: ")) << outcome;
   EXPECT_NE(outcome.out.find("6.0.40/libhostfxr.so"), std::string::npos);
+}
+
+TEST(DoctorExecutable, AHostThatClosesAllDescriptorsIsHeardAllTheSame) {
+  Installation installation;
+  installation.Healthy().OddHost("6.0.36", "closes_all");
+
+  const Outcome outcome = Doctor().Run();
+
+  EXPECT_EQ(outcome.status, 0) << outcome;
+  EXPECT_TRUE(outcome.out.starts_with("The host accepts the application")) << outcome;
 }
 
 TEST(DoctorExecutable, WorksWhereItsParentIgnoresTheEndOfChildren) {

@@ -41,12 +41,13 @@ static_assert(IsComplete(kFolderStates, netloader::FxrFolderState::kUnreadable))
 
 inline constexpr auto kStandings = std::to_array<Named<Standing>>({
     {Standing::kChosen, "chosen", "a launch takes it"},
-    {Standing::kGood, "good", "it would serve, but is not needed"},
-    {Standing::kNotLoaded, "not-loaded", "it looks sound, but was not loaded"},
+    {Standing::kNotLoaded, "not-loaded",
+     "it looks sound, but was not loaded: a launch does not come to it, or nothing is"},
     {Standing::kRefused, "refused", "a launch passes it over"},
     {Standing::kFatal, "fatal", "a launch that loads it ends there"},
+    {Standing::kNotKnown, "not-known", "it was not loaded within the time limit"},
 });
-static_assert(IsComplete(kStandings, Standing::kFatal));
+static_assert(IsComplete(kStandings, Standing::kNotKnown));
 
 inline constexpr auto kFileStates = std::to_array<Named<FileState>>({
     {FileState::kPresent, "present", "it is there and can be read"},

@@ -45,7 +45,8 @@ inline constexpr auto kVersionReasons = std::to_array<VersionReasonText>({
      "ended the process while loading, with status {status}{wrote}"},
     {VersionReason::kCrashed, "crashed", "it crashed while it was loaded: a launch ends there",
      "crashed while loading: {signal}{wrote}"},
-    {VersionReason::kTimedOut, "timed-out", "it was not loaded within the time limit: a launch ends there",
+    {VersionReason::kTimedOut, "timed-out",
+     "it was not loaded within the time limit; what a launch would do is not known",
      "did not come back from loading within the time limit{wrote}"},
 });
 static_assert(IsComplete(kVersionReasons, VersionReason::kTimedOut));

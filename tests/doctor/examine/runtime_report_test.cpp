@@ -50,7 +50,7 @@ TEST(RuntimeReport, CandidatesComeAsALaunchTriesThemAndTheOthersByName) {
   const RuntimeReport report = Examine(runtime, Finds({}));
 
   EXPECT_EQ(Story(report),
-            "6.0.36 chosen; 6.0.9 good; 6.0.1 refused no-library; 7.0.1 refused wrong-prefix; "
+            "6.0.36 chosen; 6.0.9 not-loaded; 6.0.1 refused no-library; 7.0.1 refused wrong-prefix; "
             "backup refused wrong-prefix");
   EXPECT_EQ(report.Decisive(), &report.versions[0]);
   EXPECT_TRUE(report.versions[1].is_candidate);
@@ -116,13 +116,13 @@ TEST(RuntimeReport, EveryEndOfLoadingIsAFinding) {
       {"6.0.2 refused function-missing; 6.0.1 chosen",
        "lacks the function hostfxr_close",
        {{ChildEnd::kFinished}, "undefined symbol", "hostfxr_close"}},
-      {"6.0.2 fatal threw; 6.0.1 good", "threw an exception while loading: its words",
+      {"6.0.2 fatal threw; 6.0.1 not-loaded", "threw an exception while loading: its words",
        Ends(ChildEnd::kThrew, 0, "its words")},
-      {"6.0.2 fatal threw; 6.0.1 good", "threw an exception while loading", Ends(ChildEnd::kThrewUnknown)},
-      {"6.0.2 fatal exited; 6.0.1 good", "ended the process while loading, with status 17",
+      {"6.0.2 fatal threw; 6.0.1 not-loaded", "threw an exception while loading", Ends(ChildEnd::kThrewUnknown)},
+      {"6.0.2 fatal exited; 6.0.1 not-loaded", "ended the process while loading, with status 17",
        Ends(ChildEnd::kExited, 17)},
-      {"6.0.2 fatal crashed; 6.0.1 good", "crashed while loading: SIGBUS", Ends(ChildEnd::kCrashed, SIGBUS)},
-      {"6.0.2 fatal timed-out; 6.0.1 good", "did not come back from loading within the time limit",
+      {"6.0.2 fatal crashed; 6.0.1 not-loaded", "crashed while loading: SIGBUS", Ends(ChildEnd::kCrashed, SIGBUS)},
+      {"6.0.2 not-known timed-out; 6.0.1 not-loaded", "did not come back from loading within the time limit",
        Ends(ChildEnd::kTimedOut)},
   };
   for (const Row& row : rows) {
@@ -138,14 +138,31 @@ TEST(RuntimeReport, EveryEndOfLoadingIsAFinding) {
   }
 }
 
-TEST(RuntimeReport, WhatIsFatalAfterTheChosenOneDoesNotDecide) {
-  RuntimeTree runtime;
-  runtime.AddHost("6.0.2").AddHost("6.0.1");
+TEST(RuntimeReport, NothingIsLoadedAfterTheOneThatDecides) {
+  struct Row {
+    const char* story;
+    LibraryProbe newest;
+  };
+  const Row rows[] = {
+      {"6.0.3 chosen; 6.0.2 not-loaded; 6.0.1 refused not-elf", {{ChildEnd::kFinished}}},
+      {"6.0.3 fatal crashed; 6.0.2 not-loaded; 6.0.1 refused not-elf", Ends(ChildEnd::kCrashed, SIGSEGV)},
+      {"6.0.3 not-known timed-out; 6.0.2 not-loaded; 6.0.1 refused not-elf", Ends(ChildEnd::kTimedOut)},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.story);
+    RuntimeTree runtime;
+    runtime.AddHost("6.0.3").AddHost("6.0.2").AddHostOfBytes("6.0.1", "text");
+    int loaded = 0;
 
-  const RuntimeReport report = Examine(runtime, Finds({{"6.0.1", Ends(ChildEnd::kCrashed, SIGSEGV)}}));
+    const RuntimeReport report = Examine(runtime, [&](const tov::WideString&) {
+      ++loaded;
+      return row.newest;
+    });
 
-  EXPECT_EQ(Story(report), "6.0.2 chosen; 6.0.1 fatal crashed");
-  EXPECT_EQ(report.decisive, 0U);
+    EXPECT_EQ(Story(report), row.story);
+    EXPECT_EQ(loaded, 1);
+    EXPECT_EQ(report.decisive, 0U);
+  }
 }
 
 TEST(RuntimeReport, WithoutAChildToLoadInThereIsNoReport) {

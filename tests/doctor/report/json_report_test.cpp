@@ -104,7 +104,7 @@ TEST(JsonReport, EveryUseStandingAndStateHasItsName) {
                                 {5, "a", "b", LineUse::kMalformed}};
   RuntimeReport runtime;
   for (const Standing standing :
-       {Standing::kChosen, Standing::kGood, Standing::kNotLoaded, Standing::kRefused, Standing::kFatal}) {
+       {Standing::kChosen, Standing::kNotLoaded, Standing::kRefused, Standing::kFatal, Standing::kNotKnown}) {
     runtime.versions.emplace_back().standing = standing;
   }
   diagnosis.runtime = runtime;
@@ -121,7 +121,7 @@ TEST(JsonReport, EveryUseStandingAndStateHasItsName) {
   for (const json& version : report["runtime"]["versions"]) {
     standings.push_back(version["standing"]);
   }
-  EXPECT_EQ(standings, (std::vector<std::string>{"chosen", "good", "not-loaded", "refused", "fatal"}));
+  EXPECT_EQ(standings, (std::vector<std::string>{"chosen", "not-loaded", "refused", "fatal", "not-known"}));
 }
 
 TEST(JsonReport, EveryFolderStateHasItsName) {

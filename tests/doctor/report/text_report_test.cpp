@@ -160,20 +160,6 @@ TEST(TextReport, FitsThePageAndHoldsNoControlsWhateverTheBytes) {
   }
 }
 
-TEST(TextReport, OnlyTheFatalVersionThatDecidesIsCalledFatal) {
-  Diagnosis diagnosis;
-  diagnosis.verdict.outcome = Outcome::kRuns;
-  RuntimeReport& runtime = diagnosis.runtime.emplace();
-  runtime.versions.resize(2);
-  runtime.versions[0].standing = runtime.versions[1].standing = Standing::kFatal;
-  runtime.decisive = 0;
-
-  const std::string text = TextReport(diagnosis, {false, true});
-
-  EXPECT_EQ(Count(text, "fatal"), 2U);
-  EXPECT_EQ(Count(text, "fatal, not tried"), 1U) << text;
-}
-
 TEST(TextReport, TheHostsWordsAreShownLineByLine) {
   Diagnosis diagnosis;
   diagnosis.verdict.outcome = Outcome::kStatus255;

@@ -1,4 +1,5 @@
 // A host that misbehaves in one place: CONSTRUCTOR, INITIALIZE or DESTRUCTOR is one of the deeds below.
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -53,6 +54,15 @@ namespace {
 [[maybe_unused]] int Talk() {
   std::puts("words of a library");
   return std::fflush(stdout);
+}
+[[maybe_unused]] int LeaveFile() {
+  return ::close(::open("left-behind", O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
+}
+[[maybe_unused]] int CloseAll() {
+  for (int descriptor = 0; descriptor < 1024; ++descriptor) {
+    ::close(descriptor);
+  }
+  return 0;
 }
 [[maybe_unused]] int Hang() {
   for (;;) {
