@@ -48,7 +48,7 @@ int Refuse(const doctor::Refusal& refusal) {
 
 void WriteLog(const std::string& file, const doctor::Question& question) {
   const auto root = question.root ? std::optional(doctor::ToUtf16(*question.root)) : std::nullopt;
-  const std::string path = doctor::WriteLoaderLog(file, {question.settings_path, root}, doctor::kTimeLimit);
+  const std::string path = doctor::WriteLoaderLog(file, {question.settings_path, root}, question.patience);
   std::cerr << "grellin_doctor: the loader's log is in " << doctor::Printable(path) << std::endl;
 }
 
@@ -61,6 +61,7 @@ int Run(const doctor::Options& options) {
   question.settings_path = options.settings.value_or(doctor::ToUtf8(netloader::quor::detail::SettingsFilePath()));
   question.root = options.root;
   question.probe = options.probe;
+  question.patience.limit = options.time_limit;
   const doctor::Diagnosis diagnosis = doctor::Diagnose(question);
   const doctor::Head head{doctor::LookAtMachine(), question};
   std::cout << (options.json ? doctor::JsonReport(diagnosis, head)

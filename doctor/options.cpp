@@ -35,8 +35,28 @@ constexpr auto kOptionWords = std::to_array<OptionWords>({
     {"--log", "takes a file to write to"},
     {"--settings", "takes a file"},
     {"--root", "takes a path in UTF-8"},
+    {"--time-limit", "takes a number of seconds above 0"},
     {"--color", "takes auto, always or never"},
 });
+
+// Of whole or fractional seconds; empty for another text, and for less than a millisecond.
+std::optional<std::chrono::milliseconds> TimeOf(std::string_view seconds) {
+  constexpr std::size_t kMostDigits = 9;
+  constexpr std::string_view kDigits = "0123456789";
+  const std::string_view whole = seconds.substr(0, seconds.find('.'));
+  std::string_view decimals = seconds.substr(whole.size());
+  decimals.remove_prefix(decimals.empty() ? 0 : 1);
+  const bool isNumber = whole.size() + decimals.size() > 0 && whole.size() <= kMostDigits &&
+                        whole.find_first_not_of(kDigits) == std::string_view::npos &&
+                        decimals.find_first_not_of(kDigits) == std::string_view::npos;
+  if (!isNumber) {
+    return std::nullopt;
+  }
+  std::string milliseconds(decimals.substr(0, 3));
+  milliseconds.append(3 - milliseconds.size(), '0').insert(0, whole);
+  const std::chrono::milliseconds time(std::stoll(milliseconds));
+  return time.count() > 0 ? std::optional(time) : std::nullopt;
+}
 
 // The library's words name the option first, and quote what was given for it only then.
 const OptionWords* ConcernedBy(std::string_view words) {
@@ -89,6 +109,11 @@ std::variant<Options, Refusal> ParseOptions(int argc, const char* const* argv) {
       ->check(
           [](const std::string& root) { return tov::text::ToUtf16(root).empty() ? "it must be a path in UTF-8" : ""; },
           "");
+  app.add_option_function<std::string>(
+         "--time-limit", [&](const std::string& seconds) { options.time_limit = *TimeOf(seconds); },
+         "Wait so long for each child process, 10 seconds unless said")
+      ->option_text("SECONDS")
+      ->check([](const std::string& seconds) { return TimeOf(seconds) ? "" : "it must be a positive number"; }, "");
   app.add_flag("--no-probe", noProbe, "Load nothing; excludes --log")->excludes(log)->option_text(" ");
   app.add_option("--color", options.color, "When to use colours: auto, always or never")
       ->option_text("WHEN")

@@ -1,9 +1,12 @@
 // The doctor's command line.
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <variant>
+
+#include "doctor/child/patience.h"
 
 namespace doctor {
 
@@ -14,6 +17,7 @@ struct Options {
   bool probe = true;
   bool verbose = false;
   Color color = Color::kAuto;
+  std::chrono::milliseconds time_limit = kTimeLimit;
   std::optional<std::string> log;
   std::optional<std::string> settings;
   std::optional<std::string> root;

@@ -28,6 +28,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kLongestOutput = std::size_t{64} * 1024;
 constexpr int kPatience = 10;  // Milliseconds.
+constexpr auto kLongWait = std::chrono::seconds(1);
 
 struct Pipe {
   FileDescriptor read = FileDescriptor();
@@ -104,10 +105,32 @@ bool HasEnded(pid_t process) {
   return ::waitid(P_PID, static_cast<id_t>(process), &info, WEXITED | WNOHANG | WNOWAIT) != 0 || info.si_pid != 0;
 }
 
+// At most an hour, which a poll takes in any case.
 int MillisecondsTo(Clock::time_point deadline) {
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
-  return left > 0 ? static_cast<int>(left) : 0;
+  constexpr std::chrono::milliseconds kNow{0};
+  constexpr std::chrono::milliseconds kMost = std::chrono::hours(1);
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+  return static_cast<int>(std::clamp(left, kNow, kMost).count());
 }
+
+// Rings once, when its time has come.
+class Alarm {
+ public:
+  Alarm(Clock::time_point time, std::function<void()> ring) : time_(time), ring_(std::move(ring)) {}
+
+  void RingInTime() {
+    if (ring_ && MillisecondsTo(time_) == 0) {
+      std::exchange(ring_, nullptr)();
+    }
+  }
+
+  // The earlier of the deadline and its own time.
+  Clock::time_point Next(Clock::time_point deadline) const { return ring_ ? std::min(time_, deadline) : deadline; }
+
+ private:
+  Clock::time_point time_;
+  std::function<void()> ring_;
+};
 
 // The parent's side of a child that runs.
 struct Conversation {
@@ -117,14 +140,15 @@ struct Conversation {
 };
 
 // Collects what it writes until the child has ended. False when the deadline comes first.
-bool Listen(Conversation& with, Clock::time_point deadline) {
+bool Listen(Conversation& with, Clock::time_point deadline, Alarm& alarm) {
   // Kernels before 5.3 have none; the child is then asked every few milliseconds.
   const FileDescriptor child(static_cast<int>(::syscall(SYS_pidfd_open, with.process, 0)));
   while (!HasEnded(with.process)) {
-    const int left = MillisecondsTo(deadline);
-    if (left == 0) {
+    alarm.RingInTime();
+    if (MillisecondsTo(deadline) == 0) {
       return false;
     }
+    const int left = MillisecondsTo(alarm.Next(deadline));
     // A closed end is -1, which poll passes over.
     std::array<pollfd, 2> ready{pollfd{child.Get(), POLLIN, 0}, pollfd{with.output.Get(), POLLIN, 0}};
     if (::poll(ready.data(), ready.size(), child.IsOpen() ? left : std::min(left, kPatience)) <= 0) {
@@ -160,13 +184,14 @@ ChildResult NotStarted() {
 
 }  // namespace
 
-ChildResult RunInChild(const std::function<Answer()>& work, std::chrono::milliseconds limit) {
+ChildResult RunInChild(const std::function<Answer()>& work, std::chrono::milliseconds limit,
+                       std::function<void()> takesLong) {
   SharedText answer;
   Pipe output = MakePipe();
   if (!answer.IsThere() || !output.read.IsOpen()) {
     return NotStarted();
   }
-  const Clock::time_point deadline = Clock::now() + limit;
+  const Clock::time_point start = Clock::now();
   const pid_t process = ::fork();
   if (process < 0) {
     return NotStarted();
@@ -177,7 +202,8 @@ ChildResult RunInChild(const std::function<Answer()>& work, std::chrono::millise
   output.write.Close();
 
   Conversation child{process, std::move(output.read)};
-  const bool ended = Listen(child, deadline);
+  Alarm alarm(start + kLongWait, std::move(takesLong));
+  const bool ended = Listen(child, start + limit, alarm);
   ::kill(-process, SIGKILL);  // What it may have started, too.
   ::kill(process, SIGKILL);
   Drain(child.output, child.text);
@@ -185,6 +211,7 @@ ChildResult RunInChild(const std::function<Answer()>& work, std::chrono::millise
   ::waitpid(process, &status, 0);
   ChildResult result{ChildEnd::kTimedOut};
   result.output = child.text.substr(0, kLongestOutput);
+  result.limit = limit;
   if (ended && WIFSIGNALED(status)) {
     result.end = ChildEnd::kCrashed;
     result.code = WTERMSIG(status);

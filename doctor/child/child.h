@@ -23,14 +23,17 @@ enum class ChildEnd {
 
 struct ChildResult {
   ChildEnd end = ChildEnd::kNotStarted;
-  int code = 0;              ///< Exit status, signal, or errno of what could not be started.
-  Answer answer = {};        ///< Only when finished.
-  std::string message = {};  ///< What was thrown, in its own words.
-  std::string output = {};   ///< What it wrote to standard output and error, as far as 64 KiB.
+  int code = 0;                          ///< Exit status, signal, or errno of what could not be started.
+  Answer answer = {};                    ///< Only when finished.
+  std::string message = {};              ///< What was thrown, in its own words.
+  std::string output = {};               ///< What it wrote to standard output and error, as far as 64 KiB.
+  std::chrono::milliseconds limit = {};  ///< How long it was given.
 };
 
 /// Runs the work in a child that reads nothing, has no terminal, dumps no core and does not outlive this process. Its
 /// answer comes whatever descriptors the work closes. Waits for its end or for the limit, whichever comes first.
-ChildResult RunInChild(const std::function<Answer()>& work, std::chrono::milliseconds limit);
+/// `takesLong` is called once when that takes more than about a second.
+ChildResult RunInChild(const std::function<Answer()>& work, std::chrono::milliseconds limit,
+                       std::function<void()> takesLong = {});
 
 }  // namespace doctor

@@ -1,6 +1,7 @@
 #include "doctor/examine/probe.h"
 
 #include "doctor/examine/asked_host.h"
+#include "foundation/utf.h"
 #include "netloader/netloaderhostfxr/src/host_binding.h"
 
 namespace doctor {
@@ -55,8 +56,8 @@ Answer CreateContext(const tov::WideString& path, const tov::WideString& root, c
 
 }  // namespace
 
-LibraryProbe ProbeLibrary(const tov::WideString& path, std::chrono::milliseconds limit) {
-  LibraryProbe probe{RunInChild([&] { return LoadLibrary(path); }, limit)};
+LibraryProbe ProbeLibrary(const tov::WideString& path, const Patience& patience) {
+  LibraryProbe probe{RunInChild([&] { return LoadLibrary(path); }, tov::text::ToUtf8(path) + " to load", patience)};
   if (probe.child.end == ChildEnd::kFinished) {
     probe.error = probe.child.answer.at(0);
     probe.missing = probe.child.answer.at(1);
@@ -65,8 +66,9 @@ LibraryProbe ProbeLibrary(const tov::WideString& path, std::chrono::milliseconds
 }
 
 ContextProbe ProbeContext(const tov::WideString& library, const tov::WideString& dotnetRoot,
-                          const tov::WideString& assembly, std::chrono::milliseconds limit) {
-  ContextProbe probe{RunInChild([&] { return CreateContext(library, dotnetRoot, assembly); }, limit)};
+                          const tov::WideString& assembly, const Patience& patience) {
+  ContextProbe probe{RunInChild([&] { return CreateContext(library, dotnetRoot, assembly); },
+                                "the host to prepare the application", patience)};
   if (probe.child.end == ChildEnd::kFinished) {
     const Answer& answer = probe.child.answer;
     probe.result = std::stoi(answer.at(0));

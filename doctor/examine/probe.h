@@ -1,17 +1,13 @@
 // Loading a host and asking it for a context, in a child process that may not survive it.
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <string>
 
-#include "doctor/child/child.h"
+#include "doctor/child/patience.h"
 #include "foundation/strings.h"
 
 namespace doctor {
-
-/// How long a library may take to load, and a host to create a context.
-inline constexpr std::chrono::milliseconds kTimeLimit = std::chrono::seconds(10);
 
 /// What came of loading a library. `error` and `missing` mean something when the child finished.
 struct LibraryProbe {
@@ -23,7 +19,7 @@ struct LibraryProbe {
 };
 
 /// Loads the library and looks its functions up as the launcher does, in the launcher's environment.
-LibraryProbe ProbeLibrary(const tov::WideString& path, std::chrono::milliseconds limit);
+LibraryProbe ProbeLibrary(const tov::WideString& path, const Patience& patience);
 
 /// What came of creating a context. All but `child` mean something when the child finished.
 struct ContextProbe {
@@ -40,6 +36,6 @@ struct ContextProbe {
 /// Has the host library create the context that a launch without arguments would create, and closes it. Nothing managed
 /// runs.
 ContextProbe ProbeContext(const tov::WideString& library, const tov::WideString& dotnetRoot,
-                          const tov::WideString& assembly, std::chrono::milliseconds limit);
+                          const tov::WideString& assembly, const Patience& patience);
 
 }  // namespace doctor

@@ -57,8 +57,8 @@ Answer Start(const tov::WideString& path, const tov::WideString& root, const tov
 }  // namespace
 
 StartProbe ProbeStart(const tov::WideString& library, const tov::WideString& dotnetRoot,
-                      const tov::WideString& assembly, std::chrono::milliseconds limit) {
-  StartProbe probe{RunInChild([&] { return Start(library, dotnetRoot, assembly); }, limit)};
+                      const tov::WideString& assembly, const Patience& patience) {
+  StartProbe probe{RunInChild([&] { return Start(library, dotnetRoot, assembly); }, "the runtime to start", patience)};
   if (probe.child.end == ChildEnd::kFinished) {
     const Answer& answer = probe.child.answer;
     probe.was_tried = !answer.at(0).empty();

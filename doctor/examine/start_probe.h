@@ -1,11 +1,10 @@
 // Starting the runtime for an application without running any of it, in a child process that may not survive it.
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <string>
 
-#include "doctor/child/child.h"
+#include "doctor/child/patience.h"
 #include "foundation/strings.h"
 
 namespace doctor {
@@ -24,6 +23,6 @@ struct StartProbe {
 
 /// Has the host library start the runtime that a launch without arguments would start. The assembly is not loaded.
 StartProbe ProbeStart(const tov::WideString& library, const tov::WideString& dotnetRoot,
-                      const tov::WideString& assembly, std::chrono::milliseconds limit);
+                      const tov::WideString& assembly, const Patience& patience);
 
 }  // namespace doctor

@@ -15,12 +15,12 @@ LibraryProber LibraryProberFor(const Question& question) {
   if (!question.probe) {
     return {};
   }
-  return [limit = question.limit](const tov::WideString& path) { return ProbeLibrary(path, limit); };
+  return [&question](const tov::WideString& path) { return ProbeLibrary(path, question.patience); };
 }
 
-ContextProbe ContextOf(const RuntimeReport& runtime, std::chrono::milliseconds limit) {
+ContextProbe ContextOf(const RuntimeReport& runtime, const Patience& patience) {
   ContextProbe probe = ProbeContext(runtime.Decisive()->library, runtime.root,
-                                    netloader::AssemblyPath(launcher::kAssemblyFileName), limit);
+                                    netloader::AssemblyPath(launcher::kAssemblyFileName), patience);
   if (probe.child.end == ChildEnd::kNotStarted) {
     throw std::system_error(probe.child.code, std::generic_category(), "a process to create the context in");
   }
@@ -32,12 +32,12 @@ ContextProber ContextProberFor(const Diagnosis& diagnosis, const Question& quest
   if (decisive == nullptr || decisive->standing != Standing::kChosen) {
     return {};
   }
-  return [&runtime = *diagnosis.runtime, limit = question.limit] { return ContextOf(runtime, limit); };
+  return [&] { return ContextOf(*diagnosis.runtime, question.patience); };
 }
 
-StartProbe StartOf(const Diagnosis& diagnosis, std::chrono::milliseconds limit) {
+StartProbe StartOf(const Diagnosis& diagnosis, const Patience& patience) {
   const RuntimeReport& runtime = *diagnosis.runtime;
-  StartProbe probe = ProbeStart(runtime.Decisive()->library, runtime.root, diagnosis.application.assembly, limit);
+  StartProbe probe = ProbeStart(runtime.Decisive()->library, runtime.root, diagnosis.application.assembly, patience);
   if (probe.child.end == ChildEnd::kNotStarted) {
     throw std::system_error(probe.child.code, std::generic_category(), "a process to start the runtime in");
   }
@@ -45,13 +45,13 @@ StartProbe StartOf(const Diagnosis& diagnosis, std::chrono::milliseconds limit) 
 }
 
 // A launch comes to the runtime's start with a usable context only.
-std::optional<StartReport> StartReportOf(const Diagnosis& diagnosis, std::chrono::milliseconds limit) {
+std::optional<StartReport> StartReportOf(const Diagnosis& diagnosis, const Patience& patience) {
   const auto& context = diagnosis.application.context;
   if (!context || !context->IsUsable()) {
     return std::nullopt;
   }
   return ExamineStart(ToUtf8(diagnosis.application.assembly), context->assemblies,
-                      [&] { return StartOf(diagnosis, limit); });
+                      [&] { return StartOf(diagnosis, patience); });
 }
 
 void Append(Warnings& all, Warnings more) {
@@ -94,7 +94,7 @@ Diagnosis Diagnose(const Question& question) {
   }
   diagnosis.environment = ExamineEnvironment(diagnosis.settings);
   diagnosis.application = ExamineApplication(root, ContextProberFor(diagnosis, question));
-  diagnosis.start = StartReportOf(diagnosis, question.limit);
+  diagnosis.start = StartReportOf(diagnosis, question.patience);
   diagnosis.verdict = Judge({&diagnosis.settings, diagnosis.runtime ? &*diagnosis.runtime : nullptr,
                              &diagnosis.application, diagnosis.start ? &*diagnosis.start : nullptr});
   diagnosis.warnings = NearMisses(diagnosis, question);

@@ -19,7 +19,7 @@ struct Question {
   std::string settings_path;        ///< The file that is read as the settings.
   std::optional<std::string> root;  ///< A root that takes the place of the one in the settings.
   bool probe = true;                ///< Whether libraries are loaded and a context is created.
-  std::chrono::milliseconds limit = kTimeLimit;
+  Patience patience = {};           ///< With each child process.
 };
 
 struct Diagnosis {

@@ -9,6 +9,7 @@
 #include "doctor/judge/near_misses/checks.h"
 #include "doctor/judge/words/status_names.h"
 #include "doctor/judge/words/text.h"
+#include "doctor/judge/words/time_limit.h"
 
 namespace doctor {
 namespace {
@@ -125,7 +126,7 @@ std::optional<Warning> CauseOf(const StartReport& start) {
     return BrokenFileCause(start);
   }
   if (start.probe.child.end == ChildEnd::kTimedOut) {
-    return Worded(Finding::kStartNotFinished, {});
+    return Worded(Finding::kStartNotFinished, {{}, LimitValues(start.probe.child)});
   }
   for (const auto& look : kCauses) {
     if (auto cause = look(start)) {

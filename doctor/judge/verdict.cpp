@@ -12,6 +12,7 @@
 #include "doctor/judge/start_cause.h"
 #include "doctor/judge/words/status_names.h"
 #include "doctor/judge/words/text.h"
+#include "doctor/judge/words/time_limit.h"
 #include "doctor/judge/words/version_reasons.h"
 #include "foundation/result_code.h"
 #include "launcher/product/last_words.h"
@@ -82,6 +83,7 @@ Verdict EndsLike(const ChildResult& child, Stop stop, Warning cause) {
 }
 
 Verdict EndsLike(const ChildResult& child, Stop stop, Finding ended, Finding notFinished, Clue clue) {
+  clue.values.merge(LimitValues(child));
   clue.values.emplace("did", Deed(child));
   const std::string words = Printable(LastWords(child));
   clue.values.emplace("output", words.empty() ? words : "It wrote: " + words);

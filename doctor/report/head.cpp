@@ -1,9 +1,9 @@
 #include "doctor/report/head.h"
 
-#include <chrono>
 #include <vector>
 
 #include "doctor/judge/words/text.h"
+#include "doctor/judge/words/time_limit.h"
 #include "doctor/version.h"
 
 namespace doctor {
@@ -44,11 +44,7 @@ std::string LimitWords(const Machine& machine) {
 }
 
 std::string LoadingWords(const Question& asked) {
-  const std::chrono::duration<double> limit = asked.limit;
-  std::string seconds = std::to_string(limit.count());
-  seconds.erase(seconds.find_last_not_of('0') + 1);
-  seconds.erase(seconds.find_last_not_of('.') + 1);
-  return asked.probe ? "tried, each step for at most " + seconds + " s" : "not tried";
+  return asked.probe ? "tried, each step for at most " + Seconds(asked.patience.limit) + " s" : "not tried";
 }
 
 }  // namespace

@@ -103,7 +103,7 @@ json ToArray(const Range& range) {
 }
 
 json ToJson(const Question& asked) {
-  const std::chrono::duration<double> limit = asked.limit;
+  const std::chrono::duration<double> limit = asked.patience.limit;
   return {{"settings", asked.settings_path},
           {"root", OrNull(asked.root)},
           {"probe", asked.probe},

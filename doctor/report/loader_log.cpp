@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <system_error>
 
-#include "doctor/child/child.h"
 #include "doctor/judge/words/text.h"
 #include "launcher/product/product.h"
 #include "netloader/logger/global_logger.h"
@@ -42,13 +41,13 @@ Answer WalkTheRoad(const logger::LoggerSettings& place, const Walk& walk) {
 
 }  // namespace
 
-std::string WriteLoaderLog(const std::string& file, const Walk& walk, std::chrono::milliseconds limit) {
+std::string WriteLoaderLog(const std::string& file, const Walk& walk, const Patience& patience) {
   fs::path path = fs::absolute(file).lexically_normal();
   if (path.extension() != kExtension) {
     path += kExtension;
   }
   const logger::LoggerSettings place{ToUtf16(path.parent_path().string()), ToUtf16(path.stem().string())};
-  const ChildResult result = RunInChild([&] { return WalkTheRoad(place, walk); }, limit);
+  const ChildResult result = RunInChild([&] { return WalkTheRoad(place, walk); }, "the log to be written", patience);
   if (result.end == ChildEnd::kNotStarted) {
     throw std::system_error(result.code, std::generic_category(), "a process to write the log");
   }

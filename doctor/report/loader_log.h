@@ -1,10 +1,10 @@
 // The loader's own log of a walk.
 #pragma once
 
-#include <chrono>
 #include <optional>
 #include <string>
 
+#include "doctor/child/patience.h"
 #include "foundation/strings.h"
 
 namespace doctor {
@@ -18,6 +18,6 @@ struct Walk {
 /// Has the file logger write `file` (made absolute; ".log" is added when it does not end so) while a child does what a
 /// launch does, up to the context, and runs nothing. Returns the log's path. Throws `std::system_error` when it could
 /// not be written.
-std::string WriteLoaderLog(const std::string& file, const Walk& walk, std::chrono::milliseconds limit);
+std::string WriteLoaderLog(const std::string& file, const Walk& walk, const Patience& patience);
 
 }  // namespace doctor

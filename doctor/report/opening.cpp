@@ -26,7 +26,9 @@ void PutVerdict(Page& page, const Verdict& verdict) {
     page.Paragraph(meaning, kIndent);
   }
   if (!verdict.cause.cure.empty()) {
-    page.Line("To mend it:  " + verdict.cause.cure, kIndent);
+    // What is not known may need no mending.
+    const bool isKnown = verdict.outcome != Outcome::kNotKnown;
+    page.Line((isKnown ? "To mend it:  " : "To wait longer:  ") + verdict.cause.cure, kIndent);
   }
 }
 

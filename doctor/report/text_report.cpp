@@ -163,7 +163,7 @@ Cell FrameworkCell(const FrameworkReport& framework) {
 
 std::string ContextWords(const ContextProbe& context) {
   if (context.child.end != ChildEnd::kFinished) {
-    return "was not created";
+    return context.child.end == ChildEnd::kTimedOut ? "was not created in time" : "was not created";
   }
   return (context.IsUsable() ? "created and closed: " : "refused: ") + Hex(context.result) + " " +
          std::string(HostStatusName(context.result));
@@ -207,7 +207,7 @@ void PutApplication(Page& page, const ApplicationReport& application) {
 
 std::string StartWords(const StartProbe& probe) {
   if (probe.child.end != ChildEnd::kFinished) {
-    return "ended the process";
+    return probe.child.end == ChildEnd::kTimedOut ? "did not start in time" : "ended the process";
   }
   return probe.HasStarted() ? "starts" : probe.was_tried ? "does not start: " + Hex(probe.result) : "was not tried";
 }

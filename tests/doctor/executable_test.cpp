@@ -277,6 +277,31 @@ TEST(DoctorExecutable, ACrashWhileLoadingIsAFindingNotItsEnd) {
   EXPECT_NE(outcome.out.find("6.0.40/libhostfxr.so"), std::string::npos);
 }
 
+TEST(DoctorExecutable, WhatDoesNotFinishWithinTheTimeLimitIsNotKnown) {
+  struct Row {
+    const char* host;
+    std::string_view opening;
+  };
+  const Row rows[] = {
+      {"comes_Hang",
+       "Not known: loading /opt/morvath/dotnet/host/fxr/6.0.36/libhostfxr.so did not finish within 0.5 s."},
+      {"prepares_Hang", "Not known: the host did not prepare the application within 0.5 s."},
+  };
+  for (const auto& [host, opening] : rows) {
+    Installation installation;
+    installation.Healthy().OddHost("6.0.36", host);
+
+    const Outcome outcome = Doctor({"--time-limit", "0.5"}).Run();
+
+    EXPECT_EQ(outcome.status, 3) << outcome;
+    EXPECT_TRUE(outcome.out.starts_with(std::string(opening) + "\n  A slow disk can be the reason.\n"
+                                                               "  To wait longer:  grellin_doctor --time-limit 3\n"))
+        << outcome;
+    EXPECT_EQ(outcome.out.find(" hang"), std::string::npos) << outcome;
+    EXPECT_EQ(outcome.err, "");
+  }
+}
+
 TEST(DoctorExecutable, AHostThatClosesAllDescriptorsIsHeardAllTheSame) {
   Installation installation;
   installation.Healthy().OddHost("6.0.36", "closes_all");

@@ -24,6 +24,7 @@ TEST(DoctorOptions, NothingAskedMeansTextOfTheInstalledProduct) {
   EXPECT_FALSE(options.verbose);
   EXPECT_TRUE(options.probe);
   EXPECT_EQ(options.color, Color::kAuto);
+  EXPECT_EQ(options.time_limit, std::chrono::seconds(10));
   EXPECT_EQ(options.log, std::nullopt);
   EXPECT_EQ(options.settings, std::nullopt);
   EXPECT_EQ(options.root, std::nullopt);
@@ -39,6 +40,23 @@ TEST(DoctorOptions, EachIsTaken) {
   EXPECT_EQ(std::get<Options>(Parse({"--color", "always"})).color, Color::kAlways);
   EXPECT_EQ(std::get<Options>(Parse({"--color=never"})).color, Color::kNever);
   EXPECT_EQ(std::get<Options>(Parse({"--color=auto"})).color, Color::kAuto);
+}
+
+TEST(DoctorOptions, TheTimeLimitIsInWholeOrFractionalSeconds) {
+  struct Row {
+    const char* seconds;
+    int milliseconds;
+  };
+  const Row rows[] = {{"1", 1000},  {"60", 60'000}, {"0.5", 500},     {".25", 250},
+                      {"2.", 2000}, {"0.001", 1},   {"1.2345", 1234}, {"100000", 100'000'000}};
+  for (const auto& [seconds, milliseconds] : rows) {
+    EXPECT_EQ(std::get<Options>(Parse({"--time-limit", seconds})).time_limit, std::chrono::milliseconds(milliseconds))
+        << seconds;
+  }
+  for (const char* other : {"0", "0.0001", "-1", "1e3", "inf", "nan", "0x10", "1,5", "1.2.3", ".", "", "10 s", "ten",
+                            "10000000000000000000"}) {
+    EXPECT_TRUE(std::holds_alternative<Refusal>(Parse({"--time-limit", other}))) << other;
+  }
 }
 
 TEST(DoctorOptions, WrongUsageIsRefusedInWordsThatSayWhatIsTaken) {
@@ -57,6 +75,8 @@ TEST(DoctorOptions, WrongUsageIsRefusedInWordsThatSayWhatIsTaken) {
       {{"--color=--root"}, "--color takes auto, always or never"},
       {{"--no-probe", "--log", "a.log"}, "--no-probe loads nothing that --log could be the log of"},
       {{"--json=maybe"}, "--json takes no value"},
+      {{"--time-limit"}, "--time-limit takes a number of seconds above 0"},
+      {{"--time-limit", "0"}, "--time-limit takes a number of seconds above 0"},
       {{"--root", ""}, "--root takes a path in UTF-8"},
       {{"--root", "/\xff"}, "--root takes a path in UTF-8"},
   };
@@ -74,8 +94,8 @@ TEST(DoctorOptions, HelpNamesEveryOptionAndFitsThePage) {
 
   const auto& help = std::get<Refusal>(answer);
   EXPECT_FALSE(help.is_error);
-  for (const char* name : {"--json", "--log FILE", "--settings FILE", "--root DIR", "--no-probe", "--color WHEN",
-                           "--version", "--help", "Exit status: 0 "}) {
+  for (const char* name : {"--json", "--log FILE", "--settings FILE", "--root DIR", "--no-probe",
+                           "--time-limit SECONDS", "--color WHEN", "--version", "--help", "Exit status: 0 "}) {
     EXPECT_NE(help.text.find(name), std::string::npos) << name << " in:\n" << help.text;
   }
 }

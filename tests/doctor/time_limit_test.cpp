@@ -10,7 +10,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(TimeLimit, ALibraryThatHangsWhileItIsLoadedIsGivenUpAfterTenSeconds) {
+TEST(DoctorTimeLimit, ALibraryThatHangsWhileItIsLoadedIsGivenUpAfterTenSeconds) {
   Installation installation;
   installation.Healthy().OddHost("6.0.40", "comes_Hang");
   const auto start = std::chrono::steady_clock::now();

@@ -28,14 +28,14 @@ tov::WideString Wide(const std::filesystem::path& path) {
 
 ContextProbe Context(const StandInHost& host, std::chrono::milliseconds limit = kLong) {
   const tests::ScopedEnvironment environment(host.Environment());
-  return ProbeContext(Wide(tests::HostLibrary()), u"/root", u"/app.dll", limit);
+  return ProbeContext(Wide(tests::HostLibrary()), u"/root", u"/app.dll", {limit});
 }
 
 TEST(LibraryProbe, AWholeHostIsGoodAndNothingOfItIsCalled) {
   const StandInHost host;
   const tests::ScopedEnvironment environment(host.Environment());
 
-  const LibraryProbe probe = ProbeLibrary(Wide(tests::HostLibrary()), kLong);
+  const LibraryProbe probe = ProbeLibrary(Wide(tests::HostLibrary()), {kLong});
 
   EXPECT_TRUE(probe.IsGood());
   ASSERT_EQ(host.Calls().size(), 1U);
@@ -47,7 +47,7 @@ TEST(LibraryProbe, IsMadeInTheEnvironmentOfALaunch) {
   tests::ScopedEnvironment environment(host.Environment());
   environment.Set("DOTNET_STARTUP_HOOKS", "x").Set("DOTNET_EnableDiagnostics", "1");
 
-  static_cast<void>(ProbeLibrary(Wide(tests::HostLibrary()), kLong));
+  static_cast<void>(ProbeLibrary(Wide(tests::HostLibrary()), {kLong}));
 
   EXPECT_EQ(host.Call("loaded").Variable("DOTNET_STARTUP_HOOKS"), "(not set)");
   EXPECT_EQ(host.Call("loaded").Variable("DOTNET_EnableDiagnostics"), "0");
@@ -68,7 +68,7 @@ TEST(LibraryProbe, ABrokenHostIsReportedWithItsReason) {
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.missing);
-    const LibraryProbe probe = ProbeLibrary(Wide(tests::HostLibrary(row.variant)), kLong);
+    const LibraryProbe probe = ProbeLibrary(Wide(tests::HostLibrary(row.variant)), {kLong});
 
     EXPECT_FALSE(probe.IsGood());
     EXPECT_EQ(probe.missing, row.missing);
@@ -99,7 +99,7 @@ TEST(LibraryProbe, WhateverALibraryDoesWhileItIsLoadedIsAFinding) {
     const auto segmentation_fault = std::signal(SIGSEGV, SIG_DFL);
     const auto bus_error = std::signal(SIGBUS, SIG_DFL);
 
-    const LibraryProbe probe = ProbeLibrary(Wide(tests::OddHost(row.variant)), kLong);
+    const LibraryProbe probe = ProbeLibrary(Wide(tests::OddHost(row.variant)), {kLong});
 
     std::signal(SIGSEGV, segmentation_fault);
     std::signal(SIGBUS, bus_error);
@@ -111,7 +111,7 @@ TEST(LibraryProbe, WhateverALibraryDoesWhileItIsLoadedIsAFinding) {
 }
 
 TEST(LibraryProbe, ALibraryThatHangsIsGivenUpAtTheLimit) {
-  const LibraryProbe probe = ProbeLibrary(Wide(tests::OddHost("comes_Hang")), 100ms);
+  const LibraryProbe probe = ProbeLibrary(Wide(tests::OddHost("comes_Hang")), {100ms});
 
   EXPECT_EQ(probe.child.end, ChildEnd::kTimedOut);
   EXPECT_FALSE(probe.IsGood());

@@ -23,7 +23,7 @@ constexpr auto kUnsupportedScenario = static_cast<int>(0x800080a6);
 
 StartProbe Start(const StandInHost& host, HostVariant variant = HostVariant::kWhole) {
   const tests::ScopedEnvironment environment(host.Environment());
-  return ProbeStart(ToUtf16(tests::HostLibrary(variant).string()), u"/root", u"/app.dll", 60s);
+  return ProbeStart(ToUtf16(tests::HostLibrary(variant).string()), u"/root", u"/app.dll", {60s});
 }
 
 std::vector<std::string> TypesAskedFor(const StandInHost& host) {

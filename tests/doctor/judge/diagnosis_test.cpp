@@ -122,7 +122,7 @@ TEST(Diagnosis, ALibraryThatHangsIsAFindingAtTheLimit) {
   Installation installation;
   installation.Healthy().OddHost("6.0.99", "comes_Hang");
   Question question = Installed();
-  question.limit = 200ms;
+  question.patience.limit = 200ms;
 
   const Diagnosis diagnosis = Diagnose(question);
 

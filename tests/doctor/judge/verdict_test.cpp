@@ -39,7 +39,15 @@ struct SoundEvidence {
   StartReport start;
 };
 
+using namespace std::chrono_literals;
+
 constexpr std::int32_t kFrameworkMissing = static_cast<std::int32_t>(0x80008096);
+
+ChildResult TimedOut(std::chrono::milliseconds limit) {
+  ChildResult child{ChildEnd::kTimedOut};
+  child.limit = limit;
+  return child;
+}
 
 struct Row {
   Outcome outcome;
@@ -139,8 +147,8 @@ const Row kRows[] = {
      [](SoundEvidence& world) {
        world.IsFatal({ChildEnd::kExited, 17});
      }},
-    {Outcome::kNotKnown, "Not known: loading /root/host/fxr/6.0.36/libhostfxr.so did not finish within the time limit.",
-     [](SoundEvidence& world) { world.IsFatal({ChildEnd::kTimedOut}); }},
+    {Outcome::kNotKnown, "Not known: loading /root/host/fxr/6.0.36/libhostfxr.so did not finish within 10 s.",
+     [](SoundEvidence& world) { world.IsFatal(TimedOut(10s)); }},
     {Outcome::kAborts,
      "A launch would abort: /root/host/fxr/6.0.36/libhostfxr.so throws an exception while it is loaded.",
      [](SoundEvidence& world) {
@@ -160,8 +168,10 @@ const Row kRows[] = {
      [](SoundEvidence& world) {
        world.application.context->child = {ChildEnd::kCrashed, SIGSEGV};
      }},
-    {Outcome::kNotKnown, "Not known: the host did not prepare the application within the time limit.",
-     [](SoundEvidence& world) { world.application.context->child = {ChildEnd::kTimedOut}; }},
+    {Outcome::kNotKnown, "Not known: the host did not prepare the application within 0.25 s.",
+     [](SoundEvidence& world) { world.application.context->child = TimedOut(250ms); }},
+    {Outcome::kNotKnown, "Not known: starting the runtime did not finish within 60 s.",
+     [](SoundEvidence& world) { world.start.probe.child = TimedOut(60s); }},
 };
 
 TEST(Verdict, EveryEndOfALaunchHasItsLine) {
@@ -179,6 +189,16 @@ TEST(Verdict, EveryEndOfALaunchHasItsLine) {
       EXPECT_EQ(text.find('{'), std::string::npos) << text;
     }
   }
+}
+
+TEST(Verdict, WhatDidNotFinishIsGivenSixTimesAsLong) {
+  SoundEvidence world;
+  world.IsFatal(TimedOut(10s));
+  EXPECT_EQ(world.Judged().cause.cure, "grellin_doctor --time-limit 60");
+  EXPECT_EQ(world.Judged().cause.meaning, "A slow disk can be the reason.");
+
+  world.IsFatal(TimedOut(250ms));
+  EXPECT_EQ(world.Judged().cause.cure, "grellin_doctor --time-limit 2");
 }
 
 TEST(Verdict, WhatComesFirstOnTheRoadDecides) {

@@ -31,7 +31,7 @@ TEST(LoaderLog, IsTheLaunchersOwnUpToTheContextAndRunsNothing) {
   const tests::ScopedEnvironment environment(host.Environment());
   const TempFolder folder;
 
-  const std::string path = WriteLoaderLog(folder / "walk.log", kInstalled, kLong);
+  const std::string path = WriteLoaderLog(folder / "walk.log", kInstalled, {kLong});
 
   EXPECT_EQ(path, folder / "walk.log");
   EXPECT_TRUE(Holds(path, "6.0.36")) << tests::ReadFile(path);
@@ -44,8 +44,8 @@ TEST(LoaderLog, ItsNameEndsInLogAndItsPathIsWhole) {
   const TempFolder folder;
   const auto relative = std::filesystem::relative(folder.Path());
 
-  EXPECT_EQ(WriteLoaderLog(folder / "walk.txt", kInstalled, kLong), folder / "walk.txt.log");
-  EXPECT_EQ(WriteLoaderLog(relative / "x/../near", kInstalled, kLong), folder / "near.log");
+  EXPECT_EQ(WriteLoaderLog(folder / "walk.txt", kInstalled, {kLong}), folder / "walk.txt.log");
+  EXPECT_EQ(WriteLoaderLog(relative / "x/../near", kInstalled, {kLong}), folder / "near.log");
   EXPECT_TRUE(std::filesystem::exists(folder / "walk.txt.log"));
   EXPECT_TRUE(std::filesystem::exists(folder / "near.log"));
 }
@@ -55,9 +55,10 @@ TEST(LoaderLog, AnotherRootTakesThePlaceOfTheSettings) {
   installation.Healthy().Settings("DotnetRootFolder=/nothing/there\n");
   const TempFolder folder;
 
-  const std::string other = WriteLoaderLog(folder / "other", {kInstalled.settings_path, u"/opt/morvath/dotnet"}, kLong);
-  const std::string installed = WriteLoaderLog(folder / "installed", kInstalled, kLong);
-  const std::string none = WriteLoaderLog(folder / "none", {kInstalled.settings_path, u""}, kLong);
+  const std::string other =
+      WriteLoaderLog(folder / "other", {kInstalled.settings_path, u"/opt/morvath/dotnet"}, {kLong});
+  const std::string installed = WriteLoaderLog(folder / "installed", kInstalled, {kLong});
+  const std::string none = WriteLoaderLog(folder / "none", {kInstalled.settings_path, u""}, {kLong});
 
   EXPECT_TRUE(Holds(other, "6.0.36"));
   EXPECT_FALSE(Holds(installed, "6.0.36"));
@@ -70,7 +71,7 @@ TEST(LoaderLog, IsOfTheSettingsThatAreAskedAbout) {
   const TempFolder folder;
   tests::WriteFile(folder / "other.ini", "Other=1\nDotnetRootFolder=" + std::string(tests::kRoot) + "\n");
 
-  const std::string path = WriteLoaderLog(folder / "walk", {folder / "other.ini"}, kLong);
+  const std::string path = WriteLoaderLog(folder / "walk", {folder / "other.ini"}, {kLong});
 
   EXPECT_TRUE(Holds(path, "LoadSettingsFromFile: process line 'Other=1'")) << tests::ReadFile(path);
   EXPECT_TRUE(Holds(path, "Settings loaded from '" + (folder / "other.ini").string() + "'"));
@@ -81,7 +82,7 @@ TEST(LoaderLog, EndsWhereTheSettingsEndALaunch) {
   const Installation installation;
   const TempFolder folder;
 
-  const std::string path = WriteLoaderLog(folder / "walk", {"/nothing/there"}, kLong);
+  const std::string path = WriteLoaderLog(folder / "walk", {"/nothing/there"}, {kLong});
 
   EXPECT_TRUE(Holds(path, "LoadSettingsFromFile: Failed to open file by path '/nothing/there'"));
   EXPECT_FALSE(Holds(path, "InitAndLoadAssembly"));
@@ -96,7 +97,7 @@ TEST(LoaderLog, TheHostFindsTheEnvironmentOfALaunch) {
   environment.Set("DOTNET_GCName", "x").Set("DOTNET_EnableDiagnostics", "1").Set("DOTNET_gcServer", "1");
   const TempFolder folder;
 
-  WriteLoaderLog(folder / "walk", kInstalled, kLong);
+  WriteLoaderLog(folder / "walk", kInstalled, {kLong});
 
   const tests::HostCall loaded = host.Call("loaded");
   EXPECT_EQ(loaded.Variable("DOTNET_MULTILEVEL_LOOKUP"), "0");
@@ -114,7 +115,7 @@ TEST(LoaderLog, EndsWhereALibraryEndsTheProcess) {
   installation.Healthy().OddHost("6.0.99", "comes_Exit");
   const TempFolder folder;
 
-  const std::string path = WriteLoaderLog(folder / "walk", kInstalled, kLong);
+  const std::string path = WriteLoaderLog(folder / "walk", kInstalled, {kLong});
 
   EXPECT_TRUE(Holds(path, "6.0.99"));
 }
@@ -122,7 +123,7 @@ TEST(LoaderLog, EndsWhereALibraryEndsTheProcess) {
 TEST(LoaderLog, OneThatCannotBeWrittenIsAFailure) {
   const Installation installation;
 
-  EXPECT_THROW(WriteLoaderLog("/proc/nothing/walk.log", kInstalled, kLong), std::system_error);
+  EXPECT_THROW(WriteLoaderLog("/proc/nothing/walk.log", kInstalled, {kLong}), std::system_error);
 }
 
 }  // namespace
