@@ -3,6 +3,7 @@
 #include <clocale>
 #include <csignal>
 #include <exception>
+#include <functional>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -16,6 +17,7 @@
 #include "doctor/report/loader_log.h"
 #include "doctor/report/terminal.h"
 #include "doctor/report/text_report.h"
+#include "doctor/report/waiting_line.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 
 namespace {
@@ -52,6 +54,14 @@ void WriteLog(const std::string& file, const doctor::Question& question) {
   std::cerr << "grellin_doctor: the loader's log is in " << doctor::Printable(path) << std::endl;
 }
 
+// Whoever watches a terminal wants to know what takes so long; a file or a program does not.
+std::function<void(const std::string&)> TellerOf(const doctor::Terminal& terminal, doctor::WaitingLine& line) {
+  if (!terminal.is_there) {
+    return {};
+  }
+  return [&line](const std::string& what) { line.Show(what); };
+}
+
 int StatusOf(doctor::Outcome outcome) {
   return outcome == doctor::Outcome::kRuns ? kWouldRun : outcome == doctor::Outcome::kNotKnown ? kNotKnown : kWouldNot;
 }
@@ -61,7 +71,9 @@ int Run(const doctor::Options& options) {
   question.settings_path = options.settings.value_or(doctor::ToUtf8(netloader::quor::detail::SettingsFilePath()));
   question.root = options.root;
   question.probe = options.probe;
-  question.patience.limit = options.time_limit;
+  const doctor::Terminal terminal = doctor::LookAtTerminal(STDERR_FILENO);
+  doctor::WaitingLine line(STDERR_FILENO, terminal, options.time_limit);
+  question.patience = {options.time_limit, TellerOf(terminal, line)};
   const doctor::Diagnosis diagnosis = doctor::Diagnose(question);
   const doctor::Head head{doctor::LookAtMachine(), question};
   std::cout << (options.json ? doctor::JsonReport(diagnosis, head)

@@ -38,7 +38,8 @@ std::size_t ColumnsOf(int descriptor) {
 Terminal LookAtTerminal(int descriptor) {
   Terminal terminal;
   terminal.is_there = ::isatty(descriptor) == 1;
-  terminal.takes_colors = Variable("NO_COLOR").empty() && Variable("TERM") != "dumb";
+  terminal.can_erase = Variable("TERM") != "dumb";
+  terminal.takes_colors = Variable("NO_COLOR").empty() && terminal.can_erase;
   const std::size_t wanted = NumberIn(Variable("COLUMNS"));
   terminal.columns = wanted != 0 ? wanted : ColumnsOf(descriptor);
   return terminal;

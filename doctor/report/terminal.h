@@ -1,4 +1,4 @@
-// What standard output is written to, and the manners that go with it.
+// What a standard stream is written to, and the manners that go with it.
 #pragma once
 
 #include <cstddef>
@@ -10,6 +10,7 @@ struct Terminal {
   bool is_there = false;     ///< Whether it is a terminal at all.
   bool takes_colors = true;  ///< False when TERM says that it is dumb, or NO_COLOR is set.
   std::size_t columns = 0;   ///< As COLUMNS says, else as the terminal does; 0 when neither does.
+  bool can_erase = true;     ///< False when TERM says that it is dumb: what is written stays.
 };
 
 /// Looks at the descriptor and the environment.

@@ -302,6 +302,27 @@ TEST(DoctorExecutable, WhatDoesNotFinishWithinTheTimeLimitIsNotKnown) {
   }
 }
 
+TEST(DoctorExecutable, OnlyATerminalIsToldWhatIsWaitedFor) {
+  Installation installation;
+  installation.Healthy().OddHost("6.0.36", "comes_Hang");
+  const TempFolder folder;
+  const std::string errors = folder.Path() / "errors";
+  const auto run = [&](const std::string& streams, const std::vector<std::string>& environment) {
+    return OnTerminal({"/bin/sh", "-c", "exec \"$0\" --time-limit 1.5 " + streams, DoctorFile(), errors}, environment);
+  };
+  const std::string words = "Waiting for /opt/morvath/dotnet/host/fxr/6.0.36/libhostfxr.so to load";
+
+  const std::string erased = run(">/dev/null", {"TERM=xterm"});
+  const std::string plain = run(">/dev/null", {"TERM=dumb"});
+  const std::string none = run("2>\"$1\"", {"TERM=xterm"});
+
+  EXPECT_NE(erased.find(words), std::string::npos) << erased;
+  EXPECT_TRUE(erased.ends_with("\r" + std::string(79, ' ') + "\r")) << erased;
+  EXPECT_EQ(plain, words + ", 1.5 s at most\r\n");
+  EXPECT_EQ(none.find("Waiting"), std::string::npos) << none;
+  EXPECT_EQ(ReadFile(errors), "");
+}
+
 TEST(DoctorExecutable, AHostThatClosesAllDescriptorsIsHeardAllTheSame) {
   Installation installation;
   installation.Healthy().OddHost("6.0.36", "closes_all");

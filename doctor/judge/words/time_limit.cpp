@@ -6,7 +6,7 @@ std::string Seconds(std::chrono::milliseconds time) {
   constexpr int kMilliseconds = 1000;
   std::string text = std::to_string(time.count() / kMilliseconds);
   if (const auto rest = time.count() % kMilliseconds; rest != 0) {
-    text += "." + std::to_string(kMilliseconds + rest).substr(1);
+    text.append(".").append(std::to_string(kMilliseconds + rest).substr(1));
     text.erase(text.find_last_not_of('0') + 1);
   }
   return text;
