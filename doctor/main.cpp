@@ -48,10 +48,16 @@ int Refuse(const doctor::Refusal& refusal) {
   return std::cout ? kWouldRun : CannotWrite();
 }
 
-void WriteLog(const std::string& file, const doctor::Question& question) {
+// Whether it is whole.
+bool WriteLog(const std::string& file, const doctor::Question& question) {
   const auto root = question.root ? std::optional(doctor::ToUtf16(*question.root)) : std::nullopt;
-  const std::string path = doctor::WriteLoaderLog(file, {question.settings_path, root}, question.patience);
-  std::cerr << "grellin_doctor: the loader's log is in " << doctor::Printable(path) << std::endl;
+  const doctor::LoaderLog log = doctor::WriteLoaderLog(file, {question.settings_path, root}, question.patience);
+  const std::string path = doctor::Printable(log.file);
+  std::cerr << "grellin_doctor: "
+            << (log.failure.empty() ? "the loader's log is in " + path
+                                    : "the log cannot be written to " + path + ": " + doctor::Printable(log.failure))
+            << std::endl;
+  return log.failure.empty();
 }
 
 // Whoever watches a terminal wants to know what takes so long; a file or a program does not.
@@ -82,8 +88,8 @@ int Run(const doctor::Options& options) {
   if (!std::cout) {
     return CannotWrite();
   }
-  if (options.log) {
-    WriteLog(*options.log, question);
+  if (options.log && !WriteLog(*options.log, question)) {
+    return kNotKnown;
   }
   return StatusOf(diagnosis.verdict.outcome);
 }

@@ -1,10 +1,18 @@
 #include "doctor/report/loader_log.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
+#include <cstring>
 #include <filesystem>
-#include <system_error>
+#include <string_view>
+#include <utility>
 
 #include "doctor/judge/words/text.h"
+#include "doctor/judge/words/time_limit.h"
+#include "foundation/file_descriptor.h"
 #include "launcher/product/product.h"
 #include "netloader/logger/global_logger.h"
 #include "netloader/netloaderquorcommon/src/dotnet_settings.h"
@@ -18,14 +26,13 @@ namespace fs = std::filesystem;
 namespace logger = netloader::logger;
 namespace quor = netloader::quor;
 
-constexpr const char* kExtension = ".log";
+using tov::posix::FileDescriptor;
+
+constexpr std::string_view kExtension = ".log";
 
 // A launch up to the context, but for the empty logger, which would discard the lines.
 Answer WalkTheRoad(const logger::LoggerSettings& place, const Walk& walk) {
   logger::InitGlobalFileLogger(place);
-  if (!logger::GetLogger()->IsValid() || logger::IsEmptyLoggerCurrent()) {
-    return {"not written"};
-  }
   quor::detail::SettingsLog lines;
   quor::DotnetSettingsProvider provider(walk.settings_path, lines);
   logger::LoggerSettings unused;
@@ -36,25 +43,96 @@ Answer WalkTheRoad(const logger::LoggerSettings& place, const Walk& walk) {
   // The context is left to the end of the process: only running the application closes it.
   static_cast<void>(
       quor::detail::LoadAssembly(provider, launcher::kAssemblyFileName, 0, nullptr, launcher::RuntimeEnvironment()));
-  return {"written"};
+  return {};
+}
+
+// The file that is meant: a folder, and a name without its extension.
+struct Place {
+  fs::path folder;
+  std::string name;
+
+  fs::path File() const { return folder / (name + std::string(kExtension)); }
+};
+
+Place PlaceOf(const std::string& file) {
+  const fs::path path = fs::absolute(file).lexically_normal();
+  std::string name = path.filename().string();
+  if (name.ends_with(kExtension)) {
+    name.resize(name.size() - kExtension.size());
+  }
+  return {path.parent_path(), std::move(name)};
+}
+
+bool IsUtf8(const std::string& text) {
+  return ToUtf8(ToUtf16(text)) == text;
+}
+
+// The devices are there under other names, too, or are links to a file.
+bool IsDevice(const fs::path& path) {
+  const std::string text = fs::absolute(path).lexically_normal().string();
+  return text.starts_with("/dev/") && !text.starts_with("/dev/shm/");
+}
+
+// Why no log can be there, seen from outside; empty when nothing speaks against it.
+std::string ReasonAgainst(const fs::path& path) {
+  std::error_code ignored;
+  const fs::file_status status = fs::status(path, ignored);
+  if (fs::is_directory(status) || !path.has_filename() || path.filename() == "." || path.filename() == "..") {
+    return "it is a folder";
+  }
+  if (IsDevice(path) || (fs::exists(status) && !fs::is_regular_file(status))) {
+    return "it is not a regular file";
+  }
+  return IsUtf8(fs::absolute(path).string()) ? "" : "its name is not UTF-8";
+}
+
+// Empties the file. The logger, which would quietly take another name, then finds it as it is.
+FileDescriptor OpenEmpty(const fs::path& file) {
+  return FileDescriptor(::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666));
+}
+
+bool EndsItsLines(const fs::path& file, off_t size) {
+  const FileDescriptor reader = tov::posix::OpenForReading(AT_FDCWD, file.c_str());
+  char last = '\0';
+  return size > 0 && ::pread(reader.Get(), &last, 1, size - 1) == 1 && last == '\n';
+}
+
+// Why it is not whole; empty when it is. The logger tells nobody of a line that it could not write: after one, the log
+// does not end with a line, or there is no room for another.
+std::string Incompleteness(const FileDescriptor& log, const fs::path& file) {
+  struct stat status {};
+  if (::fsync(log.Get()) != 0 || ::fstat(log.Get(), &status) != 0 ||
+      ::pwrite(log.Get(), "\n", 1, status.st_size) != 1 || ::ftruncate(log.Get(), status.st_size) != 0) {
+    return std::strerror(errno);
+  }
+  return EndsItsLines(file, status.st_size) ? "" : "it was not written to its end";
+}
+
+std::string FailureOf(const ChildResult& child) {
+  return child.end == ChildEnd::kNotStarted ? "no process can be started: " + std::string(std::strerror(child.code))
+         : child.end == ChildEnd::kTimedOut ? "the walk did not finish within " + Seconds(child.limit) + " s"
+                                            : "";
 }
 
 }  // namespace
 
-std::string WriteLoaderLog(const std::string& file, const Walk& walk, const Patience& patience) {
-  fs::path path = fs::absolute(file).lexically_normal();
-  if (path.extension() != kExtension) {
-    path += kExtension;
+LoaderLog WriteLoaderLog(const std::string& file, const Walk& walk, const Patience& patience) {
+  if (std::string reason = ReasonAgainst(file); !reason.empty()) {
+    return {file, std::move(reason)};
   }
-  const logger::LoggerSettings place{ToUtf16(path.parent_path().string()), ToUtf16(path.stem().string())};
-  const ChildResult result = RunInChild([&] { return WalkTheRoad(place, walk); }, "the log to be written", patience);
-  if (result.end == ChildEnd::kNotStarted) {
-    throw std::system_error(result.code, std::generic_category(), "a process to write the log");
+  const Place place = PlaceOf(file);
+  const fs::path path = place.File();
+  if (std::string reason = ReasonAgainst(path); !reason.empty()) {
+    return {path, std::move(reason)};
   }
-  if (result.end == ChildEnd::kFinished && result.answer.front() != "written") {
-    throw std::system_error(std::make_error_code(std::errc::io_error), "the log " + Quoted(path.string()));
+  const FileDescriptor log = OpenEmpty(path);
+  if (!log.IsOpen()) {
+    return {path, std::strerror(errno)};
   }
-  return path.string();
+  const logger::LoggerSettings settings{ToUtf16(place.folder.string()), ToUtf16(place.name)};
+  const ChildResult child = RunInChild([&] { return WalkTheRoad(settings, walk); }, "the log to be written", patience);
+  const std::string failure = FailureOf(child);
+  return {path, failure.empty() ? Incompleteness(log, path) : failure};
 }
 
 }  // namespace doctor

@@ -15,9 +15,14 @@ struct Walk {
   std::optional<tov::WideString> root = {};  ///< Counts instead of the root in the settings. "": no root is known.
 };
 
+/// The log as it was written. Both are raw bytes.
+struct LoaderLog {
+  std::string file;          ///< The whole path of the file that was written, or was to be.
+  std::string failure = {};  ///< Why the log is not in it, or not all of it; empty when it is.
+};
+
 /// Has the file logger write `file` (made absolute; ".log" is added when it does not end so) while a child does what a
-/// launch does, up to the context, and runs nothing. Returns the log's path. Throws `std::system_error` when it could
-/// not be written.
-std::string WriteLoaderLog(const std::string& file, const Walk& walk, const Patience& patience);
+/// launch does, up to the context, and runs nothing. A log that ends where a library ends the launch is whole.
+LoaderLog WriteLoaderLog(const std::string& file, const Walk& walk, const Patience& patience);
 
 }  // namespace doctor

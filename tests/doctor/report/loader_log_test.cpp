@@ -1,9 +1,12 @@
 #include "doctor/report/loader_log.h"
 
 #include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
 
 #include <chrono>
-#include <system_error>
+#include <filesystem>
+#include <iterator>
 
 #include "tests/doctor/installation.h"
 #include "tests/support/scoped_environment.h"
@@ -13,6 +16,7 @@
 namespace doctor {
 namespace {
 
+namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using tests::Installation;
 using tests::TempFolder;
@@ -20,7 +24,14 @@ using tests::TempFolder;
 constexpr auto kLong = 60s;
 const Walk kInstalled{std::string(tests::kSettingsPath)};
 
-bool Holds(const std::filesystem::path& file, std::string_view words) {
+// The path of a log that is whole.
+std::string Written(const std::string& file, const Walk& walk) {
+  const LoaderLog log = WriteLoaderLog(file, walk, {kLong});
+  EXPECT_EQ(log.failure, "");
+  return log.file;
+}
+
+bool Holds(const fs::path& file, std::string_view words) {
   return tests::ReadFile(file).find(words) != std::string::npos;
 }
 
@@ -31,7 +42,7 @@ TEST(LoaderLog, IsTheLaunchersOwnUpToTheContextAndRunsNothing) {
   const tests::ScopedEnvironment environment(host.Environment());
   const TempFolder folder;
 
-  const std::string path = WriteLoaderLog(folder / "walk.log", kInstalled, {kLong});
+  const std::string path = Written(folder / "walk.log", kInstalled);
 
   EXPECT_EQ(path, folder / "walk.log");
   EXPECT_TRUE(Holds(path, "6.0.36")) << tests::ReadFile(path);
@@ -42,12 +53,12 @@ TEST(LoaderLog, IsTheLaunchersOwnUpToTheContextAndRunsNothing) {
 TEST(LoaderLog, ItsNameEndsInLogAndItsPathIsWhole) {
   const Installation installation;
   const TempFolder folder;
-  const auto relative = std::filesystem::relative(folder.Path());
+  const auto relative = fs::relative(folder.Path());
 
-  EXPECT_EQ(WriteLoaderLog(folder / "walk.txt", kInstalled, {kLong}), folder / "walk.txt.log");
-  EXPECT_EQ(WriteLoaderLog(relative / "x/../near", kInstalled, {kLong}), folder / "near.log");
-  EXPECT_TRUE(std::filesystem::exists(folder / "walk.txt.log"));
-  EXPECT_TRUE(std::filesystem::exists(folder / "near.log"));
+  EXPECT_EQ(Written(folder / "walk.txt", kInstalled), folder / "walk.txt.log");
+  EXPECT_EQ(Written(relative / "x/../near", kInstalled), folder / "near.log");
+  EXPECT_TRUE(fs::exists(folder / "walk.txt.log"));
+  EXPECT_TRUE(fs::exists(folder / "near.log"));
 }
 
 TEST(LoaderLog, AnotherRootTakesThePlaceOfTheSettings) {
@@ -55,10 +66,9 @@ TEST(LoaderLog, AnotherRootTakesThePlaceOfTheSettings) {
   installation.Healthy().Settings("DotnetRootFolder=/nothing/there\n");
   const TempFolder folder;
 
-  const std::string other =
-      WriteLoaderLog(folder / "other", {kInstalled.settings_path, u"/opt/morvath/dotnet"}, {kLong});
-  const std::string installed = WriteLoaderLog(folder / "installed", kInstalled, {kLong});
-  const std::string none = WriteLoaderLog(folder / "none", {kInstalled.settings_path, u""}, {kLong});
+  const std::string other = Written(folder / "other", {kInstalled.settings_path, u"/opt/morvath/dotnet"});
+  const std::string installed = Written(folder / "installed", kInstalled);
+  const std::string none = Written(folder / "none", {kInstalled.settings_path, u""});
 
   EXPECT_TRUE(Holds(other, "6.0.36"));
   EXPECT_FALSE(Holds(installed, "6.0.36"));
@@ -71,7 +81,7 @@ TEST(LoaderLog, IsOfTheSettingsThatAreAskedAbout) {
   const TempFolder folder;
   tests::WriteFile(folder / "other.ini", "Other=1\nDotnetRootFolder=" + std::string(tests::kRoot) + "\n");
 
-  const std::string path = WriteLoaderLog(folder / "walk", {folder / "other.ini"}, {kLong});
+  const std::string path = Written(folder / "walk", {folder / "other.ini"});
 
   EXPECT_TRUE(Holds(path, "LoadSettingsFromFile: process line 'Other=1'")) << tests::ReadFile(path);
   EXPECT_TRUE(Holds(path, "Settings loaded from '" + (folder / "other.ini").string() + "'"));
@@ -82,7 +92,7 @@ TEST(LoaderLog, EndsWhereTheSettingsEndALaunch) {
   const Installation installation;
   const TempFolder folder;
 
-  const std::string path = WriteLoaderLog(folder / "walk", {"/nothing/there"}, {kLong});
+  const std::string path = Written(folder / "walk", {"/nothing/there"});
 
   EXPECT_TRUE(Holds(path, "LoadSettingsFromFile: Failed to open file by path '/nothing/there'"));
   EXPECT_FALSE(Holds(path, "InitAndLoadAssembly"));
@@ -97,7 +107,7 @@ TEST(LoaderLog, TheHostFindsTheEnvironmentOfALaunch) {
   environment.Set("DOTNET_GCName", "x").Set("DOTNET_EnableDiagnostics", "1").Set("DOTNET_gcServer", "1");
   const TempFolder folder;
 
-  WriteLoaderLog(folder / "walk", kInstalled, {kLong});
+  Written(folder / "walk", kInstalled);
 
   const tests::HostCall loaded = host.Call("loaded");
   EXPECT_EQ(loaded.Variable("DOTNET_MULTILEVEL_LOOKUP"), "0");
@@ -115,15 +125,76 @@ TEST(LoaderLog, EndsWhereALibraryEndsTheProcess) {
   installation.Healthy().OddHost("6.0.99", "comes_Exit");
   const TempFolder folder;
 
-  const std::string path = WriteLoaderLog(folder / "walk", kInstalled, {kLong});
+  const std::string path = Written(folder / "walk", kInstalled);
 
   EXPECT_TRUE(Holds(path, "6.0.99"));
 }
 
-TEST(LoaderLog, OneThatCannotBeWrittenIsAFailure) {
+TEST(LoaderLog, OneThatHasNoPlaceIsAFailureAndNothingIsWritten) {
   const Installation installation;
+  const TempFolder folder;
+  fs::create_directories(folder / "folder.log");
+  fs::create_symlink("/nothing/there", folder / "dangling.log");
+  ASSERT_EQ(::mkfifo((folder / "pipe.log").c_str(), 0666), 0);
+  struct Row {
+    std::string asked, file, failure;
+  };
+  const Row rows[] = {
+      {folder / "folder.log", folder / "folder.log", "it is a folder"},
+      {folder / "folder", folder / "folder.log", "it is a folder"},
+      {folder.Path() / "", folder.Path() / "", "it is a folder"},
+      {".", ".", "it is a folder"},
+      {"..", "..", "it is a folder"},
+      {folder / "not-there/", (folder / "not-there/").string(), "it is a folder"},
+      {folder / "dangling", folder / "dangling.log", "No such file or directory"},
+      {folder / "not-there/walk", folder / "not-there/walk.log", "No such file or directory"},
+      {folder / "pipe.log", folder / "pipe.log", "it is not a regular file"},
+      {folder / "pipe", folder / "pipe.log", "it is not a regular file"},
+      {"/dev/stdout", "/dev/stdout", "it is not a regular file"},
+      {"/dev/full", "/dev/full", "it is not a regular file"},
+      {folder / "caf\xe9.log", folder / "caf\xe9.log", "its name is not UTF-8"},
+  };
+  const auto before = std::distance(fs::directory_iterator(folder.Path()), fs::directory_iterator());
+  for (const Row& row : rows) {
+    const LoaderLog log = WriteLoaderLog(row.asked, kInstalled, {kLong});
 
-  EXPECT_THROW(WriteLoaderLog("/proc/nothing/walk.log", kInstalled, {kLong}), std::system_error);
+    EXPECT_EQ(log.file, row.file);
+    EXPECT_EQ(log.failure, row.failure) << row.file;
+  }
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), fs::directory_iterator()), before);
+}
+
+TEST(LoaderLog, AnOlderOneAndALinkAreWrittenTo) {
+  const Installation installation;
+  const TempFolder folder;
+  tests::WriteFile(folder / "old.log", std::string(100'000, 'x'));
+  fs::create_symlink(folder / "old.log", folder / "link.log");
+
+  EXPECT_EQ(Written(folder / "link", kInstalled), folder / "link.log");
+
+  EXPECT_TRUE(Holds(folder / "old.log", "Log has been created"));
+  EXPECT_FALSE(Holds(folder / "old.log", "xxx"));
+}
+
+TEST(LoaderLog, OneThatADiskHasNoRoomForIsAFailure) {
+  Installation installation;
+  installation.Healthy().Settings(std::string(50'000, '\n') + "DotnetRootFolder=/opt/morvath/dotnet\n");
+  fs::create_directories("/opt/morvath/small");
+  ASSERT_EQ(::mount("none", "/opt/morvath/small", "tmpfs", 0, "size=16k"), 0);
+
+  const LoaderLog log = WriteLoaderLog("/opt/morvath/small/walk", kInstalled, {kLong});
+
+  EXPECT_EQ(log.file, "/opt/morvath/small/walk.log");
+  EXPECT_EQ(log.failure, "No space left on device");
+  EXPECT_EQ(::umount("/opt/morvath/small"), 0);
+}
+
+TEST(LoaderLog, OneOfAWalkThatDoesNotFinishIsAFailure) {
+  Installation installation;
+  installation.Healthy().OddHost("6.0.99", "comes_Hang");
+  const TempFolder folder;
+
+  EXPECT_EQ(WriteLoaderLog(folder / "walk", kInstalled, {500ms}).failure, "the walk did not finish within 0.5 s");
 }
 
 }  // namespace
