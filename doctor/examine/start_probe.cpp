@@ -15,7 +15,32 @@ using GetDelegate = std::int32_t (*)(void* handle, std::int32_t type, void** del
 
 // hdt_get_function_pointer, and hdt_load_assembly_and_get_function_pointer for hosts that refuse the first. The runtime
 // has both functions within itself; nothing of the application is loaded for them.
-constexpr auto kDelegates = std::to_array<std::int32_t>({6, 5});
+constexpr std::int32_t kGetFunctionPointer = 6;
+constexpr std::int32_t kLoadAssemblyAndGetFunctionPointer = 5;
+constexpr auto kDelegates = std::to_array<std::int32_t>({kGetFunctionPointer, kLoadAssemblyAndGetFunctionPointer});
+
+// `get_function_pointer_fn` and `load_assembly_and_get_function_pointer_fn` of the hosting interface: what the two
+// delegates are.
+using GetPointer = int (*)(const char* type, const char* method, const char* delegateType, void* context,
+                           void* reserved, void** pointer);
+using LoadAndGetPointer = int (*)(const char* assembly, const char* type, const char* method, const char* delegateType,
+                                  void* reserved, void** pointer);
+
+// A class of the runtime itself that has such a method.
+constexpr const char* kOwnType = "Internal.Runtime.InteropServices.ComponentActivator, System.Private.CoreLib";
+constexpr const char* kOwnMethod = "GetFunctionPointer";
+
+// A runtime may load its compiler no earlier than for the first managed function, and dies there when it cannot. So
+// one of its own is called: it finds itself. Which answer it gives is of no importance.
+void CallManaged(std::int32_t type, void* delegate) {
+  const auto unmanagedCallersOnly = reinterpret_cast<const char*>(-1);  // NOLINT: as the interface has it.
+  void* pointer = nullptr;
+  if (type == kGetFunctionPointer) {
+    reinterpret_cast<GetPointer>(delegate)(kOwnType, kOwnMethod, unmanagedCallersOnly, nullptr, nullptr, &pointer);
+  } else {
+    reinterpret_cast<LoadAndGetPointer>(delegate)("", kOwnType, kOwnMethod, unmanagedCallersOnly, nullptr, &pointer);
+  }
+}
 
 // What a host answers that gives no such function for an application: the runtime was not started.
 bool IsNotOffered(std::int32_t status) {
@@ -47,7 +72,11 @@ Answer Start(const tov::WideString& path, const tov::WideString& root, const tov
   host.binding.library.release();  // The runtime's threads go on until the process ends.
   for (const std::int32_t type : kDelegates) {
     void* delegate = nullptr;
-    if (const std::int32_t result = get(host.context.handle, type, &delegate); !IsNotOffered(result)) {
+    const std::int32_t result = get(host.context.handle, type, &delegate);
+    if (result == 0 && delegate != nullptr) {
+      CallManaged(type, delegate);
+    }
+    if (!IsNotOffered(result)) {
       return Tried(result);
     }
   }

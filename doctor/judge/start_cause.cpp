@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <sstream>
 
 #include "doctor/child/signal_name.h"
 #include "doctor/judge/findings.h"
@@ -87,11 +88,17 @@ std::optional<Warning> GroupMemoryCause(const StartReport& start) {
   return Limited(Finding::kGroupMemoryLimited, *limit / kMebibyte);
 }
 
-std::string LastLine(std::string text) {
-  while (text.ends_with('\n')) {
-    text.pop_back();
+// The last line that says something: below it a runtime may list the functions that it was in.
+std::string LastLine(const std::string& text) {
+  constexpr std::string_view kFrame = "   at ";
+  std::istringstream lines(text);
+  std::string last;
+  for (std::string line; std::getline(lines, line);) {
+    if (!line.empty() && !line.starts_with(kFrame)) {
+      last = std::move(line);
+    }
   }
-  return text.substr(text.rfind('\n') + 1);
+  return last;
 }
 
 std::string ResultOf(const StartProbe& probe) {

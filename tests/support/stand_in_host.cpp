@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::array kVariantFolders{"whole",       "lacks_initialize", "lacks_run", "lacks_close",
                                      "lacks_start", "null_run",         "unresolved"};
-constexpr std::array kFunctionNames{"INITIALIZE", "RUN", "CLOSE", "START"};
+constexpr std::array kFunctionNames{"INITIALIZE", "RUN", "CLOSE", "START", "MANAGED"};
 
 int HexDigit(char c) {
   return c <= '9' ? c - '0' : c - 'a' + 10;

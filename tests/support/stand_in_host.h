@@ -26,7 +26,7 @@ enum class HostVariant {
 
 /// One thing that happened in a stand-in host.
 struct HostCall {
-  std::string name;                                ///< loaded, initialize, run_app, close, unloaded, get_runtime_...
+  std::string name;                                ///< loaded, initialize, run_app, close, unloaded, managed, ...
   std::string version;                             ///< the folder that the library was loaded from
   std::vector<std::string> arguments;              ///< of initialize, the assembly first
   std::map<std::string, std::string> fields;       ///< argc, size, host_path, dotnet_root, handle, file, type, name
@@ -37,7 +37,13 @@ struct HostCall {
 };
 
 /// The functions of a host whose behaviour can be chosen.
-enum class HostFunction { kInitialize, kRun, kClose, kStart };
+enum class HostFunction {
+  kInitialize,
+  kRun,
+  kClose,
+  kStart,
+  kManaged,  ///< The function of the started runtime that kStart gives.
+};
 
 /// Chooses what the stand-in hosts of a process do, through its environment, and reads back what they recorded. What
 /// nothing is chosen for succeeds.

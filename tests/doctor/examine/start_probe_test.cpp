@@ -109,6 +109,18 @@ TEST(StartProbe, ARuntimeThatEndsTheProcessIsAFinding) {
   EXPECT_EQ(Start(throws).child.message, "its words");
 }
 
+TEST(StartProbe, AFunctionOfTheStartedRuntimeIsCalledAndMayEndTheProcess) {
+  StandInHost answers;
+  answers.Returns(HostFunction::kManaged, -1);
+  StandInHost dies;
+  dies.Dies(HostFunction::kManaged, SIGABRT);
+
+  EXPECT_TRUE(Start(answers).HasStarted()) << "what the function gives is of no importance";
+  EXPECT_EQ(answers.Call("managed").version, "whole");
+  EXPECT_EQ(Start(dies).child.end, ChildEnd::kCrashed);
+  EXPECT_EQ(Start(dies).child.code, SIGABRT);
+}
+
 TEST(StartProbe, ARuntimeThatDiesIsAskedForNoDump) {
   const StandInHost host;
   tests::ScopedEnvironment environment;

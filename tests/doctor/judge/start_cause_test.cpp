@@ -143,6 +143,9 @@ TEST(StartCause, TheLastWordsOfAnUnknownFailureAreKept) {
 
   start.probe.child.output = "first\nFatal error\n";
   EXPECT_EQ(CauseOf(start)->meaning, "It says: Fatal error");
+
+  start.probe.child.output = "Failed to load JIT compiler\n   at System.Runtime.Main()\n   at System.Other()\n\n";
+  EXPECT_EQ(CauseOf(start)->meaning, "It says: Failed to load JIT compiler") << "what it was in says nothing";
 }
 
 }  // namespace

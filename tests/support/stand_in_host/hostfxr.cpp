@@ -244,6 +244,16 @@ extern "C" [[gnu::visibility("default")]] std::int32_t hostfxr_close(void* handl
 #endif
 
 #ifndef LACKS_START
+namespace {
+// In place of a managed function that the runtime gives; whatever its arguments are, they stay with the caller.
+std::int32_t Managed() {
+  if (const char* record = Record()) {
+    Event("managed").Write(record);
+  }
+  return Obey("STAND_IN_MANAGED");
+}
+}  // namespace
+
 extern "C" [[gnu::visibility("default")]] std::int32_t hostfxr_get_runtime_delegate(void* handle, std::int32_t type,
                                                                                     void** delegate) {
   if (const char* record = Record()) {
@@ -256,8 +266,9 @@ extern "C" [[gnu::visibility("default")]] std::int32_t hostfxr_get_runtime_deleg
   if (type != AskedNumber("STAND_IN_START_OFFERS", type)) {
     return kInvalidArgument;
   }
-  *delegate = &context;
-  return Obey("STAND_IN_START");
+  const int result = Obey("STAND_IN_START");
+  *delegate = result == 0 ? reinterpret_cast<void*>(&Managed) : nullptr;
+  return result;
 }
 
 extern "C" [[gnu::visibility("default")]] std::int32_t hostfxr_get_runtime_property_value(void* handle,
