@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "doctor/child/signal_name.h"
+#include "doctor/judge/shown_line.h"
 #include "doctor/judge/words/file_detail.h"
 #include "doctor/judge/words/names.h"
 #include "doctor/judge/words/status_names.h"
@@ -48,9 +49,11 @@ json ToJson(const Warning& warning) {
 }
 
 json ToJson(const SettingsEntry& entry) {
+  const ShownLine shown = ShownOf(entry);
   return {{"line", entry.line},
-          {"key", entry.key},
-          {"value", entry.value},
+          {"key", OrNull(shown.key)},
+          {"value", OrNull(shown.value)},
+          {"hidden", !shown.key || !shown.value},
           {"use", RowOf(kLineUses, entry.use).code},
           {"replaced_by", entry.use == LineUse::kReplaced ? json(entry.replaced_by) : json()}};
 }
@@ -172,10 +175,32 @@ json ToJson(const StartReport& start) {
           {"broken_files", ToArray(start.broken)}};
 }
 
+std::string HexOf(std::string_view bytes) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string digits;
+  for (const char byte : bytes) {
+    const auto value = static_cast<unsigned char>(byte);
+    digits.append({kDigits[value >> 4], kDigits[value & 15]});
+  }
+  return digits;
+}
+
+// The texts below that are not UTF-8, each with its place and its bytes.
+void AddInexact(const json& value, const json::json_pointer& place, json& list) {
+  if (value.is_string() && !IsUtf8(value.get_ref<const std::string&>())) {
+    list.push_back({{"place", place.to_string()}, {"bytes", HexOf(value.get_ref<const std::string&>())}});
+  }
+  if (value.is_structured()) {
+    for (const auto& [name, member] : value.items()) {
+      AddInexact(member, value.is_array() ? place / std::stoul(name) : place / name, list);
+    }
+  }
+}
+
 }  // namespace
 
 std::string JsonReport(const Diagnosis& diagnosis, const Head& head) {
-  const json report = {
+  json report = {
       {"schema", kJsonSchema},
       {"doctor", {{"name", "grellin_doctor"}, {"version", kVersion}}},
       {"asked", ToJson(head.asked)},
@@ -188,6 +213,9 @@ std::string JsonReport(const Diagnosis& diagnosis, const Head& head) {
        {{"log_folder", diagnosis.environment.log_folder}, {"variables", ToArray(diagnosis.environment.variables)}}},
       {"application", ToJson(diagnosis.application)},
       {"start", diagnosis.start ? ToJson(*diagnosis.start) : json()}};
+  json inexact = json::array();
+  AddInexact(report, json::json_pointer(), inexact);
+  report["inexact"] = std::move(inexact);
   return report.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
 }
 

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <utility>
 
+#include "doctor/judge/shown_line.h"
 #include "doctor/judge/words/text.h"
 #include "doctor/judge/words/time_limit.h"
 #include "foundation/file_descriptor.h"
@@ -30,10 +31,35 @@ using tov::posix::FileDescriptor;
 
 constexpr std::string_view kExtension = ".log";
 
+// The loader's own lines, without what is not to be shown.
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): no listener is destroyed through its base.
+class DiscreetLog final : public quor::detail::SettingsListener {
+ public:
+  void CannotOpen(const tov::WideString& path, int error) override { lines_.CannotOpen(path, error); }
+  void CannotRead(const tov::WideString& path, int error) override { lines_.CannotRead(path, error); }
+  void Skips(std::string_view line) override { lines_.Skips(Remember({}, line).value.value_or(std::string(kHidden))); }
+  void Takes(std::string_view /*line*/, const quor::detail::SettingsLine& parsed) override {
+    const ShownLine shown = Remember(parsed.key, parsed.value);
+    const std::string key = shown.key.value_or(std::string(kHidden));
+    const std::string value = shown.value.value_or(std::string(kHidden));
+    lines_.Takes(key + "=" + value, {key, value});
+  }
+  void IsLoaded() override { lines_.IsLoaded(); }
+
+ private:
+  // Counts the lines, as a mark in the first one belongs to no key.
+  ShownLine Remember(std::string_view key, std::string_view value) {
+    return ShownOf({++line_, std::string(key), std::string(value)});
+  }
+
+  quor::detail::SettingsLog lines_;
+  std::size_t line_ = 0;
+};
+
 // A launch up to the context, but for the empty logger, which would discard the lines.
 Answer WalkTheRoad(const logger::LoggerSettings& place, const Walk& walk) {
   logger::InitGlobalFileLogger(place);
-  quor::detail::SettingsLog lines;
+  DiscreetLog lines;
   quor::DotnetSettingsProvider provider(walk.settings_path, lines);
   logger::LoggerSettings unused;
   quor::detail::InitLogSettings(provider, unused);
@@ -61,10 +87,6 @@ Place PlaceOf(const std::string& file) {
     name.resize(name.size() - kExtension.size());
   }
   return {path.parent_path(), std::move(name)};
-}
-
-bool IsUtf8(const std::string& text) {
-  return ToUtf8(ToUtf16(text)) == text;
 }
 
 // The devices are there under other names, too, or are links to a file.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "doctor/judge/shown_line.h"
 #include "doctor/judge/words/file_detail.h"
 #include "doctor/judge/words/message.h"
 #include "doctor/judge/words/names.h"
@@ -57,6 +58,15 @@ bool Matters(const SettingsEntry& entry) {
   return entry.use != LineUse::kUnused && entry.use != LineUse::kSkipped;
 }
 
+std::string OrHidden(const std::optional<std::string>& bytes) {
+  return bytes ? Shortened(*bytes) : std::string(kHidden);
+}
+
+std::string LineWords(const SettingsEntry& entry) {
+  const ShownLine shown = ShownOf(entry);
+  return entry.use == LineUse::kSkipped ? OrHidden(shown.value) : OrHidden(shown.key) + " = " + OrHidden(shown.value);
+}
+
 void PutSettings(Page& page, const SettingsReport& settings) {
   page.Heading("1. Settings", Printable(settings.path));
   if (!settings.IsReadable()) {
@@ -71,9 +81,7 @@ void PutSettings(Page& page, const SettingsReport& settings) {
       ++leftOut;
       continue;
     }
-    const std::string text =
-        entry.use == LineUse::kSkipped ? Shortened(entry.value) : Shortened(entry.key) + " = " + Shortened(entry.value);
-    rows.push_back({{"line " + std::to_string(entry.line)}, UseCell(entry), {text}});
+    rows.push_back({{"line " + std::to_string(entry.line)}, UseCell(entry), {LineWords(entry)}});
   }
   page.Table(rows, kIndent);
   if (leftOut > 0) {

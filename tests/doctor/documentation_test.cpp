@@ -116,6 +116,7 @@ std::set<std::string> MembersOfTheJson() {
   diagnosis.application.frameworks.emplace_back();
   diagnosis.application.context.emplace();
   diagnosis.start.emplace().broken.emplace_back();
+  diagnosis.settings.path = "\xff";
   Head head;
   head.machine.limits.emplace_back();
   std::set<std::string> members;

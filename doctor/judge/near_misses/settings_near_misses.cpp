@@ -5,6 +5,7 @@
 #include "doctor/judge/near_misses/checks.h"
 #include "doctor/judge/near_misses/near_misses.h"
 #include "doctor/judge/near_misses/settings_line.h"
+#include "doctor/judge/shown_line.h"
 #include "doctor/judge/words/text.h"
 #include "netloader/netloaderhostfxr/src/string_token.h"
 #include "netloader/netloaderquorcommon/src/settings_keys.h"
@@ -39,7 +40,8 @@ Clue At(const SettingsLine& line, Values values = {}) {
   const std::string number = std::to_string(line.entry.line);
   values.emplace("line", number);
   values.emplace("file_word", ShellWord(line.settings.path));
-  values.emplace("found", Quoted(line.key));
+  const ShownLine shown = ShownOf(line.entry);
+  values.emplace("found", line.meant != nullptr ? Quoted(line.key) : shown.key ? Quoted(*shown.key) : "its key");
   if (line.meant != nullptr) {
     values.emplace("key", line.meant->name);
     values.emplace("setting", line.meant->meaning);

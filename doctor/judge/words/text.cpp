@@ -52,6 +52,17 @@ std::string Printable(std::string_view bytes) {
   return text;
 }
 
+bool IsUtf8(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const auto read = StrictUtf8CharConverter::Read(bytes);
+    if (!read) {
+      return false;
+    }
+    bytes.remove_prefix(read->length);
+  }
+  return true;
+}
+
 std::string Quoted(std::string_view bytes) {
   std::string text = "'";
   text += Printable(bytes);

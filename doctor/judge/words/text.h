@@ -15,6 +15,9 @@ using tov::text::ToUtf8;
 /// becomes an escape such as "\r" or "\xff".
 std::string Printable(std::string_view bytes);
 
+/// Whether the bytes are valid UTF-8.
+bool IsUtf8(std::string_view bytes);
+
 /// Between single quotes, so that blanks show, and printable.
 std::string Quoted(std::string_view bytes);
 

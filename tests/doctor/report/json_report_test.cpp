@@ -70,7 +70,7 @@ TEST(JsonReport, NamesStayInTheirOrder) {
   }
 
   EXPECT_EQ(names, (std::vector<std::string>{"schema", "doctor", "asked", "machine", "verdict", "warnings", "settings",
-                                             "runtime", "environment", "application", "start"}));
+                                             "runtime", "environment", "application", "start", "inexact"}));
 }
 
 TEST(JsonReport, TheVerdictsNumbersAreThereWhereTheyMeanSomething) {
@@ -220,6 +220,20 @@ TEST(JsonReport, SaysWhatWasAskedAndWhere) {
   EXPECT_EQ(report["machine"]["groups"], json::array({"quor"}));
   EXPECT_EQ(report["machine"]["limits"][0], (json{{"name", "NOFILE"}, {"soft", 1024}, {"hard", 4096}}));
   EXPECT_EQ(report["machine"]["limits"][1]["hard"], nullptr);
+}
+
+TEST(JsonReport, BytesThatAreNotUtf8AreThereExactlyAsWell) {
+  Diagnosis diagnosis = Empty();
+  diagnosis.settings.path = "/a\xff";
+  diagnosis.environment.variables.resize(2);
+  diagnosis.environment.variables[1].now = "\xe9";
+
+  const json report = Parsed(diagnosis);
+
+  EXPECT_EQ(report["inexact"], json::parse(R"([{"place": "/settings/path", "bytes": "2f61ff"},
+                                               {"place": "/environment/variables/1/now", "bytes": "e9"}])"));
+  EXPECT_EQ(report.at(json::json_pointer("/settings/path")), "/a\uFFFD");
+  EXPECT_EQ(Parsed(Empty())["inexact"], json::array());
 }
 
 TEST(JsonReport, WhatIsNotSetIsNullAndWhatIsEmptyIsEmpty) {

@@ -120,8 +120,8 @@ TEST(TextReport, AnOverlongValueIsShortenedAndCounted) {
   constexpr std::size_t kOthers = 0;
   Diagnosis diagnosis;
   diagnosis.verdict.outcome = Outcome::kRuns;
-  diagnosis.settings.entries = {{1, "k", std::string(200, 'x'), LineUse::kUnused},
-                                {2, "k", std::string(203, 'y'), LineUse::kUnused}};
+  diagnosis.settings.entries = {{1, "DotnetRootFolder", std::string(200, 'x'), LineUse::kReplaced, 2},
+                                {2, "DotnetRootFolder", std::string(203, 'y'), LineUse::kUsed}};
 
   const std::string text = TextReport(diagnosis, {false, true});
 
