@@ -9,10 +9,12 @@
 #include <string>
 #include <variant>
 
+#include "doctor/examine/identity.h"
 #include "doctor/examine/machine.h"
 #include "doctor/judge/diagnosis.h"
 #include "doctor/judge/words/text.h"
 #include "doctor/options.h"
+#include "doctor/report/explanation.h"
 #include "doctor/report/json_report.h"
 #include "doctor/report/loader_log.h"
 #include "doctor/report/terminal.h"
@@ -39,13 +41,36 @@ int CannotWrite() {
   return kNotKnown;
 }
 
+int WrongUsage(const std::string& words) {
+  std::cerr << "grellin_doctor: " << doctor::Printable(words) << std::endl;
+  return kWrongUsage;
+}
+
+int Write(const std::string& text) {
+  std::cout << text << std::flush;
+  return std::cout ? kWouldRun : CannotWrite();
+}
+
 int Refuse(const doctor::Refusal& refusal) {
   if (refusal.is_error) {
     std::cerr << refusal.text;
     return kWrongUsage;
   }
-  std::cout << refusal.text << std::flush;
-  return std::cout ? kWouldRun : CannotWrite();
+  return Write(refusal.text);
+}
+
+int Explain(const std::string& code) {
+  if (code == "list") {
+    return Write(doctor::AllCodes());
+  }
+  if (const auto text = doctor::Explanation(code, doctor::PageWidth(doctor::LookAtTerminal(STDOUT_FILENO)))) {
+    return Write(*text);
+  }
+  std::string words = "there is no finding '" + code + "'; the nearest ones are";
+  for (const std::string_view near : doctor::NearestCodes(code)) {
+    words.append(" ").append(near);
+  }
+  return WrongUsage(words + "; all:  grellin_doctor --explain list");
 }
 
 // Whether it is whole.
@@ -73,6 +98,12 @@ int StatusOf(doctor::Outcome outcome) {
 }
 
 int Run(const doctor::Options& options) {
+  if (options.explain) {
+    return Explain(*options.explain);
+  }
+  if (const std::string reason = options.user ? doctor::Become(*options.user) : ""; !reason.empty()) {
+    return WrongUsage(reason);
+  }
   doctor::Question question;
   question.settings_path = options.settings.value_or(doctor::ToUtf8(netloader::quor::detail::SettingsFilePath()));
   question.root = options.root;

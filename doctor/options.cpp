@@ -36,6 +36,8 @@ constexpr auto kOptionWords = std::to_array<OptionWords>({
     {"--settings", "takes a file"},
     {"--root", "takes a path in UTF-8"},
     {"--time-limit", "takes a number of seconds above 0"},
+    {"--user", "takes the name of a user"},
+    {"--explain", "takes the code of a finding, or list"},
     {"--color", "takes auto, always or never"},
 });
 
@@ -115,6 +117,9 @@ std::variant<Options, Refusal> ParseOptions(int argc, const char* const* argv) {
       ->option_text("SECONDS")
       ->check([](const std::string& seconds) { return TimeOf(seconds) ? "" : "it must be a positive number"; }, "");
   app.add_flag("--no-probe", noProbe, "Load nothing; excludes --log")->excludes(log)->option_text(" ");
+  app.add_option("--user", options.user, "Ask as this user, with its rights; for root")->option_text("NAME");
+  app.add_option("--explain", options.explain, "Say what the code of a finding means, and end; list has all codes")
+      ->option_text("CODE");
   app.add_option("--color", options.color, "When to use colours: auto, always or never")
       ->option_text("WHEN")
       ->transform(CLI::CheckedTransformer(

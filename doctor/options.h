@@ -21,6 +21,8 @@ struct Options {
   std::optional<std::string> log;
   std::optional<std::string> settings;
   std::optional<std::string> root;
+  std::optional<std::string> user;
+  std::optional<std::string> explain;
 };
 
 /// What ends the program before it begins: text to print and a status to end with.

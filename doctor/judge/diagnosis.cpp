@@ -3,6 +3,7 @@
 #include <iterator>
 #include <system_error>
 
+#include "doctor/judge/near_misses/access.h"
 #include "doctor/judge/near_misses/near_misses.h"
 #include "doctor/judge/words/text.h"
 #include "launcher/product/product.h"
@@ -82,6 +83,18 @@ Warnings NearMisses(const Diagnosis& diagnosis, const Question& question) {
   return warnings;
 }
 
+std::string ClosedPath(const Diagnosis& diagnosis) {
+  const VersionReport* decisive = diagnosis.runtime ? diagnosis.runtime->Decisive() : nullptr;
+  for (const std::string& file : {diagnosis.settings.path, decisive != nullptr ? ToUtf8(decisive->library) : "",
+                                  diagnosis.application.assembly_file.path, diagnosis.application.runtime_config.path,
+                                  diagnosis.application.dependencies.path}) {
+    if (std::string closed = ClosedToOthers(file); !closed.empty()) {
+      return closed;
+    }
+  }
+  return {};
+}
+
 }  // namespace
 
 Diagnosis Diagnose(const Question& question) {
@@ -99,6 +112,7 @@ Diagnosis Diagnose(const Question& question) {
                              &diagnosis.application, diagnosis.start ? &*diagnosis.start : nullptr});
   diagnosis.warnings = NearMisses(diagnosis, question);
   Explain(diagnosis.verdict, diagnosis.warnings);
+  diagnosis.closed_to_others = ClosedPath(diagnosis);
   return diagnosis;
 }
 

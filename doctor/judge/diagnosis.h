@@ -30,6 +30,7 @@ struct Diagnosis {
   EnvironmentReport environment;
   ApplicationReport application;
   std::optional<StartReport> start;  ///< Empty when there was no context to start the runtime for.
+  std::string closed_to_others;  ///< A path that a launch uses and that not every user may; empty when there is none.
 };
 
 /// Walks a launch's road and reports what is there. Changes nothing and runs nothing of the application. Throws

@@ -91,13 +91,25 @@ Warnings LeftOver(const Diagnosis& diagnosis) {
   return left;
 }
 
+// Root may use every file, so that what root finds well may fail for the user that launches.
+void PutOthers(Page& page, const Diagnosis& diagnosis, const Machine& machine) {
+  if (machine.user_id != 0 || diagnosis.verdict.outcome != Outcome::kRuns || diagnosis.closed_to_others.empty()) {
+    return;
+  }
+  page.Paragraph("That is so for root; others were not tried, and not all of them may use " +
+                     Printable(diagnosis.closed_to_others) + ".",
+                 0, Paint::kOdd);
+  page.Line("To ask as a user:  grellin_doctor --user NAME", kIndent);
+}
+
 }  // namespace
 
-void PutOpening(Page& page, const Verdict& verdict, const std::vector<StationSummary>& summary, const Head& head) {
-  PutVerdict(page, verdict);
+void PutOpening(Page& page, const Diagnosis& diagnosis, const std::vector<StationSummary>& summary, const Head& head) {
+  PutVerdict(page, diagnosis.verdict);
   PutSummary(page, summary);
   page.Paragraph("", 0);
   page.Paragraph(HeadLine(head.machine), 0, Paint::kFaint);
+  PutOthers(page, diagnosis, head.machine);
 }
 
 void PutWarnings(Page& page, const Diagnosis& diagnosis) {

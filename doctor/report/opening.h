@@ -11,8 +11,8 @@
 namespace doctor {
 
 /// How the launch would end and why, what that means, what to do; one line for each part of the road; what the report
-/// is of.
-void PutOpening(Page& page, const Verdict& verdict, const std::vector<StationSummary>& summary, const Head& head);
+/// is of, and for whom it does not hold.
+void PutOpening(Page& page, const Diagnosis& diagnosis, const std::vector<StationSummary>& summary, const Head& head);
 
 /// What else was noticed; nothing when that is nothing. Mistakes of one line of the settings stand together.
 void PutWarnings(Page& page, const Diagnosis& diagnosis);

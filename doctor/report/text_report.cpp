@@ -260,7 +260,7 @@ void PutDetails(Page& page, const Diagnosis& diagnosis, Station station) {
 std::string TextReport(const Diagnosis& diagnosis, const TextStyle& style, const Head& head) {
   Page page(style.colored, style.width);
   const std::vector<StationSummary> summary = Summary(diagnosis);
-  PutOpening(page, diagnosis.verdict, summary, head);
+  PutOpening(page, diagnosis, summary, head);
   PutWarnings(page, diagnosis);
   if (style.verbose) {
     PutHead(page, head);

@@ -8,6 +8,7 @@ _grellin_doctor() {
     --root) _filedir -d ;;
     --settings | --log | --report) _filedir ;;
     --color) mapfile -t COMPREPLY < <(compgen -W "auto always never" -- "$cur") ;;
+    --explain) mapfile -t COMPREPLY < <(compgen -W "$("$1" --explain list 2>/dev/null)" -- "$cur") ;;
     --user) mapfile -t COMPREPLY < <(compgen -u -- "$cur") ;;
     *) mapfile -t COMPREPLY < <(compgen -W "$(_parse_help "$1")" -- "$cur") ;;
   esac

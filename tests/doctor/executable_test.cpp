@@ -367,9 +367,68 @@ TEST(DoctorExecutable, WorksWithoutProc) {
       << outcome;
 }
 
+TEST(DoctorExecutable, ExplainsACodeWithoutLookingAtAnything) {
+  const Outcome known = Doctor({"--explain", "cut-short"}).Run();
+  const Outcome unknown = Doctor({"--explain", "cut-shrot\033"}).Run();
+  const Outcome list = Doctor({"--explain", "list"}).Run();
+
+  EXPECT_EQ(known.status, 0) << known;
+  EXPECT_TRUE(known.out.starts_with("cut-short\n")) << known;
+  EXPECT_EQ(unknown.status, 2) << unknown;
+  EXPECT_TRUE(
+      unknown.err.starts_with("grellin_doctor: there is no finding 'cut-shrot\\x1b'; the nearest ones are cut-short"))
+      << unknown;
+  EXPECT_NE(list.out.find("\ncut-short\n"), std::string::npos) << list;
+}
+
+// Whether there is another user to be in this namespace.
+bool MayBecomeNobody() {
+  return Command("/usr/bin/setpriv")
+             .Arguments({"--reuid=65534", "true"})
+             .Variable("PATH", "/usr/bin:/bin")
+             .Run()
+             .status == 0;
+}
+
+TEST(DoctorExecutable, AsksAsAnotherUser) {
+  if (!MayBecomeNobody()) {
+    GTEST_SKIP() << "there is no other user to be in this namespace";
+  }
+  Installation installation;
+  installation.Healthy();
+  fs::permissions(kSettingsPath, fs::perms::owner_read);
+
+  const Outcome root = Doctor().Run();
+  const Outcome other = Doctor({"--user", "nobody", "--json"}).Variable("HOME", "/root").Run();
+
+  EXPECT_EQ(root.status, 0) << root;
+  EXPECT_NE(root.out.find("--user NAME"), std::string::npos) << root;
+  EXPECT_EQ(other.status, 1) << other;
+  const json report = json::parse(other.out);
+  EXPECT_EQ(report["verdict"]["code"], "settings-unreadable") << other;
+  EXPECT_EQ(report["machine"]["user"], "nobody") << other;
+  EXPECT_EQ(report["machine"]["groups"].size(), 1U) << other;
+}
+
+TEST(DoctorExecutable, AsksAsAnotherUserForRootOnlyAndOnlyAsOneThatIsThere) {
+  if (!MayBecomeNobody()) {
+    GTEST_SKIP() << "there is no other user to be in this namespace";
+  }
+  const Installation installation;
+  fs::copy_file(DoctorFile(), "/opt/morvath/doctor");
+
+  const Outcome refused =
+      Shell("exec setpriv --reuid=65534 --regid=65534 --clear-groups /opt/morvath/doctor --user root").Run();
+  const Outcome unknown = Doctor({"--user", "no such user"}).Run();
+
+  EXPECT_EQ(refused.status, 2) << refused;
+  EXPECT_EQ(refused.err, "grellin_doctor: --user is for root\n");
+  EXPECT_EQ(unknown.status, 2) << unknown;
+  EXPECT_EQ(unknown.err, "grellin_doctor: there is no user 'no such user'\n");
+}
+
 TEST(DoctorExecutable, WorksForAnyUser) {
-  if (Command("/usr/bin/setpriv").Arguments({"--reuid=65534", "true"}).Variable("PATH", "/usr/bin:/bin").Run().status !=
-      0) {
+  if (!MayBecomeNobody()) {
     GTEST_SKIP() << "there is no other user to be in this namespace";
   }
   Installation installation;

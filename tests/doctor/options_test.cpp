@@ -37,6 +37,8 @@ TEST(DoctorOptions, EachIsTaken) {
   EXPECT_EQ(std::get<Options>(Parse({"--log", "a.log"})).log, "a.log");
   EXPECT_EQ(std::get<Options>(Parse({"--settings=/a b"})).settings, "/a b");
   EXPECT_EQ(std::get<Options>(Parse({"--root", "/r"})).root, "/r");
+  EXPECT_EQ(std::get<Options>(Parse({"--user", "quor"})).user, "quor");
+  EXPECT_EQ(std::get<Options>(Parse({"--explain", "noexec"})).explain, "noexec");
   EXPECT_EQ(std::get<Options>(Parse({"--color", "always"})).color, Color::kAlways);
   EXPECT_EQ(std::get<Options>(Parse({"--color=never"})).color, Color::kNever);
   EXPECT_EQ(std::get<Options>(Parse({"--color=auto"})).color, Color::kAuto);
@@ -71,6 +73,8 @@ TEST(DoctorOptions, WrongUsageIsRefusedInWordsThatSayWhatIsTaken) {
       {{"--log"}, "--log takes a file to write to"},
       {{"--settings"}, "--settings takes a file"},
       {{"--settings", "/a", "--settings", "/b"}, "--settings is given twice"},
+      {{"--user"}, "--user takes the name of a user"},
+      {{"--explain"}, "--explain takes the code of a finding, or list"},
       {{"--color", "green"}, "--color takes auto, always or never"},
       {{"--color=--root"}, "--color takes auto, always or never"},
       {{"--no-probe", "--log", "a.log"}, "--no-probe loads nothing that --log could be the log of"},
@@ -94,8 +98,9 @@ TEST(DoctorOptions, HelpNamesEveryOptionAndFitsThePage) {
 
   const auto& help = std::get<Refusal>(answer);
   EXPECT_FALSE(help.is_error);
-  for (const char* name : {"--json", "--log FILE", "--settings FILE", "--root DIR", "--no-probe",
-                           "--time-limit SECONDS", "--color WHEN", "--version", "--help", "Exit status: 0 "}) {
+  for (const char* name :
+       {"--json", "--log FILE", "--settings FILE", "--root DIR", "--user NAME", "--explain CODE", "--no-probe",
+        "--time-limit SECONDS", "--color WHEN", "--version", "--help", "Exit status: 0 "}) {
     EXPECT_NE(help.text.find(name), std::string::npos) << name << " in:\n" << help.text;
   }
 }

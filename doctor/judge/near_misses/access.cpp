@@ -37,4 +37,20 @@ std::optional<Clue> ClosedFolderAbove(const fs::path& file) {
   return std::nullopt;
 }
 
+std::string ClosedToOthers(const fs::path& file) {
+  fs::path above;
+  for (const fs::path& name : file) {
+    above /= name;
+    struct stat status {};
+    if (::stat(above.c_str(), &status) != 0) {
+      return {};
+    }
+    const mode_t needed = S_ISDIR(status.st_mode) ? S_IXOTH : S_IROTH;
+    if ((status.st_mode & needed) == 0) {
+      return above.string();
+    }
+  }
+  return {};
+}
+
 }  // namespace doctor

@@ -22,4 +22,8 @@ Clue AtClosed(const std::filesystem::path& file);
 /// The first folder above the file that this user cannot enter; nothing in it can be found.
 std::optional<Clue> ClosedFolderAbove(const std::filesystem::path& file);
 
+/// The first of the folders above the file, or the file itself, that users who neither own it nor are of its group may
+/// not use; empty when they may use all of it, or it is not there.
+std::string ClosedToOthers(const std::filesystem::path& file);
+
 }  // namespace doctor

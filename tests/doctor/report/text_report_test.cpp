@@ -160,6 +160,22 @@ TEST(TextReport, FitsThePageAndHoldsNoControlsWhateverTheBytes) {
   }
 }
 
+TEST(TextReport, SaysWhereWhatIsSoForRootMayNotBeForOthers) {
+  Diagnosis diagnosis;
+  diagnosis.closed_to_others = "/closed";
+  Head head;
+  const std::string words =
+      "That is so for root; others were not tried, and not all of them may use /closed.\n"
+      "  To ask as a user:  grellin_doctor --user NAME\n";
+
+  EXPECT_NE(TextReport(diagnosis, {}, head).find(words), std::string::npos) << TextReport(diagnosis, {}, head);
+  head.machine.user_id = 1000;
+  EXPECT_EQ(TextReport(diagnosis, {}, head).find("--user"), std::string::npos);
+  head.machine.user_id = 0;
+  diagnosis.closed_to_others = "";
+  EXPECT_EQ(TextReport(diagnosis, {}, head).find("--user"), std::string::npos);
+}
+
 TEST(TextReport, TheHostsWordsAreShownLineByLine) {
   Diagnosis diagnosis;
   diagnosis.verdict.outcome = Outcome::kStatus255;
