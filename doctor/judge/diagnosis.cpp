@@ -1,10 +1,13 @@
 #include "doctor/judge/diagnosis.h"
 
+#include <algorithm>
 #include <iterator>
 #include <system_error>
 
 #include "doctor/judge/near_misses/access.h"
+#include "doctor/judge/near_misses/meant_roots.h"
 #include "doctor/judge/near_misses/near_misses.h"
+#include "doctor/judge/near_misses/other_root_near_misses.h"
 #include "doctor/judge/words/text.h"
 #include "launcher/product/product.h"
 #include "netloader/netloaderhostfxr/src/assembly_path.h"
@@ -95,6 +98,37 @@ std::string ClosedPath(const Diagnosis& diagnosis) {
   return {};
 }
 
+// What the settings mean comes first: where that serves, they have a mistake, and nothing else is wrong.
+std::vector<RootPlace> PlacesToLookAt(const Diagnosis& diagnosis, const Question& question) {
+  const RuntimeReport* runtime = diagnosis.runtime ? &*diagnosis.runtime : nullptr;
+  std::vector<RootPlace> places;
+  for (const std::string& root : MeantRoots(diagnosis.settings, runtime)) {
+    places.push_back({root, diagnosis.settings.path, true});
+  }
+  std::ranges::move(RootPlaces(question.places), std::back_inserter(places));
+  return places;
+}
+
+RootProber RootProberFor(const Question& question) {
+  if (!question.probe) {
+    return {};
+  }
+  return [&question](const RuntimeReport& runtime) { return ContextOf(runtime, question.patience).IsUsable(); };
+}
+
+void LookElsewhere(Diagnosis& diagnosis, const Question& question) {
+  const RuntimeReport* runtime = diagnosis.runtime ? &*diagnosis.runtime : nullptr;
+  if (!WantsOtherRoot(diagnosis.verdict, runtime)) {
+    return;
+  }
+  diagnosis.other_roots = ExamineOtherRoots(PlacesToLookAt(diagnosis, question),
+                                            runtime != nullptr ? ToUtf8(runtime->root) : "", RootProberFor(question));
+  Warnings found =
+      OtherRootNearMisses({diagnosis.settings, runtime, diagnosis.verdict, diagnosis.warnings, diagnosis.other_roots});
+  Append(found, std::move(diagnosis.warnings));
+  diagnosis.warnings = std::move(found);
+}
+
 }  // namespace
 
 Diagnosis Diagnose(const Question& question) {
@@ -111,6 +145,7 @@ Diagnosis Diagnose(const Question& question) {
   diagnosis.verdict = Judge({&diagnosis.settings, diagnosis.runtime ? &*diagnosis.runtime : nullptr,
                              &diagnosis.application, diagnosis.start ? &*diagnosis.start : nullptr});
   diagnosis.warnings = NearMisses(diagnosis, question);
+  LookElsewhere(diagnosis, question);
   Explain(diagnosis.verdict, diagnosis.warnings);
   diagnosis.closed_to_others = ClosedPath(diagnosis);
   return diagnosis;

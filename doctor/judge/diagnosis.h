@@ -3,9 +3,11 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "doctor/examine/application_report.h"
 #include "doctor/examine/environment_report.h"
+#include "doctor/examine/other_roots.h"
 #include "doctor/examine/runtime_report.h"
 #include "doctor/examine/settings_report.h"
 #include "doctor/examine/start_report.h"
@@ -20,6 +22,7 @@ struct Question {
   std::optional<std::string> root;  ///< A root that takes the place of the one in the settings.
   bool probe = true;                ///< Whether libraries are loaded and a context is created.
   Patience patience = {};           ///< With each child process.
+  InstallPlaces places = {};  ///< Where else a runtime is looked for when there is none.
 };
 
 struct Diagnosis {
@@ -27,6 +30,7 @@ struct Diagnosis {
   Warnings warnings;
   SettingsReport settings;
   std::optional<RuntimeReport> runtime;  ///< Empty when no root is known.
+  std::vector<OtherRoot> other_roots;    ///< Empty where none was looked for.
   EnvironmentReport environment;
   ApplicationReport application;
   std::optional<StartReport> start;  ///< Empty when there was no context to start the runtime for.

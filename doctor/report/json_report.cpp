@@ -67,6 +67,14 @@ json ToJson(const VersionReport& version) {
           {"detail", OrNull(Detail(version))}};
 }
 
+json ToJson(const OtherRoot& root) {
+  return {{"root", root.place.folder},
+          {"named_by", OrNull(root.place.named_by)},
+          {"state", RowOf(kRootStates, root.state).code},
+          {"version", OrNull(root.version)},
+          {"framework", root.has_framework}};
+}
+
 json ToJson(const VariableReport& variable) {
   return {{"name", variable.name},
           {"action", variable.value ? "set" : "remove"},
@@ -209,6 +217,7 @@ std::string JsonReport(const Diagnosis& diagnosis, const Head& head) {
       {"warnings", ToArray(diagnosis.warnings)},
       {"settings", ToJson(diagnosis.settings)},
       {"runtime", diagnosis.runtime ? ToJson(*diagnosis.runtime) : json()},
+      {"other_roots", ToArray(diagnosis.other_roots)},
       {"environment",
        {{"log_folder", diagnosis.environment.log_folder}, {"variables", ToArray(diagnosis.environment.variables)}}},
       {"application", ToJson(diagnosis.application)},

@@ -69,6 +69,7 @@ TEST(Manual, HoldsEveryNameWithItsMeaningAndNoOther) {
   EXPECT_EQ(Documented("### `folder_state`"), NamesOf(kFolderStates));
   EXPECT_EQ(Documented("### `standing`"), NamesOf(kStandings));
   EXPECT_EQ(Documented("### `reason`"), NamesOf(kVersionReasons));
+  EXPECT_EQ(Documented("### `other_roots[].state`"), NamesOf(kRootStates));
   EXPECT_EQ(Documented("### `state`"), NamesOf(kFileStates));
   EXPECT_EQ(Documented("### `roll_forward`"), NamesOf(kRollForwards));
   EXPECT_EQ(Documented("### `need`"), NamesOf(kNeeds));
@@ -112,6 +113,7 @@ std::set<std::string> MembersOfTheJson() {
   diagnosis.warnings.emplace_back();
   diagnosis.settings.entries.emplace_back();
   diagnosis.runtime.emplace().versions.emplace_back();
+  diagnosis.other_roots.emplace_back();
   diagnosis.environment.variables.emplace_back();
   diagnosis.application.frameworks.emplace_back();
   diagnosis.application.context.emplace();
@@ -214,6 +216,7 @@ TEST(Schema, PermitsEveryCodeOfTheTablesAndNoOther) {
       {"`runtime.versions[].standing`", CodesOf(kStandings)},
       {"`runtime.versions[].reason`", CodesOf(kVersionReasons)},
       {"`environment.variables[].action`", {"set", "remove"}},
+      {"`other_roots[].state`", CodesOf(kRootStates)},
       {"`application.assembly.state`", CodesOf(kFileStates)},
       {"`application.runtime_config.state`", CodesOf(kFileStates)},
       {"`application.dependencies.state`", CodesOf(kFileStates)},

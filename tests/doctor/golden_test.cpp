@@ -2,15 +2,18 @@
 //
 // After a wanted change: RENEW_GOLDEN=1 ctest -R GoldenReports, then read the difference before committing it.
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <set>
 
+#include "doctor/examine/other_roots.h"
 #include "tests/doctor/installation.h"
 #include "tests/support/doctor.h"
 #include "tests/support/settings_file.h"
@@ -27,6 +30,7 @@ const std::string kStem(kApplication);
 struct AskedInstallation {
   Installation installation;
   StandInHost host;
+  std::map<std::string, std::string> variables = {};
 };
 
 struct Situation {
@@ -96,6 +100,11 @@ const Situation kSituations[] = {
      }},
     {"fxr-folder-closed", 1, [](AskedInstallation&) { ::chmod(std::string(kFxrFolder).c_str(), 0); }},
     {"no-runtime", 1, [](AskedInstallation& world) { world.installation.Remove(kRoot); }},
+    {"runtime-elsewhere", 1,
+     [](AskedInstallation& world) {
+       world.installation.Settings("DotnetRootFolder=/usr/lib/none\n");
+       world.variables = {{"DOTNET_ROOT", std::string(kRoot)}};
+     }},
     {"other-runtime", 1,
      [](AskedInstallation& world) {
        world.installation.Remove(Installation::HostFile("6.0.36").parent_path()).Host("7.0.20");
@@ -173,7 +182,11 @@ const Situation kSituations[] = {
 Outcome Examine(const Situation& situation, const AskedInstallation& world, const char* form) {
   std::vector<std::string> arguments = situation.arguments;
   arguments.emplace_back(form);
-  return Doctor(std::move(arguments)).Variables(world.host.Environment()).WithoutReadingEverything().Run();
+  return Doctor(std::move(arguments))
+      .Variables(world.host.Environment())
+      .Variables(world.variables)
+      .WithoutReadingEverything()
+      .Run();
 }
 
 // Without what differs with the version, the machine, the user and the time.
@@ -215,7 +228,19 @@ void Compare(const fs::path& file, const std::string& report) {
   EXPECT_EQ(golden, report) << "Is the change wanted? Then RENEW_GOLDEN=1 writes " << file;
 }
 
+// What this machine has of .NET, so that all machines have the same. Gone with the namespace.
+void HideInstalledRuntimes() {
+  std::vector<std::string> folders = doctor::InstallPlaces().folders;
+  folders.emplace_back("/etc/dotnet");
+  for (const std::string& folder : folders) {
+    if (fs::is_directory(folder)) {
+      ASSERT_EQ(::mount("none", folder.c_str(), "tmpfs", 0, nullptr), 0) << folder;
+    }
+  }
+}
+
 TEST(GoldenReports, AreAsTheyWere) {
+  HideInstalledRuntimes();
   for (const Situation& situation : kSituations) {
     SCOPED_TRACE(situation.name);
     AskedInstallation world;

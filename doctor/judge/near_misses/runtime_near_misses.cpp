@@ -10,6 +10,7 @@
 
 #include "doctor/judge/near_misses/access.h"
 #include "doctor/judge/near_misses/checks.h"
+#include "doctor/judge/near_misses/meant_roots.h"
 #include "doctor/judge/near_misses/near_misses.h"
 #include "doctor/judge/words/text.h"
 #include "netloader/utils/path_utils.h"
@@ -42,40 +43,20 @@ std::optional<Clue> RelativeRoot(const RuntimeReport& runtime) {
   return When(!netloader::utils::CheckIsValidPath(runtime.root), ToUtf8(runtime.root));
 }
 
-// Where the file really is: the dotnet command is a link in most installations.
-std::string FolderOf(const fs::path& file) {
-  std::error_code error;
-  const fs::path real = fs::canonical(file, error);
-  return (error ? file : real).parent_path().string();
-}
-
 std::optional<Clue> RootIsFile(const RuntimeReport& runtime) {
   const std::string root = ToUtf8(runtime.root);
   std::error_code ignored;
   if (!fs::is_regular_file(root, ignored)) {
     return std::nullopt;
   }
-  return AtPath(root, {{"folder", Printable(FolderOf(root))}});
-}
-
-// The root that was probably meant when it ends in host/fxr or host.
-std::string RootAbove(std::string_view path) {
-  while (path.size() > 1 && path.ends_with('/')) {
-    path.remove_suffix(1);
-  }
-  for (const std::string_view end : {"/host/fxr", "/host"}) {
-    if (path.ends_with(end)) {
-      path.remove_suffix(end.size());
-      return std::string(path.empty() ? "/" : path);
-    }
-  }
-  return {};
+  return AtPath(root, {{"folder", Printable(RootAround(runtime))}});
 }
 
 std::optional<Clue> RootIsFxr(const RuntimeReport& runtime) {
   const std::string root = ToUtf8(runtime.root);
-  const std::string above = RootAbove(root);
-  if (above.empty() || runtime.discovery.state != FxrFolderState::kNoStatus) {
+  const std::string above = RootAround(runtime);
+  std::error_code ignored;
+  if (above.empty() || fs::is_regular_file(root, ignored)) {
     return std::nullopt;
   }
   return AtPath(root, {{"folder", Printable(above)}});

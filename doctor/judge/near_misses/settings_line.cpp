@@ -157,8 +157,24 @@ SettingsLine ReadAsMeant(const SettingsEntry& entry, const SettingsReport& setti
 }
 
 std::string MeantLine(const SettingsLine& line) {
-  const std::string_view path = line.value.substr(0, line.value.find('\0'));
-  return line.meant->name + "=" + WithHome(WithoutQuotes(Trimmed(path)));
+  return line.meant->name + "=" + MeantValue(line);
+}
+
+std::string MeantValue(const SettingsLine& line) {
+  return WithHome(WithoutQuotes(Trimmed(line.value.substr(0, line.value.find('\0')))));
+}
+
+bool IsAboutRoot(const SettingsLine& line) {
+  return line.meant != nullptr && line.meant->name == ToUtf8(NameOf(quor::SettingsKey::kDotnetRootFolder));
+}
+
+std::string SedReplacement(std::string_view text) {
+  std::string escaped;
+  for (const char letter : text) {
+    escaped += (letter == '\\' || letter == '&' || letter == '|') ? "\\" : "";
+    escaped += letter;
+  }
+  return escaped;
 }
 
 }  // namespace doctor

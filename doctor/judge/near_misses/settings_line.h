@@ -34,6 +34,15 @@ SettingsLine ReadAsMeant(const SettingsEntry& entry, const SettingsReport& setti
 /// only a person can replace stays.
 std::string MeantLine(const SettingsLine& line);
 
+/// The path in it alone.
+std::string MeantValue(const SettingsLine& line);
+
+/// Whether the runtime root was probably meant.
+bool IsAboutRoot(const SettingsLine& line);
+
+/// As the replacement of sed's `s` command with `|` between its parts.
+std::string SedReplacement(std::string_view text);
+
 /// The text without blanks at its ends.
 std::string_view Trimmed(std::string_view text);
 

@@ -8,20 +8,9 @@
 #include "doctor/judge/shown_line.h"
 #include "doctor/judge/words/text.h"
 #include "netloader/netloaderhostfxr/src/string_token.h"
-#include "netloader/netloaderquorcommon/src/settings_keys.h"
 
 namespace doctor {
 namespace {
-
-// As the replacement of sed's `s` command with `|` between its parts.
-std::string SedReplacement(std::string_view text) {
-  std::string escaped;
-  for (const char letter : text) {
-    escaped += (letter == '\\' || letter == '&' || letter == '|') ? "\\" : "";
-    escaped += letter;
-  }
-  return escaped;
-}
 
 // Writes the line anew; words where it is not known what to write.
 std::string CommandFor(const SettingsLine& line, const std::string& script) {
@@ -29,11 +18,6 @@ std::string CommandFor(const SettingsLine& line, const std::string& script) {
   return isKnown ? "sed -i " + ShellWord(script) + " " + ShellWord(line.settings.path)
                  : "write the folder itself into line " + std::to_string(line.entry.line) + " of " +
                        Printable(line.settings.path);
-}
-
-bool IsAboutRoot(const SettingsLine& line) {
-  return line.meant != nullptr &&
-         line.meant->name == ToUtf8(NameOf(netloader::quor::detail::SettingsKey::kDotnetRootFolder));
 }
 
 Clue At(const SettingsLine& line, Values values = {}) {

@@ -3,6 +3,7 @@
 
 #include "doctor/child/child.h"
 #include "doctor/examine/application_report.h"
+#include "doctor/examine/other_roots.h"
 #include "doctor/examine/runtime_report.h"
 #include "doctor/examine/settings_report.h"
 #include "doctor/examine/start_report.h"
@@ -48,6 +49,15 @@ inline constexpr auto kStandings = std::to_array<Named<Standing>>({
     {Standing::kNotKnown, "not-known", "it was not loaded within the time limit"},
 });
 static_assert(IsComplete(kStandings, Standing::kNotKnown));
+
+inline constexpr auto kRootStates = std::to_array<Named<RootState>>({
+    {RootState::kNothing, "nothing", "there is no .NET"},
+    {RootState::kNoVersion, "no-version", "no version fits"},
+    {RootState::kRefused, "refused", "a version fits, but it is not loaded, or refuses the application"},
+    {RootState::kNotLoaded, "not-loaded", "a version looks sound; nothing was loaded"},
+    {RootState::kServes, "serves", "a launch would run with it, as far as was tried"},
+});
+static_assert(IsComplete(kRootStates, RootState::kServes));
 
 inline constexpr auto kFileStates = std::to_array<Named<FileState>>({
     {FileState::kPresent, "present", "it is there and can be read"},

@@ -69,8 +69,9 @@ TEST(JsonReport, NamesStayInTheirOrder) {
     names.push_back(name);
   }
 
-  EXPECT_EQ(names, (std::vector<std::string>{"schema", "doctor", "asked", "machine", "verdict", "warnings", "settings",
-                                             "runtime", "environment", "application", "start", "inexact"}));
+  EXPECT_EQ(names,
+            (std::vector<std::string>{"schema", "doctor", "asked", "machine", "verdict", "warnings", "settings",
+                                      "runtime", "other_roots", "environment", "application", "start", "inexact"}));
 }
 
 TEST(JsonReport, TheVerdictsNumbersAreThereWhereTheyMeanSomething) {
