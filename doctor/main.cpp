@@ -17,6 +17,8 @@
 #include "doctor/report/explanation.h"
 #include "doctor/report/json_report.h"
 #include "doctor/report/loader_log.h"
+#include "doctor/report/new_file.h"
+#include "doctor/report/support_report.h"
 #include "doctor/report/terminal.h"
 #include "doctor/report/text_report.h"
 #include "doctor/report/waiting_line.h"
@@ -73,16 +75,32 @@ int Explain(const std::string& code) {
   return WrongUsage(words + "; all:  grellin_doctor --explain list");
 }
 
+doctor::Walk WalkOf(const doctor::Question& question) {
+  return {question.settings_path, question.root ? std::optional(doctor::ToUtf16(*question.root)) : std::nullopt};
+}
+
 // Whether it is whole.
 bool WriteLog(const std::string& file, const doctor::Question& question) {
-  const auto root = question.root ? std::optional(doctor::ToUtf16(*question.root)) : std::nullopt;
-  const doctor::LoaderLog log = doctor::WriteLoaderLog(file, {question.settings_path, root}, question.patience);
+  const doctor::LoaderLog log = doctor::WriteLoaderLog(file, WalkOf(question), question.patience);
   const std::string path = doctor::Printable(log.file);
   std::cerr << "grellin_doctor: "
             << (log.failure.empty() ? "the loader's log is in " + path
                                     : "the log cannot be written to " + path + ": " + doctor::Printable(log.failure))
             << std::endl;
   return log.failure.empty();
+}
+
+// Whether it is whole.
+bool WriteReport(const std::string& file, const doctor::Diagnosis& diagnosis, const doctor::Head& head) {
+  const std::string log = head.asked.probe ? doctor::LoaderLogText(WalkOf(head.asked), head.asked.patience)
+                                           : "Not written, as nothing was to be loaded.\n";
+  const std::string failure =
+      doctor::WriteNewFile(file, doctor::SupportReport(diagnosis, head, doctor::LookAtSurrounds(diagnosis), log));
+  std::cerr << "grellin_doctor: "
+            << (failure.empty() ? "the report for support is in " + doctor::Printable(file)
+                                : "the report cannot be written to " + doctor::Printable(file) + ": " + failure)
+            << std::endl;
+  return failure.empty();
 }
 
 // Whoever watches a terminal wants to know what takes so long; a file or a program does not.
@@ -119,7 +137,9 @@ int Run(const doctor::Options& options) {
   if (!std::cout) {
     return CannotWrite();
   }
-  if (options.log && !WriteLog(*options.log, question)) {
+  const bool hasLog = !options.log || WriteLog(*options.log, question);
+  const bool hasReport = !options.report || WriteReport(*options.report, diagnosis, head);
+  if (!hasLog || !hasReport) {
     return kNotKnown;
   }
   return StatusOf(diagnosis.verdict.outcome);

@@ -33,6 +33,7 @@ constexpr auto kOptionWords = std::to_array<OptionWords>({
     {"--verbose", "takes no value"},
     {"--no-probe", "takes no value"},
     {"--log", "takes a file to write to"},
+    {"--report", "takes a file to write to"},
     {"--settings", "takes a file"},
     {"--root", "takes a path in UTF-8"},
     {"--time-limit", "takes a number of seconds above 0"},
@@ -104,6 +105,7 @@ std::variant<Options, Refusal> ParseOptions(int argc, const char* const* argv) {
   app.add_flag("--verbose", options.verbose, "Show every part in detail, not only where something is wrong");
   auto* log = app.add_option("--log", options.log, "Write the loader's own log of the walk to this file");
   log->option_text("FILE");
+  app.add_option("--report", options.report, "Write all that support asks for to this new file")->option_text("FILE");
   app.add_option("--settings", options.settings, "Ask about this settings file instead of the installed one")
       ->option_text("FILE");
   app.add_option("--root", options.root, "Ask about this runtime root instead of the one in the settings")

@@ -19,6 +19,7 @@ struct Options {
   Color color = Color::kAuto;
   std::chrono::milliseconds time_limit = kTimeLimit;
   std::optional<std::string> log;
+  std::optional<std::string> report;
   std::optional<std::string> settings;
   std::optional<std::string> root;
   std::optional<std::string> user;

@@ -5,8 +5,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -136,6 +139,33 @@ std::string FailureOf(const ChildResult& child) {
                                             : "";
 }
 
+// A folder that nobody else can enter; gone when destroyed.
+class PrivateFolder {
+ public:
+  PrivateFolder() {
+    std::error_code failure;
+    std::string path = (fs::temp_directory_path(failure) / "grellin_doctor.XXXXXX").string();
+    if (!failure && ::mkdtemp(path.data()) != nullptr) {
+      path_ = path;
+    } else {
+      failure_ = failure ? failure.message() : std::strerror(errno);
+    }
+  }
+  ~PrivateFolder() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+  }
+  PrivateFolder(const PrivateFolder&) = delete;
+  PrivateFolder& operator=(const PrivateFolder&) = delete;
+
+  const fs::path& Path() const { return path_; }
+  const std::string& Failure() const { return failure_; }
+
+ private:
+  fs::path path_;
+  std::string failure_;
+};
+
 }  // namespace
 
 LoaderLog WriteLoaderLog(const std::string& file, const Walk& walk, const Patience& patience) {
@@ -155,6 +185,17 @@ LoaderLog WriteLoaderLog(const std::string& file, const Walk& walk, const Patien
   const ChildResult child = RunInChild([&] { return WalkTheRoad(settings, walk); }, "the log to be written", patience);
   const std::string failure = FailureOf(child);
   return {path, failure.empty() ? Incompleteness(log, path) : failure};
+}
+
+std::string LoaderLogText(const Walk& walk, const Patience& patience) {
+  const PrivateFolder folder;
+  if (!folder.Failure().empty()) {
+    return "There is no folder to write it to: " + Printable(folder.Failure()) + "\n";
+  }
+  const LoaderLog log = WriteLoaderLog(folder.Path() / "walk.log", walk, patience);
+  std::ifstream file(log.file);
+  std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  return log.failure.empty() ? text : text + "\nIt is not whole: " + Printable(log.failure) + "\n";
 }
 
 }  // namespace doctor

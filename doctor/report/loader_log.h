@@ -25,4 +25,8 @@ struct LoaderLog {
 /// launch does, up to the context, and runs nothing. A log that ends where a library ends the launch is whole.
 LoaderLog WriteLoaderLog(const std::string& file, const Walk& walk, const Patience& patience);
 
+/// The lines of such a log, which is written to a folder of its own and taken away again; in their place, or behind
+/// them, why they are not all there.
+std::string LoaderLogText(const Walk& walk, const Patience& patience);
+
 }  // namespace doctor

@@ -235,6 +235,29 @@ TEST(DoctorExecutable, TheLogOfTheWalkIsWrittenWhereItIsAskedFor) {
   EXPECT_NE(ReadFile(folder / "other.log").find("/nothing/there"), std::string::npos);
 }
 
+TEST(DoctorExecutable, WritesAllThatSupportAsksForToANewFile) {
+  Installation installation;
+  installation.Healthy();
+  const TempFolder folder;
+
+  const Outcome outcome = Doctor({"--report", "report"}).Folder(folder.Path()).Run();
+  const Outcome again = Doctor({"--report", "report", "--no-probe"}).Folder(folder.Path()).Run();
+
+  EXPECT_EQ(outcome.status, 0) << outcome;
+  EXPECT_EQ(outcome.err, "grellin_doctor: the report for support is in report\n");
+  EXPECT_TRUE(outcome.out.starts_with("A launch would run the application.\n")) << outcome;
+  const std::string report = ReadFile(folder / "report");
+  for (const char* part : {"A launch would run the application.\n", "\nMachine\n", "\n==== The loader's log ====\n20",
+                           "libhostfxr.so", "\n  \"verdict\": {"}) {
+    EXPECT_NE(report.find(part), std::string::npos) << part << " in:\n" << report;
+  }
+  EXPECT_EQ(again.status, 3) << again;
+  EXPECT_EQ(again.err,
+            "grellin_doctor: the report cannot be written to report: there is such a file already, and it is "
+            "left alone\n");
+  EXPECT_EQ(ReadFile(folder / "report"), report);
+}
+
 TEST(DoctorExecutable, ChangesNothingOnTheMachine) {
   Installation installation;
   installation.Healthy().OddHost("6.0.40", "comes_BusError").HostOfBytes("6.0.41", CutLibrary());

@@ -35,6 +35,7 @@ TEST(DoctorOptions, EachIsTaken) {
   EXPECT_TRUE(std::get<Options>(Parse({"--verbose"})).verbose);
   EXPECT_FALSE(std::get<Options>(Parse({"--no-probe"})).probe);
   EXPECT_EQ(std::get<Options>(Parse({"--log", "a.log"})).log, "a.log");
+  EXPECT_EQ(std::get<Options>(Parse({"--report", "r"})).report, "r");
   EXPECT_EQ(std::get<Options>(Parse({"--settings=/a b"})).settings, "/a b");
   EXPECT_EQ(std::get<Options>(Parse({"--root", "/r"})).root, "/r");
   EXPECT_EQ(std::get<Options>(Parse({"--user", "quor"})).user, "quor");
@@ -71,6 +72,7 @@ TEST(DoctorOptions, WrongUsageIsRefusedInWordsThatSayWhatIsTaken) {
       {{"--what\033"}, "there is no option --what\\x1b"},
       {{"file"}, "only options are taken, not 'file'"},
       {{"--log"}, "--log takes a file to write to"},
+      {{"--report"}, "--report takes a file to write to"},
       {{"--settings"}, "--settings takes a file"},
       {{"--settings", "/a", "--settings", "/b"}, "--settings is given twice"},
       {{"--user"}, "--user takes the name of a user"},
@@ -99,8 +101,8 @@ TEST(DoctorOptions, HelpNamesEveryOptionAndFitsThePage) {
   const auto& help = std::get<Refusal>(answer);
   EXPECT_FALSE(help.is_error);
   for (const char* name :
-       {"--json", "--log FILE", "--settings FILE", "--root DIR", "--user NAME", "--explain CODE", "--no-probe",
-        "--time-limit SECONDS", "--color WHEN", "--version", "--help", "Exit status: 0 "}) {
+       {"--json", "--log FILE", "--report FILE", "--settings FILE", "--root DIR", "--user NAME", "--explain CODE",
+        "--no-probe", "--time-limit SECONDS", "--color WHEN", "--version", "--help", "Exit status: 0 "}) {
     EXPECT_NE(help.text.find(name), std::string::npos) << name << " in:\n" << help.text;
   }
 }

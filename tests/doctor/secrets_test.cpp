@@ -39,6 +39,19 @@ TEST(Secrets, AreInNoReportWhereverTheLaunchEnds) {
   }
 }
 
+TEST(Secrets, AreNotInTheReportForSupport) {
+  Installation installation;
+  installation.Healthy().Settings(kSecrets + "DotnetRootFolder=" + std::string(kRoot) + "\n");
+  const TempFolder folder;
+
+  const Outcome outcome = Doctor({"--report", folder / "report"}).Variable("DOTNET_Password", kMarker).Run();
+
+  EXPECT_EQ(outcome.status, 0) << outcome;
+  const std::string report = ReadFile(folder / "report");
+  EXPECT_NE(report.find("DOTNET_Password\n"), std::string::npos) << report;
+  EXPECT_EQ(report.find(kMarker), std::string::npos) << report;
+}
+
 TEST(Secrets, AreNotInTheLog) {
   Installation installation;
   installation.Healthy().Settings(kSecrets + "DotnetRootFolder=" + std::string(kRoot) + "\n");

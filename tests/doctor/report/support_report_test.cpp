@@ -1,0 +1,76 @@
+#include "doctor/report/support_report.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "doctor/judge/words/text.h"
+#include "tests/support/scoped_environment.h"
+#include "tests/support/temp_folder.h"
+
+namespace doctor {
+namespace {
+
+TEST(SupportReport, HasEachPartWithItsTitle) {
+  Surrounds surrounds;
+  surrounds.way = {{"/", "drwxr-xr-x", "root", "root", 4096}};
+  surrounds.folders = {
+      {{"/a.so", "-rw-r--r--", "root", "adm", 7, "", "01ff"}, {"/b", "lrwxrwxrwx", "root", "root", 1, "/c\033"}},
+      {{"/closed", "", "", "", 0, "", "", "Permission denied"}}};
+  surrounds.variables = {"LD_PRELOAD"};
+
+  const std::string text = SupportReport({}, {}, surrounds, "line\n");
+
+  EXPECT_NE(text.find("\n==== The way to the folders ====\n"
+                      "drwxr-xr-x root root 4096 /\n"
+                      "\n"
+                      "-rw-r--r-- root adm 7 /a.so build id 01ff\n"
+                      "lrwxrwxrwx root root 1 /b -> /c\\x1b\n"
+                      "\n"
+                      "/closed: Permission denied\n"
+                      "\n==== Variables that are set ====\n"
+                      "LD_PRELOAD\n"
+                      "\n==== The loader's log ====\n"
+                      "line\n"
+                      "\n==== The same for machines ====\n"
+                      "{\n"),
+            std::string::npos)
+      << text;
+  EXPECT_NE(text.find("\n5. Runtime start\n"), std::string::npos) << text;
+}
+
+TEST(SupportReport, ListsWhatALaunchLooksInto) {
+  const tests::TempFolder root;
+  tests::WriteFile(root / "shared/Some.App/6.0.1/a.dll", "x");
+  Diagnosis diagnosis;
+  diagnosis.settings.path = root / "common/settings.ini";
+  diagnosis.runtime.emplace().root = ToUtf16(root.Path().string());
+  diagnosis.application.frameworks.emplace_back().name = "Some.App";
+
+  const Surrounds surrounds = LookAtSurrounds(diagnosis);
+
+  const auto isListed = [&](const std::string& path) {
+    return std::ranges::any_of(surrounds.folders, [&](const Listing& folder) {
+      return std::ranges::find(folder, path, &ListedFile::path) != folder.end();
+    });
+  };
+  EXPECT_TRUE(isListed(root / "shared"));
+  EXPECT_TRUE(isListed(root / "shared/Some.App/6.0.1"));
+  EXPECT_TRUE(isListed(root / "shared/Some.App/6.0.1/a.dll"));
+  EXPECT_TRUE(isListed(root / "common"));
+  EXPECT_EQ(std::ranges::count(surrounds.way, "/", &ListedFile::path), 1);
+}
+
+TEST(SupportReport, HasTheNamesOfVariablesThatMatter) {
+  tests::ScopedEnvironment environment;
+  environment.Set("DOTNET_gcServer", "1").Set("LD_LIBRARY_PATH", "").Set("PASSWORD", "x");
+
+  const auto names = LookAtSurrounds({}).variables;
+
+  EXPECT_NE(std::ranges::find(names, "DOTNET_gcServer"), names.end());
+  EXPECT_NE(std::ranges::find(names, "LD_LIBRARY_PATH"), names.end());
+  EXPECT_EQ(std::ranges::find(names, "PASSWORD"), names.end());
+}
+
+}  // namespace
+}  // namespace doctor
