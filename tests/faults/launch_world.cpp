@@ -16,8 +16,9 @@ bool Says(const Outcome& outcome, std::string_view line) {
 
 }  // namespace
 
-LaunchWorld::LaunchWorld()
-    : settings_("DotnetRootFolder=" + decoy_.Root().string() + "\n#" + std::string(5'000, ' ') +
+LaunchWorld::LaunchWorld(const std::filesystem::path& parent)
+    : runtime_(parent),
+      settings_("DotnetRootFolder=" + decoy_.Root().string() + "\n#" + std::string(5'000, ' ') +
                 "\nDotnetRootFolder=" + runtime_.Root().string() + "\n") {
   const std::string host = ReadFile(PLAIN_HOST);
   decoy_.AddHostOfBytes("6.0.99", host);

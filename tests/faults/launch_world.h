@@ -21,7 +21,8 @@ inline constexpr std::string_view kOlder = "6.0.1";
 /// the settings name in a line before the last one is there too: half of the settings would lead to it.
 class LaunchWorld {
  public:
-  LaunchWorld();
+  /// The runtime is laid out inside `parent`.
+  explicit LaunchWorld(const std::filesystem::path& parent = std::filesystem::temp_directory_path());
 
   /// A launch with two arguments.
   [[nodiscard]] Command Launch() const;
