@@ -7,7 +7,6 @@ namespace {
 using enum Damage;
 
 constexpr const char* kRuns = "A launch would run the application.";
-constexpr const char* kRefused = "the host refuses the application";
 constexpr const char* kWithoutRunning = "status 0 without running the application: ";
 constexpr const char* kRuntimeAgain = "install the .NET runtime";
 constexpr const char* kProductAgain = "install the product again";
@@ -86,20 +85,28 @@ TEST_F(FaultsOnRealDotnet, TheHostsFilesAreNamed) {
       {"libhostfxr.so", {kForeign}, {"other-machine", "libhostfxr.so is for another kind of machine", "install"}},
       {"libhostfxr.so", {kOtherFile}, {"no-version-loads", "cannot be loaded", kRuntimeAgain}},
       {"libhostfxr.so", {kDeadLink}, {"library-is-link", "is a symbolic link", ""}, "the cure copies nothing"},
-      {"libhostfxr.so", {kUnreadable}, {"no-version-loads", "cannot be loaded", kReadable}, "install again"},
-      {"libhostpolicy.so", {kMissing, kDeadLink}, {"host-refuses", "CoreHostLibMissingFailure", "see"}},
+      {"libhostfxr.so", {kUnreadable}, {"file-not-read", "this user cannot read", kReadable}},
+      {"libhostpolicy.so", {kMissing, kDeadLink}, {"host-policy-broken", "libhostpolicy.so is missing", kRuntimeAgain}},
       {"libhostpolicy.so",
-       {kEmpty, kText, kZeros, kFolder, kHeader, kForeign, kUnreadable},
-       {"host-refuses", "CoreHostLibLoadFailure", "see"}},
+       {kEmpty, kText, kZeros, kFolder, kHeader, kForeign},
+       {"host-policy-broken", "libhostpolicy.so is broken", kRuntimeAgain}},
+      {"libhostpolicy.so",
+       {kUnreadable},
+       {"host-policy-broken", "libhostpolicy.so cannot be read by this user", kReadable}},
       {"libhostpolicy.so", {kOtherFile}, {"host-refuses", "CoreHostEntryPointFailure", "see"}},
       {"libhostpolicy.so", {kCut}, {"ends-in-host", "SIGBUS: the host crashes", kRuntimeAgain}},
-      {"Microsoft.NETCore.App.deps.json", {kMissing, kDeadLink}, {"host-refuses", "FrameworkMissingFailure", "see"}},
+      {"Microsoft.NETCore.App.deps.json",
+       {kMissing, kDeadLink},
+       {"missing-framework", "Microsoft.NETCore.App 6.0.0 is needed", kRuntimeAgain}},
       {"Microsoft.NETCore.App.deps.json",
        {kEmpty, kText, kZeros, kFolder, kCut, kUnreadable},
        {"host-refuses", "ResolverInitFailure", "see"}},
       {"Microsoft.NETCore.App.runtimeconfig.json", {kMissing, kDeadLink}, {"", kRuns, ""}},
       {"Microsoft.NETCore.App.runtimeconfig.json",
-       {kEmpty, kText, kZeros, kFolder, kCut, kUnreadable},
+       {kEmpty, kText, kZeros, kCut},
+       {"malformed-configuration", "Microsoft.NETCore.App.runtimeconfig.json is not JSON", kRuntimeAgain}},
+      {"Microsoft.NETCore.App.runtimeconfig.json",
+       {kFolder, kUnreadable},
        {"host-refuses", "InvalidConfigFile", "see"}},
   });
 }
@@ -114,7 +121,9 @@ TEST_F(FaultsOnRealDotnet, TheApplicationsFilesAreNamed) {
       {"grellin_utils.dll",
        {kUnreadable},
        {"runtime-file-broken", "grellin_utils.dll cannot be read by this user", kReadable}},
-      {"grellin_utils.runtimeconfig.json", {kMissing, kDeadLink}, {"host-refuses", kRefused, "see"}},
+      {"grellin_utils.runtimeconfig.json",
+       {kMissing, kDeadLink},
+       {"missing-configuration", "grellin_utils.runtimeconfig.json is missing", kProductAgain}},
       {"grellin_utils.runtimeconfig.json",
        {kEmpty, kText, kZeros, kCut},
        {"malformed-configuration", "grellin_utils.runtimeconfig.json is not JSON", kProductAgain}},
