@@ -6,6 +6,8 @@
 #include <sstream>
 #include <utility>
 
+#include "doctor/examine/collector_options.h"
+
 namespace doctor {
 namespace {
 
@@ -86,6 +88,7 @@ StartReport ExamineStart(const std::string& assembly, const std::string& assembl
     std::ranges::stable_sort(report.broken, {}, &BrokenFile::need);
   }
   report.surroundings = LookAround();
+  report.collector_options = CollectorOptions(assembly);
   return report;
 }
 

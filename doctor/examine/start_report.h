@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "doctor/examine/broken_file.h"
@@ -15,6 +16,8 @@ struct StartReport {
   StartProbe probe = {};
   std::vector<BrokenFile> broken = {};  ///< Those that are needed first.
   Surroundings surroundings = {};
+  /// The options of the application's configuration that limit or replace the collector, with their values.
+  std::vector<std::pair<std::string, std::string>> collector_options = {};
 
   /// The broken file because of which the application is not reached; null when there is none. Of a start that has
   /// failed only a file that starting takes can be the cause.

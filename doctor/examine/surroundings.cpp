@@ -20,6 +20,7 @@ namespace {
 constexpr auto kPrefixes = std::to_array<const char*>({"DOTNET_", "COMPlus_"});
 constexpr auto kCollectorVariables = std::to_array<const char*>(
     {"GCHeapHardLimit", "GCHeapHardLimitPercent", "GCRegionRange", "GCRegionSize", "GCPath"});
+constexpr auto kCompilerVariables = std::to_array<const char*>({"AltJit", "AltJitName", "JitName", "JitPath"});
 
 // Refused with EACCES or EPERM where a service manager, the kernel or a security policy forbids it.
 bool MayExecuteWrittenMemory() {
@@ -69,6 +70,20 @@ std::optional<std::uint64_t> GroupMemory() {
   return smallest != std::numeric_limits<std::uint64_t>::max() ? std::optional(smallest) : std::nullopt;
 }
 
+template <std::size_t kSize>
+std::vector<std::pair<std::string, std::string>> SetVariables(const std::array<const char*, kSize>& names) {
+  std::vector<std::pair<std::string, std::string>> found;
+  for (const char* prefix : kPrefixes) {
+    for (const char* name : names) {
+      const std::string variable = std::string(prefix) + name;
+      if (const char* value = std::getenv(variable.c_str())) {
+        found.emplace_back(variable, value);
+      }
+    }
+  }
+  return found;
+}
+
 }  // namespace
 
 Surroundings LookAround() {
@@ -77,15 +92,10 @@ Surroundings LookAround() {
   found.has_memory_files = HasMemoryFiles();
   found.address_space = Limit(RLIMIT_AS);
   found.open_files = Limit(RLIMIT_NOFILE);
+  found.file_size = Limit(RLIMIT_FSIZE);
   found.group_memory = GroupMemory();
-  for (const char* prefix : kPrefixes) {
-    for (const char* variable : kCollectorVariables) {
-      const std::string name = std::string(prefix) + variable;
-      if (const char* value = std::getenv(name.c_str())) {
-        found.collector_variables.emplace_back(name, value);
-      }
-    }
-  }
+  found.collector_variables = SetVariables(kCollectorVariables);
+  found.compiler_variables = SetVariables(kCompilerVariables);
   return found;
 }
 

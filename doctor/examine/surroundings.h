@@ -14,9 +14,12 @@ struct Surroundings {
   bool has_memory_files = true;                     ///< Whether the kernel gives files that exist in memory only.
   std::optional<std::uint64_t> address_space = {};  ///< The limit in bytes; empty when there is none.
   std::optional<std::uint64_t> open_files = {};     ///< The same for open descriptors.
+  std::optional<std::uint64_t> file_size = {};      ///< The same for the size of a file, in bytes.
   std::optional<std::uint64_t> group_memory = {};   ///< The limit of the control group in bytes.
   /// The variables that limit or replace the garbage collector, with their values.
   std::vector<std::pair<std::string, std::string>> collector_variables = {};
+  /// The same for the compiler.
+  std::vector<std::pair<std::string, std::string>> compiler_variables = {};
 };
 
 /// Looks at this process; what it starts inherits all of it.

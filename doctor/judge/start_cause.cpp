@@ -18,19 +18,33 @@ namespace {
 constexpr std::uint64_t kMebibyte = std::uint64_t{1024} * 1024;
 constexpr std::uint64_t kLittleAddressSpace = 512 * kMebibyte;
 constexpr std::uint64_t kLittleMemory = 64 * kMebibyte;
+constexpr std::uint64_t kLittleFile = 64 * kMebibyte;
 constexpr std::uint64_t kFewFiles = 64;
 
 // Results of the runtime that say what kind of thing was wanting.
 constexpr std::uint32_t kOutOfMemory = 0x8007000e;
 constexpr std::uint32_t kModuleNotFound = 0x8007007e;
+constexpr std::uint32_t kNoThread = 0x80070008;  // Not enough memory, it says; so it does of a thread that is refused.
 constexpr std::string_view kResultWords = "HRESULT: ";
 
-// The host gives a status of its own, and the runtime's result in its words only.
-bool EndedWith(const StartReport& start, std::uint32_t result) {
+// The host gives a status of its own, and the runtime's result in its words only; 0 where there is none.
+std::uint32_t ResultInWords(const StartReport& start) {
   const std::string words = start.probe.child.output + start.probe.host_text;
   const auto at = words.rfind(kResultWords);
-  return at != std::string::npos &&
-         std::strtoul(words.c_str() + at + kResultWords.size(), nullptr, 16) == static_cast<unsigned long>(result);
+  return at == std::string::npos
+             ? 0
+             : static_cast<std::uint32_t>(std::strtoul(words.c_str() + at + kResultWords.size(), nullptr, 16));
+}
+
+bool EndedWith(const StartReport& start, std::uint32_t result) {
+  return ResultInWords(start) == result;
+}
+
+// The results from 0x80132000 on are the collector's own, of what it is configured with.
+bool CollectorHasFailed(const StartReport& start) {
+  constexpr std::uint32_t kFamily = 0xffffff00;
+  return EndedWith(start, kOutOfMemory) || EndedWith(start, kModuleNotFound) ||
+         (ResultInWords(start) & kFamily) == 0x80132000;
 }
 
 std::optional<Warning> BrokenFileCause(const StartReport& start) {
@@ -50,14 +64,36 @@ std::optional<Warning> MemoryFilesCause(const StartReport& start) {
   return start.surroundings.has_memory_files ? std::nullopt : std::optional(Worded(Finding::kNoMemoryFiles, {}));
 }
 
+using Named = std::pair<std::string, std::string>;
+
+Warning AboutVariable(Finding finding, const Named& variable) {
+  const auto& [name, value] = variable;
+  return Worded(finding, {name, {{"variable", name}, {"value", Printable(value)}}});
+}
+
 // A variable that someone has set explains what the collector lacks better than any limit.
-std::optional<Warning> CollectorCause(const StartReport& start) {
-  if (start.surroundings.collector_variables.empty() ||
-      !(EndedWith(start, kOutOfMemory) || EndedWith(start, kModuleNotFound))) {
-    return std::nullopt;
-  }
-  const auto& [name, value] = start.surroundings.collector_variables.front();
-  return Worded(Finding::kCollectorVariable, {name, {{"variable", name}, {"value", Printable(value)}}});
+std::optional<Warning> CollectorVariableCause(const StartReport& start) {
+  const auto& variables = start.surroundings.collector_variables;
+  return variables.empty() || !CollectorHasFailed(start)
+             ? std::nullopt
+             : std::optional(AboutVariable(Finding::kCollectorVariable, variables.front()));
+}
+
+std::optional<Warning> CollectorOptionCause(const StartReport& start) {
+  return start.collector_options.empty() || !CollectorHasFailed(start)
+             ? std::nullopt
+             : std::optional(AboutVariable(Finding::kCollectorOption, start.collector_options.front()));
+}
+
+std::optional<Warning> CompilerVariableCause(const StartReport& start) {
+  const auto& variables = start.surroundings.compiler_variables;
+  return variables.empty() || start.probe.child.end != ChildEnd::kCrashed
+             ? std::nullopt
+             : std::optional(AboutVariable(Finding::kCompilerVariable, variables.front()));
+}
+
+std::optional<Warning> ThreadsCause(const StartReport& start) {
+  return EndedWith(start, kNoThread) ? std::optional(Worded(Finding::kNoThreads, {})) : std::nullopt;
 }
 
 Warning Limited(Finding finding, std::uint64_t limit) {
@@ -70,6 +106,15 @@ std::optional<Warning> AddressSpaceCause(const StartReport& start) {
     return std::nullopt;
   }
   return Limited(Finding::kAddressSpaceLimited, *limit / kMebibyte);
+}
+
+// .NET keeps its code in a file in memory.
+std::optional<Warning> FileSizeCause(const StartReport& start) {
+  const auto& limit = start.surroundings.file_size;
+  if (!limit || *limit >= kLittleFile || !EndedWith(start, kOutOfMemory)) {
+    return std::nullopt;
+  }
+  return Limited(Finding::kFileSizeLimited, *limit / kMebibyte);
 }
 
 std::optional<Warning> OpenFilesCause(const StartReport& start) {
@@ -120,7 +165,11 @@ constexpr auto kCauses = std::to_array<std::optional<Warning> (*)(const StartRep
     BrokenFileCause,
     MemoryRightsCause,
     MemoryFilesCause,
-    CollectorCause,
+    CompilerVariableCause,
+    CollectorVariableCause,
+    CollectorOptionCause,
+    ThreadsCause,
+    FileSizeCause,
     AddressSpaceCause,
     OpenFilesCause,
     GroupMemoryCause,

@@ -123,8 +123,10 @@ TEST_F(FaultsOnRealDotnet, LimitsThatEndALaunchAreNamed) {
       {"12 open files",
        Limit<RLIMIT_NOFILE, 12>,
        {"open-files-limited", "only 12 files may be open at once", "ulimit -n 1024"}},
-      {"files of 1 MiB", Limit<RLIMIT_FSIZE, kMebibyte>, {"file-size-limited", kNotStarted, ""}, "no cause"},
-      {"two processes", LimitNobody<RLIMIT_NPROC, 2>, {"no-threads", kNotStarted, ""}, "no cause"},
+      {"files of 1 MiB",
+       Limit<RLIMIT_FSIZE, kMebibyte>,
+       {"file-size-limited", "a file may not be larger than 1 MiB", "ulimit -f"}},
+      {"two processes", LimitNobody<RLIMIT_NPROC, 2>, {"no-threads", "no thread can be started", "TasksMax="}},
   });
 }
 
@@ -158,7 +160,7 @@ TEST_F(FaultsOnRealDotnet, FiltersThatEndALaunchAreNamed) {
       {"a filter against memory that is written and executed",
        DenyWriteExecuteByFilter,
        {"memory-not-executable", kMemory, "MemoryDenyWriteExecute=no"}},
-      {"no threads", WithoutCall<SYS_clone3, EPERM>, {"no-threads", kNotStarted, ""}, "no cause"},
+      {"no threads", WithoutCall<SYS_clone3, EPERM>, {"no-threads", "no thread can be started", "TasksMax="}},
       {"no stack for signals",
        WithoutCall<SYS_sigaltstack, EPERM>,
        {"runtime-not-started", kNotStarted, "install the .NET runtime again"}},
@@ -200,15 +202,16 @@ TEST_F(FaultsOnRealDotnet, VariablesThatEndALaunchAreNamed) {
       {"COMPlus_GCHeapHardLimit", "10", {"collector-variable", kCollector, "unset COMPlus_GCHeapHardLimit"}},
       {"DOTNET_GCPath", "/no/such/library.so", {"collector-variable", kCollector, "unset DOTNET_GCPath"}},
       {"DOTNET_GCRegionRange", "1000", {"collector-variable", kCollector, "unset DOTNET_GCRegionRange"}},
-      {"DOTNET_GCRegionSize",
-       "10000000000",
-       {"collector-variable", kCollector, "unset DOTNET_GCRegionSize"},
-       "installing again changes nothing"},
-      {"DOTNET_AltJit", "*", {"", "", "unset DOTNET_AltJit"}, "taken for sound"},
-      {"DOTNET_JitName", "libnone.so", {"", "", "unset DOTNET_JitName"}, "taken for sound"},
-      {"DOTNET_ROLL_FORWARD", "Disable", {"host-refuses", "FrameworkMissingFailure", "see"}},
-      {"DOTNET_ROLL_FORWARD", "Minor", {"host-refuses", "FrameworkMissingFailure", "see"}},
-      {"DOTNET_ROLL_FORWARD", "Sometimes", {"host-refuses", "InvalidConfigFile", "see"}},
+      {"DOTNET_GCRegionSize", "10000000000", {"collector-variable", kCollector, "unset DOTNET_GCRegionSize"}},
+      {"DOTNET_AltJit", "*", {"compiler-variable", "cannot be loaded with DOTNET_AltJit=*", "unset DOTNET_AltJit"}},
+      {"DOTNET_JitName",
+       "libnone.so",
+       {"compiler-variable", "cannot be loaded with DOTNET_JitName=", "unset DOTNET_JitName"}},
+      {"DOTNET_ROLL_FORWARD", "Disable", {"missing-framework", "and roll-forward is Disable", "install"}},
+      {"DOTNET_ROLL_FORWARD", "Minor", {"missing-framework", "and roll-forward is Minor", "install"}},
+      {"DOTNET_ROLL_FORWARD",
+       "Sometimes",
+       {"roll-forward-variable", "DOTNET_ROLL_FORWARD=Sometimes has no meaning", "unset"}},
   });
 }
 

@@ -42,6 +42,16 @@ TEST(Surroundings, MemoryThatMayNotBeWrittenAndThenExecutedIsSeen) {
   EXPECT_EQ(SeenAfter([] { ::prctl(kSetMemoryDenyWriteExecute, 1, 0, 0, 0); }).at(1), "may not");
 }
 
+TEST(Surroundings, VariablesOfTheCompilerAreSeen) {
+  tests::ScopedEnvironment environment;
+  environment.Set("DOTNET_AltJit", "*");
+
+  const auto seen = LookAround().compiler_variables;
+
+  ASSERT_EQ(seen.size(), 1U);
+  EXPECT_EQ(seen[0].first + "=" + seen[0].second, "DOTNET_AltJit=*");
+}
+
 TEST(Surroundings, VariablesOfTheCollectorAreSeenInBothSpellings) {
   tests::ScopedEnvironment environment;
   environment.Set("DOTNET_GCHeapHardLimit", "10").Set("COMPlus_GCPath", "/nothing");

@@ -115,6 +115,17 @@ TEST(StartCause, SurroundingsExplainAStartThatFails) {
        [](Surroundings& around) {
          around.collector_variables = {{"DOTNET_GCPath", "/none"}};
        }},
+      {"the garbage collector cannot be started with DOTNET_GCRegionSize=1", Failed("0x8013200F"),
+       [](Surroundings& around) {
+         around.collector_variables = {{"DOTNET_GCRegionSize", "1"}};
+       }},
+      {"the runtime's compiler cannot be loaded with DOTNET_AltJit=*", Died(SIGABRT),
+       [](Surroundings& around) {
+         around.compiler_variables = {{"DOTNET_AltJit", "*"}};
+       }},
+      {"no thread can be started, and .NET needs several", Failed("0x80070008"), [](Surroundings&) {}},
+      {"a file may not be larger than 1 MiB, which is too little for .NET", Failed("0x8007000E"),
+       [](Surroundings& around) { around.file_size = 1024 * 1024; }},
       {"the address space is limited to 1024 MiB, which is too little for .NET", Failed("0x8007000E"),
        [](Surroundings& around) { around.address_space = 1024 * 1024 * 1024; }},
       {"the address space is limited to 64 MiB, which is too little for .NET", Died(SIGSEGV),
@@ -135,6 +146,16 @@ TEST(StartCause, SurroundingsExplainAStartThatFails) {
     EXPECT_EQ(Text(start), row.text);
     EXPECT_NE(CauseOf(start)->cure, "");
   }
+}
+
+TEST(StartCause, AnOptionOfTheApplicationExplainsACollectorThatFails) {
+  StartReport start = Failed("0x8007000E");
+  start.collector_options = {{"System.GC.HeapHardLimit", "16"}};
+  EXPECT_EQ(Text(start), "the garbage collector cannot be started with System.GC.HeapHardLimit=16");
+
+  start = Failed("0x80004005");
+  start.collector_options = {{"System.GC.HeapHardLimit", "16"}};
+  EXPECT_EQ(Text(start), "the runtime does not start (0x80008089)") << "another failure has another cause";
 }
 
 TEST(StartCause, TheLastWordsOfAnUnknownFailureAreKept) {
