@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "doctor/judge/words/text.h"
+#include "doctor/report/short_list.h"
 
 namespace doctor {
 namespace {
@@ -16,21 +17,28 @@ std::string SettingsWords(const Diagnosis& diagnosis) {
   return root.empty() ? "they do not name a runtime root" : Printable(root) + " is the runtime root";
 }
 
+void AddInBrackets(std::string& words, std::string_view what, const std::string& list) {
+  if (!list.empty()) {
+    words.append(" (").append(what).append(list).append(")");
+  }
+}
+
 std::string RuntimeWords(const Diagnosis& diagnosis) {
   const VersionReport* decisive = diagnosis.runtime ? diagnosis.runtime->Decisive() : nullptr;
   if (decisive == nullptr) {
     return {};
   }
-  std::string refused;
-  std::string others;
+  ShortList refused;
+  ShortList others;
   for (const VersionReport& version : diagnosis.runtime->versions) {
     if (version.is_candidate && &version != decisive) {
-      std::string& list = version.standing == Standing::kRefused ? refused : others;
-      list.append(list.empty() ? "" : ", ").append(Printable(version.name));
+      (version.standing == Standing::kRefused ? refused : others).Add(Printable(version.name));
     }
   }
-  return Printable(decisive->name) + (refused.empty() ? "" : " (passed over: " + refused + ")") +
-         (others.empty() ? "" : " (also there: " + others + ")");
+  std::string words = Printable(decisive->name);
+  AddInBrackets(words, "passed over: ", refused.Text());
+  AddInBrackets(words, "also there: ", others.Text());
+  return words;
 }
 
 std::string EnvironmentWords(const Diagnosis&) {
@@ -78,26 +86,30 @@ int EndOf(const Verdict& verdict) {
                                            : static_cast<int>(Station::kStart);
 }
 
-void AddOnce(std::string& list, std::string_view text, std::string_view separator) {
-  if (!text.empty() && list.find(text) == std::string::npos) {
-    list.append(list.empty() ? "" : separator).append(text);
+// What was noticed at one part.
+struct Noticed {
+  std::string codes = {};
+  ShortList places = {};  // Of what decides.
+
+  void Add(const Warning& warning, bool decides) {
+    const std::string code = std::string("[").append(RowOf(kFindings, warning.finding).code).append("]");
+    if (codes.find(code) == std::string::npos) {
+      codes.append(codes.empty() ? "" : " ").append(code);
+    }
+    places.Add(decides ? warning.place : "");
   }
-}
+};
 
-std::string Bracketed(const Warning& warning) {
-  return std::string("[").append(RowOf(kFindings, warning.finding).code).append("]");
-}
-
-// All that was noticed at the part, the cause first.
-std::vector<Warning> NoticedAt(const Diagnosis& diagnosis, Station station) {
-  std::vector<Warning> noticed;
-  if (diagnosis.verdict.HasCause() && StationOf(diagnosis.verdict.cause) == station) {
-    noticed.push_back(diagnosis.verdict.cause);
-    noticed.back().decides = diagnosis.verdict.outcome != Outcome::kRuns;
+// The cause comes first.
+Noticed NoticedAt(const Diagnosis& diagnosis, Station station) {
+  Noticed noticed;
+  const Verdict& verdict = diagnosis.verdict;
+  if (verdict.HasCause() && StationOf(verdict.cause) == station) {
+    noticed.Add(verdict.cause, verdict.outcome != Outcome::kRuns);
   }
   for (const Warning& warning : diagnosis.warnings) {
     if (StationOf(warning) == station) {
-      noticed.push_back(warning);
+      noticed.Add(warning, warning.decides);
     }
   }
   return noticed;
@@ -111,14 +123,11 @@ StationSummary Summarized(const StationText& text, const Diagnosis& diagnosis) {
     summary.mark = Mark::kNotReached;
     summary.words = at > end ? "not reached" : "not tried";
   }
-  std::string places;
-  for (const Warning& warning : NoticedAt(diagnosis, text.value)) {
-    AddOnce(summary.codes, Bracketed(warning), " ");
-    AddOnce(places, warning.decides ? warning.place : "", ", ");
-  }
+  const Noticed noticed = NoticedAt(diagnosis, text.value);
+  summary.codes = noticed.codes;
   if (at == end && diagnosis.verdict.outcome != Outcome::kRuns) {
     summary.mark = Mark::kNo;
-    summary.words = places;
+    summary.words = noticed.places.Text();
   }
   return summary;
 }
