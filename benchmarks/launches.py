@@ -64,6 +64,7 @@ def rows_of(options):
             yield from real_memory_rows(real, options)
             if not options.check:
                 yield from real_time_rows(real, options)
+                yield from doctor_time_rows(real, options)
 
 
 def instruction_rows(options):
@@ -119,6 +120,15 @@ def real_time_rows(real, options):
         else:
             yield Row(f"Wall time in ms, the sample on .NET, to {label}: not measured, the program is missing")
     yield ratio("... to a minimal host's, given the launcher's variables", spent["minimal"], spent["launcher"])
+
+
+def doctor_time_rows(real, options):
+    """What an operator waits for: at most half a second for a sound product, at most one with many versions."""
+    crowded = real.crowded(options.build, MANY)
+    commands = {"sound": real.doctor(options.build), "crowded": real.doctor(options.build, "--root", crowded)}
+    spent = measuring.medians(measuring.wall_times(commands, 5 if options.quick else 20))
+    yield Row("Wall time in ms, the doctor, the sample on .NET", figure=spent["sound"])
+    yield Row(f"... with {MANY} version folders", figure=spent["crowded"])
 
 
 if __name__ == "__main__":

@@ -10,10 +10,12 @@ from measuring import command
 
 PRODUCT = Path("/opt/morvath/quor")
 LAUNCHER = PRODUCT / "bin/grellin_loader"
+DOCTOR = PRODUCT / "bin/grellin_doctor"
 ASSEMBLY = PRODUCT / "lib64/grellin_utils.dll"
 APPHOST = PRODUCT / "lib64/grellin_utils"
 SETTINGS = Path("/var/opt/morvath/quor/common/dotnet_settings.ini")
 QUIET_ROOT = Path("/opt/morvath/quiet")
+CROWDED_ROOT = Path("/opt/morvath/crowded")
 SAMPLE_ARGUMENTS = ("return", "0")
 # What the launcher sets for the runtime, to be given to others as well.
 SAME_VARIABLES = {"DOTNET_EnableDiagnostics": "0", "DOTNET_MULTILEVEL_LOOKUP": "0"}
@@ -41,9 +43,9 @@ def write_settings(root, lines=()):
     SETTINGS.write_text("\n".join([f"DotnetRootFolder={root}", *lines]) + "\n")
 
 
-def add_versions(build, numbers):
+def add_versions(build, numbers, root=QUIET_ROOT):
     for number in numbers:
-        folder = QUIET_ROOT / f"host/fxr/6.0.{number}"
+        folder = root / f"host/fxr/6.0.{number}"
         folder.mkdir(parents=True)
         shutil.copy(build / "benchmarks/quiet_host/libhostfxr.so", folder)
 
@@ -95,6 +97,21 @@ class RealRuntime:
 
     def dotnet_command(self):
         return Path(self.found["dotnet"]) / "dotnet"
+
+    def doctor(self, build, *arguments):
+        shutil.copy(build / "doctor/grellin_doctor", DOCTOR)
+        return command(DOCTOR, *arguments)
+
+    def crowded(self, build, versions):
+        """The same .NET with older versions beside it, as many in all."""
+        for entry in self.root.iterdir():
+            if entry.name != "host":
+                CROWDED_ROOT.mkdir(exist_ok=True)
+                (CROWDED_ROOT / entry.name).symlink_to(entry.resolve())
+        fxr = CROWDED_ROOT / "host/fxr"
+        shutil.copytree(self.root / "host/fxr" / self.found["host"], fxr / f"6.0.{versions}")
+        add_versions(build, range(1, versions), CROWDED_ROOT)
+        return CROWDED_ROOT
 
     def _apphost(self):
         built = self.prepared / "apphost"
