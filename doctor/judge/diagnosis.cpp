@@ -60,6 +60,7 @@ std::optional<StartReport> StartReportOf(const Diagnosis& diagnosis, const Patie
 
 void Append(Warnings& all, Warnings more) {
   std::move(more.begin(), more.end(), std::back_inserter(all));
+  all.left_out += more.left_out;
 }
 
 // Where another root is asked about, the one in the settings cannot be why a launch ends.

@@ -1,6 +1,7 @@
 // Something that ends a launch, or that a person probably did not mean.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,11 @@ struct Warning {
   bool decides = false;      ///< Whether it explains why the launch ends.
 };
 
-using Warnings = std::vector<Warning>;
+/// All that was noticed, but for what there may be too much of.
+struct Warnings : std::vector<Warning> {
+  using std::vector<Warning>::vector;
+
+  std::size_t left_out = 0;  ///< How many more there are of a finding of which only the first are kept.
+};
 
 }  // namespace doctor

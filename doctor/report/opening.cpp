@@ -76,16 +76,16 @@ bool IsSaidBy(const Warning& warning, const Warning& other) {
 }
 
 // All that the opening does not say.
-Warnings LeftOver(const Diagnosis& diagnosis) {
+std::vector<const Warning*> LeftOver(const Diagnosis& diagnosis) {
   const Warning& cause = diagnosis.verdict.cause;
   const Warning* whole = &cause;
-  Warnings left;
+  std::vector<const Warning*> left;
   for (const Warning& warning : diagnosis.warnings) {
     const bool isCause = warning.finding == cause.finding && warning.place == cause.place;
     const bool isPart = warning.finding != Finding::kSeveralMistakes && IsSaidBy(warning, *whole);
     whole = warning.finding == Finding::kSeveralMistakes ? &warning : whole;
     if (!isCause && !isPart) {
-      left.push_back(warning);
+      left.push_back(&warning);
     }
   }
   return left;
@@ -113,16 +113,17 @@ void PutOpening(Page& page, const Diagnosis& diagnosis, const std::vector<Statio
 }
 
 void PutWarnings(Page& page, const Diagnosis& diagnosis) {
-  const Warnings warnings = LeftOver(diagnosis);
+  const std::vector<const Warning*> warnings = LeftOver(diagnosis);
+  const std::size_t all = warnings.size() + diagnosis.warnings.left_out;
   if (warnings.empty()) {
     return;
   }
   page.Heading("Noticed as well", "");
   for (std::size_t at = 0; at < std::min(warnings.size(), kLongestList); ++at) {
-    PutWarning(page, warnings[at]);
+    PutWarning(page, *warnings[at]);
   }
-  if (warnings.size() > kLongestList) {
-    page.Paragraph("and " + std::to_string(warnings.size() - kLongestList) + " more", kIndent, Paint::kFaint);
+  if (all > kLongestList) {
+    page.Paragraph("and " + std::to_string(all - kLongestList) + " more", kIndent, Paint::kFaint);
   }
 }
 

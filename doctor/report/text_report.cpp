@@ -55,7 +55,7 @@ Cell UseCell(const SettingsEntry& entry) {
 
 // The lines that matter are always shown, the others as far as there is room.
 bool Matters(const SettingsEntry& entry) {
-  return entry.use != LineUse::kUnused && entry.use != LineUse::kSkipped;
+  return entry.use == LineUse::kUsed || entry.use == LineUse::kMalformed;
 }
 
 std::string OrHidden(const std::optional<std::string>& bytes) {

@@ -10,7 +10,7 @@
 namespace doctor {
 
 /// The file as a whole (`SettingsFileNearMisses`), then line by line: blanks, carriage returns, quotes, letter case and
-/// other slips of the pen, repeated keys.
+/// other slips of the pen, repeated keys (the first 1,000).
 Warnings SettingsNearMisses(const SettingsReport& report);
 
 /// A folder or a file of another name in place of the settings, UTF-16, folders that cannot be entered.

@@ -20,21 +20,28 @@ std::string CommandFor(const SettingsLine& line, const std::string& script) {
                        Printable(line.settings.path);
 }
 
-Clue At(const SettingsLine& line, Values values = {}) {
+// What can be said of every line.
+Clue AtAny(const SettingsLine& line, Values values = {}) {
   const std::string number = std::to_string(line.entry.line);
   values.emplace("line", number);
   values.emplace("file_word", ShellWord(line.settings.path));
   const ShownLine shown = ShownOf(line.entry);
   values.emplace("found", line.meant != nullptr ? Quoted(line.key) : shown.key ? Quoted(*shown.key) : "its key");
-  if (line.meant != nullptr) {
-    values.emplace("key", line.meant->name);
-    values.emplace("setting", line.meant->meaning);
-    values.emplace("value", Quoted(line.value));
-    const std::string script = number + "s|.*|" + SedReplacement(MeantLine(line)) + "|";
-    values.emplace("script_word", ShellWord(script));
-    values.emplace("command", CommandFor(line, script));
-  }
   return {"line " + number, std::move(values), IsAboutRoot(line) && line.entry.use != LineUse::kReplaced};
+}
+
+// And of one that is to be written anew.
+Clue At(const SettingsLine& line) {
+  Clue clue = AtAny(line);
+  if (line.meant != nullptr) {
+    clue.values.emplace("key", line.meant->name);
+    clue.values.emplace("setting", line.meant->meaning);
+    clue.values.emplace("value", Quoted(line.value));
+    const std::string script = std::to_string(line.entry.line) + "s|.*|" + SedReplacement(MeantLine(line)) + "|";
+    clue.values.emplace("script_word", ShellWord(script));
+    clue.values.emplace("command", CommandFor(line, script));
+  }
+  return clue;
 }
 
 std::optional<Clue> ByteOrderMark(const SettingsLine& line) {
@@ -126,14 +133,11 @@ constexpr auto kLineChecks = std::to_array<Check<SettingsLine>>({
 
 std::optional<Clue> SectionHeading(const SettingsLine& line) {
   const std::string_view text = Trimmed(line.entry.key.empty() ? line.entry.value : std::string_view());
-  return text.size() > 2 && text.front() == '[' && text.back() == ']' ? std::optional(At(line)) : std::nullopt;
+  return text.size() > 2 && text.front() == '[' && text.back() == ']' ? std::optional(AtAny(line)) : std::nullopt;
 }
 
-std::optional<Clue> KeyGivenTwice(const SettingsLine& line) {
-  if (line.entry.use != LineUse::kReplaced) {
-    return std::nullopt;
-  }
-  Clue clue = At(line, {{"other", std::to_string(line.entry.replaced_by)}});
+Clue GivenAgain(const SettingsLine& line) {
+  Clue clue = AtAny(line, {{"other", std::to_string(line.entry.replaced_by)}});
   clue.may_decide = IsAboutRoot(line);
   return clue;
 }
@@ -141,8 +145,27 @@ std::optional<Clue> KeyGivenTwice(const SettingsLine& line) {
 // What else each line is looked at for.
 constexpr auto kOtherChecks = std::to_array<Check<SettingsLine>>({
     {Finding::kSectionHeading, SectionHeading},
-    {Finding::kKeyGivenTwice, KeyGivenTwice},
 });
+
+// Of keys that are given again the first are enough: a file of a million equal lines has a million of them.
+class RepeatedKeys {
+ public:
+  void LookAt(const SettingsLine& line, Warnings& warnings) {
+    if (line.entry.use != LineUse::kReplaced) {
+      return;
+    }
+    if (++count_ <= kMost) {
+      warnings.push_back(Worded(Finding::kKeyGivenTwice, GivenAgain(line)));
+    } else {
+      ++warnings.left_out;
+    }
+  }
+
+ private:
+  static constexpr std::size_t kMost = 1000;
+
+  std::size_t count_ = 0;
+};
 
 // All that is wrong with one line in one warning, which comes first and is mended at once.
 Warning Together(const Warnings& mistakes, const SettingsLine& line) {
@@ -159,6 +182,7 @@ Warning Together(const Warnings& mistakes, const SettingsLine& line) {
 
 Warnings SettingsNearMisses(const SettingsReport& report) {
   Warnings warnings = SettingsFileNearMisses(report);
+  RepeatedKeys repeated;
   for (const SettingsEntry& entry : report.entries) {
     const SettingsLine line = ReadAsMeant(entry, report);
     Warnings mistakes;
@@ -168,6 +192,7 @@ Warnings SettingsNearMisses(const SettingsReport& report) {
     }
     std::ranges::move(mistakes, std::back_inserter(warnings));
     Apply(kOtherChecks, line, warnings);
+    repeated.LookAt(line, warnings);
   }
   return warnings;
 }

@@ -99,21 +99,22 @@ TEST(TextReport, LongListsAreShortenedButLinesThatMatterStay) {
   Diagnosis diagnosis;
   diagnosis.verdict.outcome = Outcome::kRuns;
   for (std::size_t line = 1; line <= 100; ++line) {
-    diagnosis.settings.entries.push_back({line, "Other", "x", LineUse::kUnused});
+    diagnosis.settings.entries.push_back({line, "Other", "x", line <= 50 ? LineUse::kUnused : LineUse::kReplaced, 101});
   }
   diagnosis.settings.entries.push_back({101, "DotnetRootFolder", "/r", LineUse::kUsed});
   RuntimeReport& runtime = diagnosis.runtime.emplace();
   runtime.versions.resize(41);
   diagnosis.warnings.resize(42, {Finding::kBlankAtEnd, "place", "text", "", "cure"});
+  diagnosis.warnings.left_out = 1000;
 
   const std::string text = TextReport(diagnosis, {false, true});
 
-  EXPECT_EQ(Count(text, "not used  'Other'"), 40U) << text;
+  EXPECT_EQ(Count(text, "'Other'"), 40U) << text;
   EXPECT_NE(text.find("and 60 lines more that are not used"), std::string::npos) << text;
   EXPECT_NE(text.find("'DotnetRootFolder' = '/r'"), std::string::npos);
   EXPECT_NE(text.find("and 1 folders more"), std::string::npos) << text;
   EXPECT_EQ(Count(text, "place: text"), 40U);
-  EXPECT_NE(text.find("and 2 more"), std::string::npos);
+  EXPECT_NE(text.find("and 1002 more"), std::string::npos);
 }
 
 TEST(TextReport, AnOverlongValueIsShortenedAndCounted) {

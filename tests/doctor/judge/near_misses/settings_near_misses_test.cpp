@@ -203,6 +203,23 @@ TEST(SettingsNearMisses, TheFileAsAWholeMayBeTheMistake) {
   EXPECT_EQ(ofOther[0].finding, Finding::kSettingsHaveExtension);
 }
 
+TEST(SettingsNearMisses, OfKeysThatAreGivenAgainTheFirstThousandAreNamedAndNoOtherMistakeIsLost) {
+  const tests::TempFolder folder;
+  std::string lines;
+  for (int line = 1; line <= 1500; ++line) {
+    lines += "DotnetRootFolder=/r\n";
+  }
+  tests::WriteFile(folder / "settings.ini", lines + "DotnetRootFolder=/r \n");
+
+  const Warnings warnings = SettingsNearMisses(ExamineSettings(folder / "settings.ini"));
+
+  ASSERT_EQ(warnings.size(), 1001U);
+  EXPECT_EQ(warnings.left_out, 500U);
+  EXPECT_EQ(warnings[999].finding, Finding::kKeyGivenTwice);
+  EXPECT_EQ(warnings[999].place, "line 1000");
+  EXPECT_EQ(warnings[1000].finding, Finding::kBlankAtEnd);
+}
+
 TEST(SettingsNearMisses, OnlyTheLineThatALaunchDependsOnMayDecide) {
   const tests::TempFolder folder;
   tests::WriteFile(folder / "settings.ini", "LoaderLoggingDir=/l \nDotnetRootFolder=/r \n");
