@@ -15,8 +15,15 @@ struct VariableReport {
   std::optional<std::string> now;    ///< What it holds; empty when it is not set.
 };
 
+/// A variable that the runtime, its host or the dynamic loader obeys.
+struct ObeyedVariable {
+  std::string name;
+  std::string value;
+};
+
 struct EnvironmentReport {
   std::vector<VariableReport> variables;  ///< In the order in which a launch applies them.
+  std::vector<ObeyedVariable> obeyed;     ///< Set, and left alone by a launch; by name.
   std::string log_folder;                 ///< Where the log would go if there were one.
 };
 

@@ -1,7 +1,10 @@
 #include "doctor/judge/diagnosis.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <iterator>
+#include <set>
+#include <sstream>
 #include <system_error>
 
 #include "doctor/judge/near_misses/access.h"
@@ -79,12 +82,37 @@ Warnings NearMisses(const Diagnosis& diagnosis, const Question& question) {
     Append(warnings, RuntimeNearMisses(*diagnosis.runtime));
   }
   Append(warnings, EnvironmentNearMisses(diagnosis.settings));
+  Append(warnings, OpenPathNearMisses(diagnosis.open_paths));
   const bool hasVersion = diagnosis.runtime && diagnosis.runtime->decisive;
   Append(warnings, ApplicationNearMisses(diagnosis.application, hasVersion));
   if (diagnosis.start) {
     Append(warnings, StartNearMisses(*diagnosis.start));
   }
   return warnings;
+}
+
+std::string FolderOf(const std::string& file) {
+  return std::filesystem::path(file).parent_path().string();
+}
+
+// The settings, the library with all beside it, the application, and the frameworks where the host has named them.
+TrustedPaths PathsOf(const Diagnosis& diagnosis) {
+  const std::string application = FolderOf(diagnosis.application.assembly_file.path);
+  TrustedPaths paths{{diagnosis.settings.path}, {application}, {diagnosis.settings.path, application}};
+  if (diagnosis.runtime) {
+    const VersionReport* decisive = diagnosis.runtime->Decisive();
+    const std::string root = ToUtf8(diagnosis.runtime->root);
+    paths.trees.push_back(root);
+    paths.folders.push_back(decisive != nullptr ? FolderOf(ToUtf8(decisive->library)) : root);
+  }
+  const auto& context = diagnosis.application.context;
+  std::istringstream assemblies(context ? context->assemblies : "");
+  std::set<std::string> folders;
+  for (std::string path; std::getline(assemblies, path, ':');) {
+    folders.insert(FolderOf(path));
+  }
+  paths.folders.insert(paths.folders.end(), folders.begin(), folders.end());
+  return paths;
 }
 
 std::string ClosedPath(const Diagnosis& diagnosis) {
@@ -145,6 +173,7 @@ Diagnosis Diagnose(const Question& question) {
   diagnosis.start = StartReportOf(diagnosis, question.patience);
   diagnosis.verdict = Judge({&diagnosis.settings, diagnosis.runtime ? &*diagnosis.runtime : nullptr,
                              &diagnosis.application, diagnosis.start ? &*diagnosis.start : nullptr});
+  diagnosis.open_paths = PathsOpenToOthers(PathsOf(diagnosis));
   diagnosis.warnings = NearMisses(diagnosis, question);
   LookElsewhere(diagnosis, question);
   Explain(diagnosis.verdict, diagnosis.warnings);

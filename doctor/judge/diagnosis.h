@@ -7,6 +7,7 @@
 
 #include "doctor/examine/application_report.h"
 #include "doctor/examine/environment_report.h"
+#include "doctor/examine/open_paths.h"
 #include "doctor/examine/other_roots.h"
 #include "doctor/examine/runtime_report.h"
 #include "doctor/examine/settings_report.h"
@@ -22,7 +23,7 @@ struct Question {
   std::optional<std::string> root;  ///< A root that takes the place of the one in the settings.
   bool probe = true;                ///< Whether libraries are loaded and a context is created.
   Patience patience = {};           ///< With each child process.
-  InstallPlaces places = {};  ///< Where else a runtime is looked for when there is none.
+  InstallPlaces places = {};        ///< Where else a runtime is looked for when there is none.
 };
 
 struct Diagnosis {
@@ -34,6 +35,7 @@ struct Diagnosis {
   EnvironmentReport environment;
   ApplicationReport application;
   std::optional<StartReport> start;  ///< Empty when there was no context to start the runtime for.
+  std::vector<OpenPath> open_paths;  ///< What others may change of what a launch reads and loads.
   std::string closed_to_others;  ///< A path that a launch uses and that not every user may; empty when there is none.
 };
 

@@ -61,6 +61,11 @@ constexpr auto kAbout = std::to_array<About>({
     {Finding::kOtherMachine,
      "The download for ARM or for 32 bits was taken, or files were copied from another machine."},
     {Finding::kOtherRuntime, "The .NET of the system was updated, or only the newest one was installed."},
+    {Finding::kTwoFeeds,
+     "The distribution and Microsoft both have packages of .NET, and installing from both mixes them. One feed is "
+     "enough."},
+    {Finding::kRuntimeElsewhere, "Packages, the install script and snaps put .NET into different folders."},
+    {Finding::kOwnedByAnother, "It was copied or unpacked by an ordinary user, who owns it since then."},
     {Finding::kMissingFramework, "The host is there without the framework, often since two packages have parted them."},
     {Finding::kRuntimeFileBroken, "A full disk, a broken download or a copy that ended early leaves such a runtime."},
 });
@@ -77,14 +82,18 @@ constexpr auto kPlaceholders = std::to_array<Placeholder>({
     {"did", "crashes, ends or throws an exception"},
     {"file", "FILE"},
     {"found", "NAME"},
+    {"flags", ""},
     {"list", "The report lists them"},
+    {"more", ""},
     {"place", "PATH"},
+    {"problem", "the runtime root holds no runtime that can be used"},
     {"reason", "the system's reason"},
     {"result", ""},
     {"setting", "path"},
     {"state", "is missing or broken"},
     {"which", "none of the .NET 6.0 runtimes can"},
     {"who", "[ugo]"},
+    {"would", "would do"},
     {"words", "shorter than its headers say"},
 });
 

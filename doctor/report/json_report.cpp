@@ -9,6 +9,7 @@
 #include "doctor/judge/words/names.h"
 #include "doctor/judge/words/status_names.h"
 #include "doctor/judge/words/text.h"
+#include "doctor/judge/words/variable_words.h"
 #include "doctor/judge/words/version_reasons.h"
 #include "doctor/version.h"
 
@@ -80,6 +81,16 @@ json ToJson(const VariableReport& variable) {
           {"action", variable.value ? "set" : "remove"},
           {"value", OrNull(variable.value)},
           {"now", OrNull(variable.now)}};
+}
+
+json ToJson(const ObeyedVariable& variable) {
+  return {{"name", variable.name},
+          {"value", IsKnownVariable(variable.name) ? json(variable.value) : json()},
+          {"does", VariableWords(variable.name)}};
+}
+
+json ToJson(const OpenPath& path) {
+  return {{"path", path.path}, {"right", RowOf(kChangeRights, path.right).code}, {"who", OrNull(path.who)}};
 }
 
 json ToJson(const FileReport& file) {
@@ -208,20 +219,22 @@ void AddInexact(const json& value, const json::json_pointer& place, json& list) 
 }  // namespace
 
 std::string JsonReport(const Diagnosis& diagnosis, const Head& head) {
-  json report = {
-      {"schema", kJsonSchema},
-      {"doctor", {{"name", "grellin_doctor"}, {"version", kVersion}}},
-      {"asked", ToJson(head.asked)},
-      {"machine", ToJson(head.machine)},
-      {"verdict", ToJson(diagnosis.verdict)},
-      {"warnings", ToArray(diagnosis.warnings)},
-      {"settings", ToJson(diagnosis.settings)},
-      {"runtime", diagnosis.runtime ? ToJson(*diagnosis.runtime) : json()},
-      {"other_roots", ToArray(diagnosis.other_roots)},
-      {"environment",
-       {{"log_folder", diagnosis.environment.log_folder}, {"variables", ToArray(diagnosis.environment.variables)}}},
-      {"application", ToJson(diagnosis.application)},
-      {"start", diagnosis.start ? ToJson(*diagnosis.start) : json()}};
+  json report = {{"schema", kJsonSchema},
+                 {"doctor", {{"name", "grellin_doctor"}, {"version", kVersion}}},
+                 {"asked", ToJson(head.asked)},
+                 {"machine", ToJson(head.machine)},
+                 {"verdict", ToJson(diagnosis.verdict)},
+                 {"warnings", ToArray(diagnosis.warnings)},
+                 {"settings", ToJson(diagnosis.settings)},
+                 {"runtime", diagnosis.runtime ? ToJson(*diagnosis.runtime) : json()},
+                 {"other_roots", ToArray(diagnosis.other_roots)},
+                 {"environment",
+                  {{"log_folder", diagnosis.environment.log_folder},
+                   {"variables", ToArray(diagnosis.environment.variables)},
+                   {"obeyed", ToArray(diagnosis.environment.obeyed)}}},
+                 {"open_paths", ToArray(diagnosis.open_paths)},
+                 {"application", ToJson(diagnosis.application)},
+                 {"start", diagnosis.start ? ToJson(*diagnosis.start) : json()}};
   json inexact = json::array();
   AddInexact(report, json::json_pointer(), inexact);
   report["inexact"] = std::move(inexact);

@@ -8,6 +8,7 @@
 #include "doctor/judge/words/names.h"
 #include "doctor/judge/words/status_names.h"
 #include "doctor/judge/words/text.h"
+#include "doctor/judge/words/variable_words.h"
 #include "doctor/judge/words/version_reasons.h"
 #include "doctor/report/opening.h"
 #include "doctor/report/page.h"
@@ -204,6 +205,17 @@ void PutEnvironment(Page& page, const EnvironmentReport& environment) {
                      variable.now ? Paint::kPlain : Paint::kFaint}});
   }
   page.Table(rows, kIndent);
+  if (environment.obeyed.empty()) {
+    return;
+  }
+  page.Paragraph("set by others, and obeyed:", kIndent);
+  Rows obeyed;
+  for (const ObeyedVariable& variable : environment.obeyed) {
+    obeyed.push_back({{Printable(variable.name)},
+                      {IsKnownVariable(variable.name) ? Shortened(variable.value) : "(not shown)"},
+                      {std::string(VariableWords(variable.name))}});
+  }
+  page.Table(obeyed, kIndent);
 }
 
 Cell FileCell(const FileReport& file, bool isNeeded) {

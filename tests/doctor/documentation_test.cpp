@@ -70,6 +70,7 @@ TEST(Manual, HoldsEveryNameWithItsMeaningAndNoOther) {
   EXPECT_EQ(Documented("### `standing`"), NamesOf(kStandings));
   EXPECT_EQ(Documented("### `reason`"), NamesOf(kVersionReasons));
   EXPECT_EQ(Documented("### `other_roots[].state`"), NamesOf(kRootStates));
+  EXPECT_EQ(Documented("### `right`"), NamesOf(kChangeRights));
   EXPECT_EQ(Documented("### `state`"), NamesOf(kFileStates));
   EXPECT_EQ(Documented("### `roll_forward`"), NamesOf(kRollForwards));
   EXPECT_EQ(Documented("### `need`"), NamesOf(kNeeds));
@@ -115,6 +116,8 @@ std::set<std::string> MembersOfTheJson() {
   diagnosis.runtime.emplace().versions.emplace_back();
   diagnosis.other_roots.emplace_back();
   diagnosis.environment.variables.emplace_back();
+  diagnosis.environment.obeyed.emplace_back();
+  diagnosis.open_paths.emplace_back();
   diagnosis.application.frameworks.emplace_back();
   diagnosis.application.context.emplace();
   diagnosis.start.emplace().broken.emplace_back();
@@ -217,6 +220,7 @@ TEST(Schema, PermitsEveryCodeOfTheTablesAndNoOther) {
       {"`runtime.versions[].reason`", CodesOf(kVersionReasons)},
       {"`environment.variables[].action`", {"set", "remove"}},
       {"`other_roots[].state`", CodesOf(kRootStates)},
+      {"`open_paths[].right`", CodesOf(kChangeRights)},
       {"`application.assembly.state`", CodesOf(kFileStates)},
       {"`application.runtime_config.state`", CodesOf(kFileStates)},
       {"`application.dependencies.state`", CodesOf(kFileStates)},

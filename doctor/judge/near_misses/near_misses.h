@@ -2,6 +2,7 @@
 #pragma once
 
 #include "doctor/examine/application_report.h"
+#include "doctor/examine/open_paths.h"
 #include "doctor/examine/runtime_report.h"
 #include "doctor/examine/settings_report.h"
 #include "doctor/examine/start_report.h"
@@ -24,6 +25,9 @@ Warnings VersionNearMisses(const RuntimeReport& report);
 
 /// A TMP that is set but empty.
 Warnings EnvironmentNearMisses(const SettingsReport& settings);
+
+/// What users other than root and the one that launches may change.
+Warnings OpenPathNearMisses(const std::vector<OpenPath>& open);
 
 /// A missing assembly, a configuration that the host cannot use; where the root holds a version at all, what is wrong
 /// with the frameworks.

@@ -3,6 +3,7 @@
 
 #include "doctor/child/child.h"
 #include "doctor/examine/application_report.h"
+#include "doctor/examine/open_paths.h"
 #include "doctor/examine/other_roots.h"
 #include "doctor/examine/runtime_report.h"
 #include "doctor/examine/settings_report.h"
@@ -58,6 +59,13 @@ inline constexpr auto kRootStates = std::to_array<Named<RootState>>({
     {RootState::kServes, "serves", "a launch would run with it, as far as was tried"},
 });
 static_assert(IsComplete(kRootStates, RootState::kServes));
+
+inline constexpr auto kChangeRights = std::to_array<Named<ChangeRight>>({
+    {ChangeRight::kOwner, "owner", "it belongs to another user"},
+    {ChangeRight::kGroup, "group", "its group may write it"},
+    {ChangeRight::kEverybody, "everybody", "every user may write it"},
+});
+static_assert(IsComplete(kChangeRights, ChangeRight::kEverybody));
 
 inline constexpr auto kFileStates = std::to_array<Named<FileState>>({
     {FileState::kPresent, "present", "it is there and can be read"},

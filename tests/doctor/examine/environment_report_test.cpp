@@ -35,6 +35,23 @@ TEST(EnvironmentReport, ReportsWhatALaunchSetsAndRemovesAndWhatIsThereNow) {
   EXPECT_EQ(tests::Variable("DOTNET_MULTILEVEL_LOOKUP"), "1") << "only looked at";
 }
 
+TEST(EnvironmentReport, ListsWhatElseIsObeyedByName) {
+  ScopedEnvironment environment;
+  environment.Set("LD_DOCTOR_TEST", "1=2").Set("COMPlus_DoctorTest", "").Set("DOTNET_GCName", "x").Set("OTHER", "y");
+
+  std::string names;
+  for (const ObeyedVariable& variable : ExamineEnvironment({}).obeyed) {
+    names += variable.name + "=" + variable.value + ";";
+  }
+
+  const auto first = names.find("COMPlus_DoctorTest=;");
+  const auto second = names.find("LD_DOCTOR_TEST=1=2;");
+  EXPECT_LT(first, second) << names;
+  EXPECT_NE(second, std::string::npos) << names;
+  EXPECT_EQ(names.find("DOTNET_GCName"), std::string::npos) << names;
+  EXPECT_EQ(names.find("OTHER"), std::string::npos) << names;
+}
+
 TEST(EnvironmentReport, TheLogFolderIsThatOfALaunch) {
   SettingsReport settings;
   settings.taken_log_folder = u"/log";

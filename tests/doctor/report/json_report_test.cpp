@@ -69,9 +69,9 @@ TEST(JsonReport, NamesStayInTheirOrder) {
     names.push_back(name);
   }
 
-  EXPECT_EQ(names,
-            (std::vector<std::string>{"schema", "doctor", "asked", "machine", "verdict", "warnings", "settings",
-                                      "runtime", "other_roots", "environment", "application", "start", "inexact"}));
+  EXPECT_EQ(names, (std::vector<std::string>{"schema", "doctor", "asked", "machine", "verdict", "warnings", "settings",
+                                             "runtime", "other_roots", "environment", "open_paths", "application",
+                                             "start", "inexact"}));
 }
 
 TEST(JsonReport, TheVerdictsNumbersAreThereWhereTheyMeanSomething) {
@@ -184,7 +184,7 @@ TEST(JsonReport, IsUtf8WhateverTheBytes) {
   version.name = version.words = bytes;
   version.reason = VersionReason::kLoadFailed;
   runtime.decisive = 0;
-  diagnosis.environment = {{{bytes, bytes, bytes}}, bytes};
+  diagnosis.environment = {{{bytes, bytes, bytes}}, {{bytes, bytes}}, bytes};
   diagnosis.application.assembly_file = {bytes, FileState::kUnreadable};
   diagnosis.application.frameworks = {{bytes, bytes, RollForward::kMinor, bytes, false, {bytes}, bytes, bytes}};
   ContextProbe& context = diagnosis.application.context.emplace();

@@ -141,7 +141,7 @@ TEST(TextReport, FitsThePageAndHoldsNoControlsWhateverTheBytes) {
   VersionReport& version = runtime.versions.emplace_back();
   version.name = version.words = bytes;
   version.reason = VersionReason::kLoadFailed;
-  diagnosis.environment = {{{"A", "0", bytes}}, bytes};
+  diagnosis.environment = {{{"A", "0", bytes}}, {{bytes, bytes}}, bytes};
   diagnosis.application.assembly_file = {bytes, FileState::kUnreadable};
   diagnosis.application.frameworks = {{bytes, bytes, RollForward::kMinor, bytes, false, {bytes}, bytes, bytes}};
   diagnosis.application.context.emplace().host_text = bytes;

@@ -1,0 +1,47 @@
+#include <gtest/gtest.h>
+
+#include "doctor/judge/near_misses/near_misses.h"
+
+namespace doctor {
+namespace {
+
+// "text -> cure", one line each.
+std::string Story(const std::vector<OpenPath>& open) {
+  std::string story;
+  for (const Warning& warning : OpenPathNearMisses(open)) {
+    story += warning.text + " -> " + warning.cure + "\n";
+    EXPECT_FALSE(warning.may_decide);
+  }
+  return story;
+}
+
+TEST(OpenPathNearMisses, SayWhoMayChangeWhatAndHowItIsClosed) {
+  EXPECT_EQ(Story({{"/a b", ChangeRight::kOwner, "quor"},
+                   {"/c", ChangeRight::kGroup, "staff"},
+                   {"/d", ChangeRight::kEverybody}}),
+            "/a b belongs to quor -> chown root '/a b'\n"
+            "the group staff may change /c -> chmod g-w /c\n"
+            "everybody may change /d -> chmod o-w /d\n");
+}
+
+TEST(OpenPathNearMisses, NameATreeThatIsOpenInOneWayOnce) {
+  EXPECT_EQ(Story({{"/n", ChangeRight::kOwner, "quor", true},
+                   {"/n", ChangeRight::kEverybody, "", true},
+                   {"/n/host", ChangeRight::kOwner, "quor", true},
+                   {"/n/host/x", ChangeRight::kOwner, "quor", true},
+                   {"/n/other", ChangeRight::kOwner, "else", true},
+                   {"/nn", ChangeRight::kOwner, "quor", true}}),
+            "/n belongs to quor, and 2 more in it -> chown -R root /n\n"
+            "everybody may change /n -> chmod o-w /n\n"
+            "/n/other belongs to else -> chown root /n/other\n"
+            "/nn belongs to quor -> chown root /nn\n");
+}
+
+TEST(OpenPathNearMisses, ChangeNothingBelowAFolderThatIsOnlyOnTheWay) {
+  EXPECT_EQ(Story({{"/home/us", ChangeRight::kOwner, "us", false}, {"/home/us/net", ChangeRight::kOwner, "us", true}}),
+            "/home/us belongs to us -> chown root /home/us\n"
+            "/home/us/net belongs to us -> chown root /home/us/net\n");
+}
+
+}  // namespace
+}  // namespace doctor
