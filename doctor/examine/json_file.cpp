@@ -75,22 +75,21 @@ std::string WithoutForeignBytes(std::string_view bytes) {
   return text;
 }
 
-// Has the parser keep the first of several members of one name.
+// Has the parser keep the first of several members of one name. Objects are told apart by their depth: the end of one
+// that is not kept is not an event.
 class FirstOfEqualNames {
  public:
-  bool operator()(int /*depth*/, json::parse_event_t event, json& parsed) {
+  bool operator()(int depth, json::parse_event_t event, json& parsed) {
+    const auto level = static_cast<std::size_t>(depth);
     if (event == json::parse_event_t::object_start) {
+      names_.resize(level + 1);  // What stood deeper is over.
       names_.emplace_back();
-    } else if (event == json::parse_event_t::object_end) {
-      names_.pop_back();
-    } else if (event == json::parse_event_t::key) {
-      return names_.back().insert(parsed.get<std::string>()).second;
     }
-    return true;
+    return event != json::parse_event_t::key || names_.at(level).insert(parsed.get<std::string>()).second;
   }
 
  private:
-  std::vector<std::set<std::string>> names_;
+  std::vector<std::set<std::string>> names_;  // Of the object at each depth, which its members are one below.
 };
 
 json Parsed(std::string_view text, FileReport& file) {

@@ -32,6 +32,14 @@ TEST(JsonFile, WhatTheHostTakesIsTaken) {
   }
 }
 
+TEST(JsonFile, OfEqualNamesTheFirstCountsWhateverTheOthersHold) {
+  for (const char* text :
+       {R"({"a": 1, "a": {}, "a": 2})", R"({"a": 1, "b": 0, "b": {"c": {}}, "a": 2})",
+        R"({"b": [[{}]], "a": 1, "b": {"a": 3}, "a": 2})", R"({"b": {"a": 5}, "a": 1, "b": [{"a": 6}, {}], "a": 2})"}) {
+    EXPECT_EQ(ReadBack(text).object.value("a", 0), 1) << text;
+  }
+}
+
 TEST(JsonFile, TheLineThatIsNotJsonIsNamed) {
   struct Row {
     const char* text;
