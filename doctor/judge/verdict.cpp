@@ -1,5 +1,7 @@
 #include "doctor/judge/verdict.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -97,11 +99,17 @@ Clue AtSettings(const SettingsReport& settings, Values values = {}) {
   return clue;
 }
 
+// Rights can be given; what else keeps a file from being read, such as a broken disk, is told by the kernel.
+std::string CommandToRead(const std::string& file) {
+  return MayUse(file, R_OK) ? "write the file again, and see what the kernel says of its disk (dmesg)"
+                            : "chmod " + RightsThatCount(file) + "+r " + ShellWord(file);
+}
+
 Verdict CannotOpen(const SettingsReport& settings) {
   std::error_code ignored;
   const bool isThere = fs::exists(settings.path, ignored) || ignored;
   return Aborts(Stop::kSettings, isThere ? Finding::kSettingsUnreadable : Finding::kSettingsMissing,
-                AtSettings(settings, {{"reason", settings.reason}, {"who", RightsThatCount(settings.path)}}),
+                AtSettings(settings, {{"reason", settings.reason}, {"command", CommandToRead(settings.path)}}),
                 settings.failure);
 }
 
@@ -236,6 +244,14 @@ Verdict Runs(const RuntimeReport& runtime, Tried tried) {
   return verdict;
 }
 
+// What is known of the library that was passed over tells better what to do.
+void TakeCureOfPlace(Warning& cause, const Warnings& warnings) {
+  const auto same = std::ranges::find(warnings, cause.place, &Warning::place);
+  if (same != warnings.end()) {
+    cause.cure = same->cure;
+  }
+}
+
 }  // namespace
 
 Verdict Judge(const Evidence& evidence) {
@@ -264,6 +280,8 @@ void Explain(Verdict& verdict, Warnings& warnings) {
   }
   if (const auto first = std::ranges::find_if(warnings, &Warning::decides); first != warnings.end()) {
     verdict.cause = *first;
+  } else if (verdict.cause.finding == Finding::kOlderRuntime && verdict.HasCause()) {
+    TakeCureOfPlace(verdict.cause, warnings);
   }
 }
 

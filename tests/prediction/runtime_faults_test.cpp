@@ -84,7 +84,7 @@ TEST(RuntimeFaults, AFolderThatIsNotAsItShouldBeIsNamed) {
          fs::remove_all(world.runtime.FxrFolder());
          fs::create_symlink("nowhere", world.runtime.FxrFolder());
        },
-       "status-255", "folder-is-link", "/host/fxr is a symbolic link", "", "the cure copies what is not there"},
+       "status-255", "link-to-nowhere", "/host/fxr is a symbolic link that leads nowhere", "install"},
       {"an empty fxr folder", [](KnownWorld& world) { fs::remove_all(Version(world)); }, "status-255", "no-version",
        "no .NET 6.0 runtime is installed under", "install the .NET 6.0 runtime"},
       {"an empty version folder", [](KnownWorld& world) { fs::remove(Library(world)); }, "status-255", "no-version",
@@ -104,7 +104,7 @@ TEST(RuntimeFaults, AFolderThatIsNotAsItShouldBeIsNamed) {
          fs::remove(Library(world));
          fs::create_symlink("nowhere", Library(world));
        },
-       "status-255", "library-is-link", "libhostfxr.so is a symbolic link", "", "the cure copies what is not there"},
+       "status-255", "link-to-nowhere", "libhostfxr.so is a symbolic link that leads nowhere", "install"},
       {"a folder for the library",
        [](KnownWorld& world) {
          fs::remove(Library(world));
@@ -288,13 +288,13 @@ TEST(RuntimeFaults, AnOnlyLibraryThatDoesNotLoadIsNamed) {
       {"a symbol that nobody has", [](KnownWorld& world) { world.runtime.AddHost(kVersion, kUnresolved); },
        "status-255", "no-version-loads", kOnly, kAgain},
       {"a library that it needs is not there",
-       [](KnownWorld& world) { PutWith(world, "libstdc++.so.6", "libstdx++.so.6"); }, "status-255", "no-version-loads",
-       kOnly, "", "installing again changes nothing"},
+       [](KnownWorld& world) { PutWith(world, "libstdc++.so.6", "libstdx++.so.6"); }, "status-255", "needed-library",
+       "needs libstdx++.so.6, which this system does not have", "install the package"},
       {"a version that the C library does not have",
-       [](KnownWorld& world) { PutWith(world, "GLIBC_2.2.5", "GLIBC_9.2.5"); }, "status-255", "no-version-loads", kOnly,
-       "", "installing again changes nothing"},
+       [](KnownWorld& world) { PutWith(world, "GLIBC_2.2.5", "GLIBC_9.2.5"); }, "status-255", "needed-library",
+       "needs GLIBC_9.2.5, which this system does not have", "made for this system"},
       {"the C library of another system", [](KnownWorld& world) { PutWith(world, "libc.so.6", "libm.musl"); },
-       "status-255", "no-version-loads", kOnly, "", "installing again changes nothing"},
+       "status-255", "needed-library", "needs libm.musl, which", "install the package"},
       {"none of two loads",
        [](KnownWorld& world) {
          PutBytes(world, "words");
@@ -332,7 +332,7 @@ TEST(RuntimeFaults, AnOlderVersionThatHelpsOutIsNamed) {
          PutHeader(world, offsetof(Elf64_Ehdr, e_machine), 2, EM_AARCH64);
          world.runtime.AddHost("6.0.5");
        },
-       "runs", "older-runtime", kWith, kAgain},
+       "runs", "older-runtime", kWith, "install the .NET 6.0 runtime for Linux x64"},
       {"a library that lacks a function",
        [](KnownWorld& world) { world.runtime.AddHost(kVersion, kLacksClose).AddHost("6.0.5"); }, "runs",
        "older-runtime", kWith, kAgain},
@@ -341,7 +341,7 @@ TEST(RuntimeFaults, AnOlderVersionThatHelpsOutIsNamed) {
          PutWith(world, "libstdc++.so.6", "libstdx++.so.6");
          world.runtime.AddHost("6.0.5");
        },
-       "runs", "older-runtime", kWith, "", "installing again changes nothing"},
+       "runs", "older-runtime", kWith, "install the package"},
       {"two that do not load",
        [](KnownWorld& world) {
          PutBytes(world, "");

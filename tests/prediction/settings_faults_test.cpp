@@ -88,7 +88,7 @@ TEST(SettingsFaults, SeveralMistakesInOneLineAreMendedTogether) {
       {"quotes and a carriage return", "DotnetRootFolder=\"@\"\r\n", "status-255", "several-mistakes",
        "line 1 of the settings has several mistakes", "sed -i"},
       {"a blank and a carriage return", "DotnetRootFolder=@ \r\n", "status-255", "several-mistakes", "several mistakes",
-       "sed -i", "the cure leaves the blank"},
+       "sed -i"},
       {"blanks on both sides of the equals sign", "DotnetRootFolder = @\n", "status-255", "several-mistakes",
        "several mistakes", "sed -i"},
       {"export and quotes", "export DotnetRootFolder=\"@\"\n", "status-255", "several-mistakes", "several mistakes",
@@ -128,7 +128,7 @@ TEST(SettingsFaults, AFileThatNamesNoRootIsToldSo) {
       {"JSON", "{\n  \"DotnetRootFolder\": \"@\"\n}\n", "status-255", "no-root", "do not name a runtime root",
        "printf"},
       {"the last of two is empty", "DotnetRootFolder=@\nDotnetRootFolder=\n", "status-255", "key-given-twice",
-       "line 2 of the settings sets 'DotnetRootFolder' again", "sed -i '2d'", "the first line is not spoken of"},
+       "line 2 of the settings sets 'DotnetRootFolder' again", "sed -i '2d'"},
   };
   Check(faults);
 }
@@ -213,21 +213,21 @@ TEST(SettingsFaults, WhatStandsInTheFilesPlaceIsNamed) {
       {"nothing", [](KnownWorld&) { fs::remove(kSettingsPath); }, "aborts", "settings-missing",
        "the settings file is missing", "echo DotnetRootFolder="},
       {"not even its folder", [](KnownWorld&) { fs::remove_all(fs::path(kSettingsPath).parent_path()); }, "aborts",
-       "settings-missing", "the settings file is missing", "DotnetRootFolder=", "the cure does not make the folder"},
+       "settings-folder-missing", "the folder of the settings file is missing", "mkdir -p"},
       {"a folder", [](KnownWorld&) { PutInPlace([](const fs::path& file) { fs::create_directory(file); }); },
        "status-255", "settings-are-a-folder", "the settings file is a folder", "rmdir"},
       {"a link to nowhere",
        [](KnownWorld&) { PutInPlace([](const fs::path& file) { fs::create_symlink("nowhere", file); }); }, "aborts",
-       "settings-missing", "the settings file is missing", "DotnetRootFolder="},
+       "settings-link-broken", "a symbolic link that leads nowhere", "rm "},
       {"a link to itself",
        [](KnownWorld&) { PutInPlace([](const fs::path& file) { fs::create_symlink(file, file); }); }, "aborts",
-       "settings-unreadable", "the settings file cannot be read", "", "the cure cures nothing"},
+       "settings-link-broken", "a symbolic link that leads nowhere", "rm "},
       {"a link to nothing but an end",
        [](KnownWorld&) { PutInPlace([](const fs::path& file) { fs::create_symlink("/dev/null", file); }); },
-       "status-255", "no-root", "do not name a runtime root", "", "the cure cures nothing"},
+       "status-255", "settings-not-a-file", "not a regular file", "rm "},
       {"a file that cannot be read",
        [](KnownWorld&) { PutInPlace([](const fs::path& file) { fs::create_symlink("/proc/self/mem", file); }); },
-       "aborts", "settings-unreadable", "the settings file cannot be read", "", "the cure cures nothing"},
+       "aborts", "settings-unreadable", "the settings file cannot be read", "dmesg"},
       {"a socket",
        [](KnownWorld&) {
          PutInPlace([](const fs::path& file) {
@@ -238,7 +238,7 @@ TEST(SettingsFaults, WhatStandsInTheFilesPlaceIsNamed) {
            ::close(descriptor);
          });
        },
-       "aborts", "settings-unreadable", "the settings file cannot be read", "", "the cure cures nothing"},
+       "aborts", "settings-not-a-file", "not a regular file", "rm "},
       {"a pipe",
        [](KnownWorld& world) {
          PutInPlace([](const fs::path& file) { ::mkfifo(file.c_str(), 0644); });
@@ -250,7 +250,7 @@ TEST(SettingsFaults, WhatStandsInTheFilesPlaceIsNamed) {
          fs::remove_all(fs::path(kSettingsPath).parent_path());
          WriteFile(fs::path(kSettingsPath).parent_path(), "words");
        },
-       "aborts", "settings-missing", "the settings file is missing", "", "the cure cures nothing"},
+       "aborts", "settings-folder-not-a-folder", "/var/opt/morvath/quor/common is not a folder", "mv "},
       {"the file with another ending",
        [](KnownWorld&) { fs::rename(kSettingsPath, std::string(kSettingsPath) + ".txt"); }, "aborts",
        "settings-have-an-extension", "were saved as", "mv "},

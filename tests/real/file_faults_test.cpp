@@ -84,7 +84,7 @@ TEST_F(FaultsOnRealDotnet, TheHostsFilesAreNamed) {
       {"libhostfxr.so", {kCut, kHeader}, {"cut-short", "libhostfxr.so is cut short", kRuntimeAgain}},
       {"libhostfxr.so", {kForeign}, {"other-machine", "libhostfxr.so is for another kind of machine", "install"}},
       {"libhostfxr.so", {kOtherFile}, {"no-version-loads", "cannot be loaded", kRuntimeAgain}},
-      {"libhostfxr.so", {kDeadLink}, {"library-is-link", "is a symbolic link", ""}, "the cure copies nothing"},
+      {"libhostfxr.so", {kDeadLink}, {"link-to-nowhere", "is a symbolic link that leads nowhere", "install"}},
       {"libhostfxr.so", {kUnreadable}, {"file-not-read", "this user cannot read", kReadable}},
       {"libhostpolicy.so", {kMissing, kDeadLink}, {"host-policy-broken", "libhostpolicy.so is missing", kRuntimeAgain}},
       {"libhostpolicy.so",

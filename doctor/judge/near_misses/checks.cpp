@@ -1,5 +1,7 @@
 #include "doctor/judge/near_misses/checks.h"
 
+#include <filesystem>
+
 #include "doctor/judge/words/text.h"
 #include "netloader/netloaderhostfxr/src/string_token.h"
 
@@ -13,6 +15,15 @@ Clue AtPath(const std::string& path, Values values) {
 std::optional<Clue> AtStringToken(const std::string& path) {
   const std::string token(netloader::FindStringToken(path));
   return token.empty() ? std::nullopt : std::optional(AtPath(path, {{"token", Printable(token)}}));
+}
+
+std::optional<Clue> AtLinkToNowhere(const std::string& link) {
+  std::error_code error;
+  const std::filesystem::path target = std::filesystem::read_symlink(link, error);
+  if (error || std::filesystem::exists(link, error)) {
+    return std::nullopt;
+  }
+  return AtPath(link, {{"target", Printable(target.string())}});
 }
 
 Warning Worded(Finding finding, const Clue& clue) {

@@ -31,6 +31,9 @@ Clue AtPath(const std::string& path, Values values = {});
 /// The clue to a word in a path that the dynamic loader replaces, with `{token}`; none when there is none.
 std::optional<Clue> AtStringToken(const std::string& path);
 
+/// The clue to a symbolic link that leads nowhere, with `{target}`; none when it leads somewhere, or is none.
+std::optional<Clue> AtLinkToNowhere(const std::string& link);
+
 /// The finding's message about what was found.
 Warning Worded(Finding finding, const Clue& clue);
 

@@ -1,3 +1,5 @@
+#include <sys/resource.h>
+
 #include <cstdlib>
 
 #include "doctor/judge/near_misses/checks.h"
@@ -15,8 +17,19 @@ std::optional<Clue> TmpEmpty(const SettingsReport& settings) {
   return !settings.names_log_folder && IsSetButEmpty("TMP") ? std::optional(Clue{"TMP"}) : std::nullopt;
 }
 
+// A launch needs a few at once, and fails in one step or another without them.
+std::optional<Clue> TooFewFiles(const SettingsReport& /*settings*/) {
+  constexpr rlim_t kNeeded = 8;
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur >= kNeeded) {
+    return std::nullopt;
+  }
+  return Clue{"", {{"limit", std::to_string(limit.rlim_cur)}}};
+}
+
 // What the environment is looked at for, beside the settings.
 constexpr auto kEnvironmentChecks = std::to_array<Check<SettingsReport>>({
+    {Finding::kTooFewFiles, TooFewFiles},
     {Finding::kTmpEmpty, TmpEmpty},
 });
 

@@ -1,8 +1,11 @@
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <iterator>
 #include <set>
@@ -35,8 +38,7 @@ std::optional<Clue> Link(bool isSo, const fs::path& link) {
   }
   std::error_code error;
   const fs::path target = fs::canonical(link, error);
-  return AtPath(link.string(),
-                {{"target_word", ShellWord(error ? fs::read_symlink(link, error).string() : target.string())}});
+  return error ? std::nullopt : std::optional(AtPath(link.string(), {{"target_word", ShellWord(target.string())}}));
 }
 
 std::optional<Clue> RelativeRoot(const RuntimeReport& runtime) {
@@ -70,6 +72,10 @@ std::optional<Clue> FxrFolderIsLink(const RuntimeReport& runtime) {
   return Link(runtime.discovery.state == FxrFolderState::kIsLink, FxrFolder(runtime));
 }
 
+std::optional<Clue> FxrFolderLeadsNowhere(const RuntimeReport& runtime) {
+  return runtime.discovery.state == FxrFolderState::kIsLink ? AtLinkToNowhere(FxrFolder(runtime)) : std::nullopt;
+}
+
 std::optional<Clue> FxrFolderNotEntered(const RuntimeReport& runtime) {
   // One that may be listed but not entered is walked, and everything in it seems to lack what it holds.
   const bool isClosed = runtime.discovery.state == FxrFolderState::kUnreadable ||
@@ -85,13 +91,21 @@ std::optional<Clue> FolderAboveNotEntered(const RuntimeReport& runtime) {
   return ClosedFolderAbove(FxrFolder(runtime));
 }
 
+// What tells mounts apart: the same file system may be mounted in several places, each with its own flags. Kernels
+// before 5.8 have no number for it.
+std::uint64_t MountNumber(const fs::path& folder) {
+  struct statx status {};
+  if (::statx(AT_FDCWD, folder.c_str(), 0, STATX_MNT_ID, &status) != 0) {
+    return 0;
+  }
+  return (status.stx_mask & STATX_MNT_ID) != 0 ? status.stx_mnt_id
+                                               : ::makedev(status.stx_dev_major, status.stx_dev_minor);
+}
+
 // The folder where the file system of a folder is mounted.
 std::string MountOf(fs::path folder) {
-  struct stat here {};
-  struct stat above {};
-  ::stat(folder.c_str(), &here);
-  while (folder != folder.root_path() && ::stat(folder.parent_path().c_str(), &above) == 0 &&
-         above.st_dev == here.st_dev) {
+  const std::uint64_t number = MountNumber(folder);
+  while (folder != folder.root_path() && MountNumber(folder.parent_path()) == number) {
     folder = folder.parent_path();
   }
   return folder.string();
@@ -114,6 +128,7 @@ constexpr auto kRootChecks = std::to_array<Check<RuntimeReport>>({
     {Finding::kRootIsFxr, RootIsFxr},
     {Finding::kStringTokenInPath, TokenInRoot},
     {Finding::kFolderIsLink, FxrFolderIsLink},
+    {Finding::kLinkToNowhere, FxrFolderLeadsNowhere},
     {Finding::kFolderNotEntered, FxrFolderNotEntered},
     {Finding::kFolderNotEntered, FolderAboveNotEntered},
     {Finding::kNoexec, Noexec},

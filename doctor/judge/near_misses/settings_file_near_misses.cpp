@@ -1,3 +1,6 @@
+#include <unistd.h>
+
+#include <cerrno>
 #include <filesystem>
 #include <string_view>
 
@@ -18,6 +21,48 @@ Clue AtFile(const SettingsReport& settings, Values values = {}) {
 
 std::optional<Clue> FolderNotEntered(const SettingsReport& settings) {
   return settings.IsReadable() ? std::nullopt : ClosedFolderAbove(settings.path);
+}
+
+// With the words for the folder that the file belongs into.
+Clue AtFolder(const SettingsReport& settings) {
+  const std::string folder = fs::path(settings.path).parent_path();
+  return AtFile(
+      settings,
+      {{"folder", Printable(folder)}, {"folder_word", ShellWord(folder)}, {"old_word", ShellWord(folder + ".old")}});
+}
+
+fs::file_type TypeOf(const fs::path& path) {
+  std::error_code ignored;
+  return fs::status(path, ignored).type();
+}
+
+std::optional<Clue> FolderMissing(const SettingsReport& settings) {
+  const bool isMissing = TypeOf(fs::path(settings.path).parent_path()) == fs::file_type::not_found;
+  return isMissing ? std::optional(AtFolder(settings)) : std::nullopt;
+}
+
+std::optional<Clue> FolderIsNone(const SettingsReport& settings) {
+  const fs::file_type type = TypeOf(fs::path(settings.path).parent_path());
+  const bool isOther =
+      fs::status_known(fs::file_status(type)) && type != fs::file_type::not_found && type != fs::file_type::directory;
+  return isOther ? std::optional(AtFolder(settings)) : std::nullopt;
+}
+
+std::optional<Clue> LinkBroken(const SettingsReport& settings) {
+  std::error_code error;
+  const fs::path target = fs::read_symlink(settings.path, error);
+  if (error || ::access(settings.path.c_str(), F_OK) == 0 || (errno != ENOENT && errno != ELOOP && errno != ENOTDIR)) {
+    return std::nullopt;
+  }
+  return AtFile(settings, {{"target", Printable(target.string())}});
+}
+
+// Folders and pipes have findings of their own.
+std::optional<Clue> AreNoFile(const SettingsReport& settings) {
+  const fs::file_type type = TypeOf(settings.path);
+  const bool isOther =
+      type == fs::file_type::block || type == fs::file_type::character || type == fs::file_type::socket;
+  return isOther ? std::optional(AtFile(settings)) : std::nullopt;
 }
 
 std::optional<Clue> AreFolder(const SettingsReport& settings) {
@@ -57,6 +102,10 @@ std::optional<Clue> AreUtf16(const SettingsReport& settings) {
 // What the settings file as a whole is looked at for.
 constexpr auto kFileChecks = std::to_array<Check<SettingsReport>>({
     {Finding::kFolderNotEntered, FolderNotEntered},
+    {Finding::kSettingsFolderMissing, FolderMissing},
+    {Finding::kSettingsFolderNoFolder, FolderIsNone},
+    {Finding::kSettingsLinkBroken, LinkBroken},
+    {Finding::kSettingsNotAFile, AreNoFile},
     {Finding::kSettingsAreFolder, AreFolder},
     {Finding::kSettingsHaveExtension, HaveExtension},
     {Finding::kSettingsAreUtf16, AreUtf16},

@@ -83,7 +83,10 @@ std::optional<Clue> CarriageReturnAtEnd(const SettingsLine& line) {
 }
 
 std::optional<Clue> BlankAtEnd(const SettingsLine& line) {
-  return AboutValue(line, [](std::string_view value) { return value.back() != '\r' && IsBlank(value.back()); });
+  return AboutValue(line, [](std::string_view value) {
+    const auto last = value.find_last_not_of('\r');
+    return last != std::string_view::npos && IsBlank(value[last]);
+  });
 }
 
 std::optional<Clue> BlankAtStart(const SettingsLine& line) {
@@ -138,7 +141,7 @@ std::optional<Clue> SectionHeading(const SettingsLine& line) {
 
 Clue GivenAgain(const SettingsLine& line) {
   Clue clue = AtAny(line, {{"other", std::to_string(line.entry.replaced_by)}});
-  clue.may_decide = IsAboutRoot(line);
+  clue.may_decide = IsAboutRoot(line) && !line.value.empty();
   return clue;
 }
 

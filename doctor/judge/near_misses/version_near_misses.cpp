@@ -33,10 +33,45 @@ std::optional<Clue> AboutLibrary(const VersionReport& version, bool isSo, Values
 }
 
 std::optional<Clue> LibraryIsLink(const VersionReport& version) {
-  std::error_code ignored;
-  const fs::path target = fs::canonical(ToUtf8(version.library), ignored);
-  return AboutLibrary(version, version.reason == VersionReason::kLibraryIsLink,
+  std::error_code error;
+  const fs::path target = fs::canonical(ToUtf8(version.library), error);
+  return AboutLibrary(version, version.reason == VersionReason::kLibraryIsLink && !error,
                       {{"target_word", ShellWord(target.string())}});
+}
+
+std::optional<Clue> LibraryLeadsNowhere(const VersionReport& version) {
+  return version.reason == VersionReason::kLibraryIsLink ? AtLinkToNowhere(ToUtf8(version.library)) : std::nullopt;
+}
+
+// What the dynamic loader did not find, taken from its words: a library by its plain name, or a version of one.
+struct Needed {
+  std::string what;
+  std::string advice;
+};
+
+std::optional<Needed> NeededBy(std::string_view words) {
+  constexpr std::string_view kNoFile = ": cannot open shared object file: No such file or directory";
+  constexpr std::string_view kVersion = "version `";
+  if (words.ends_with(kNoFile) && words.find('/') == std::string_view::npos) {
+    const std::string name(words.substr(0, words.size() - kNoFile.size()));
+    return Needed{name, "install the package of this system that has " + name};
+  }
+  const auto begin = words.find(kVersion);
+  const auto end = words.find("' not found", begin);
+  if (begin == std::string_view::npos || end == std::string_view::npos) {
+    return std::nullopt;
+  }
+  const std::string name(words.substr(begin + kVersion.size(), end - begin - kVersion.size()));
+  return Needed{name, "install a .NET runtime that is made for this system, or a newer system"};
+}
+
+std::optional<Clue> NeededLibrary(const VersionReport& version) {
+  const auto needed = version.reason == VersionReason::kLoadFailed ? NeededBy(version.words) : std::nullopt;
+  return needed ? AboutLibrary(version, true,
+                               {{"needed", Printable(needed->what)},
+                                {"words", Printable(version.words)},
+                                {"advice", Printable(needed->advice)}})
+                : std::nullopt;
 }
 
 // The root's is reported once, for all versions.
@@ -104,6 +139,8 @@ constexpr auto kVersionsChecks = std::to_array<Check<RuntimeReport>>({
 // What each version folder's library is looked at for.
 constexpr auto kLibraryChecks = std::to_array<Check<VersionReport>>({
     {Finding::kLibraryIsLink, LibraryIsLink},
+    {Finding::kLinkToNowhere, LibraryLeadsNowhere},
+    {Finding::kNeededLibrary, NeededLibrary},
     {Finding::kStringTokenInPath, TokenInName},
     {Finding::kFileNotRead, FileNotRead},
     {Finding::kOtherMachine, OtherMachine},
