@@ -42,8 +42,13 @@ std::string CommandFor(const std::string& root, const SettingsReport& settings) 
   const bool isNamed = std::ranges::any_of(
       settings.entries, [&](const SettingsEntry& entry) { return entry.use == LineUse::kUsed && entry.key == key; });
   const std::string file = ShellWord(settings.path);
+  const std::filesystem::path folder = std::filesystem::path(settings.path).parent_path();
+  std::error_code ignored;
+  const std::string make = folder.empty() || std::filesystem::exists(folder, ignored)
+                               ? ""
+                               : "mkdir -p " + ShellWord(folder.string()) + " && ";
   return isNamed ? "sed -i " + ShellWord("s|^" + key + "=.*|" + key + "=" + SedReplacement(root) + "|") + " " + file
-                 : "printf '\\n" + key + "=%s\\n' " + ShellWord(root) + " >> " + file;
+                 : make + "printf '\\n" + key + "=%s\\n' " + ShellWord(root) + " >> " + file;
 }
 
 // A part of an installation that lacks the other part.

@@ -181,16 +181,18 @@ TEST(Diagnosis, ARuntimeElsewhereIsTheCureOfARootWithoutOne) {
 }
 
 TEST(Diagnosis, ARuntimeElsewhereServesSettingsThatAreMissing) {
-  Installation installation;
-  installation.Healthy().NoSettings();
-  MoveRuntimeAway();
+  for (const std::string& missing : {std::string(tests::kSettingsPath), std::string("/var/opt/morvath/quor")}) {
+    Installation installation;
+    installation.Healthy().Remove(missing);
+    MoveRuntimeAway();
 
-  const Diagnosis diagnosis = Diagnose(Installed());
-  const int status = std::system(diagnosis.verdict.cause.cure.c_str());
+    const Diagnosis diagnosis = Diagnose(Installed());
+    const int status = std::system(diagnosis.verdict.cause.cure.c_str());
 
-  EXPECT_EQ(diagnosis.verdict.cause.text, "the settings file is missing");
-  EXPECT_EQ(status, 0) << diagnosis.verdict.cause.cure;
-  EXPECT_EQ(Diagnose(Installed()).verdict.outcome, Outcome::kRuns);
+    EXPECT_EQ(diagnosis.verdict.cause.finding, Finding::kRuntimeElsewhere);
+    EXPECT_EQ(status, 0) << diagnosis.verdict.cause.cure;
+    EXPECT_EQ(Diagnose(Installed()).verdict.outcome, Outcome::kRuns);
+  }
 }
 
 TEST(Diagnosis, AMistakeIsTheCauseWhereWhatWasMeantServes) {
