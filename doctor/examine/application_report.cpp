@@ -1,8 +1,8 @@
 #include "doctor/examine/application_report.h"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "foundation/utf.h"
@@ -14,16 +14,29 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The host prepares the application with the help of a library of the framework that all others are built on.
+// The host prepares the application with the help of the framework that all others are built on.
 constexpr const char* kBaseFramework = "Microsoft.NETCore.App";
-constexpr const char* kHostPolicy = "libhostpolicy.so";
+constexpr auto kHostFiles = std::to_array<const char*>({"libhostpolicy.so", "libcoreclr.so"});
 
-std::optional<BrokenFile> BrokenHostPolicy(const std::vector<FrameworkReport>& frameworks) {
-  const auto base = std::ranges::find(frameworks, kBaseFramework, &FrameworkReport::name);
-  if (base == frameworks.end() || base->folder.empty()) {
-    return std::nullopt;
+void ReadHostFiles(ApplicationReport& report) {
+  const auto base = std::ranges::find(report.frameworks, kBaseFramework, &FrameworkReport::name);
+  for (const char* name : kHostFiles) {
+    const bool isKnown = base != report.frameworks.end() && !base->folder.empty();
+    if (auto file = isKnown ? BrokenLibrary((fs::path(base->folder) / name).string(), Need::kStart) : std::nullopt) {
+      report.host_files.push_back(std::move(*file));
+    }
   }
-  return BrokenLibrary((fs::path(base->folder) / kHostPolicy).string(), Need::kStart);
+}
+
+void ReadFrameworkDependencies(ApplicationReport& report) {
+  for (const FrameworkReport& framework : report.frameworks) {
+    Dependencies read = ReadDependencies((fs::path(framework.folder) / (framework.name + ".deps.json")).string());
+    const bool isUsable = read.file.state == FileState::kPresent && read.wanting.empty();
+    if (!framework.folder.empty() && !isUsable) {
+      report.framework_dependencies = std::move(read);
+      return;
+    }
+  }
 }
 
 void TakeFrameworks(ApplicationReport& report, const RuntimeConfig& config, const RollForwardVariables& variables) {
@@ -31,7 +44,8 @@ void TakeFrameworks(ApplicationReport& report, const RuntimeConfig& config, cons
   report.frameworks = std::move(found.reports);
   report.conflict = std::move(found.conflict);
   report.framework_config = std::move(found.broken_config);
-  report.host_policy = BrokenHostPolicy(report.frameworks);
+  ReadHostFiles(report);
+  ReadFrameworkDependencies(report);
 }
 
 }  // namespace
@@ -51,8 +65,9 @@ ApplicationReport ExamineApplication(const tov::WideString& root, const ContextP
   if (config.fault == ConfigFault::kNone) {
     TakeFrameworks(report, config, variables);
   }
-  report.dependencies = LookAtFile(stem + ".deps.json");
-  ReadObject(report.dependencies);
+  const Dependencies dependencies = ReadDependencies(stem + ".deps.json");
+  report.dependencies = dependencies.file;
+  report.wanting_dependency = dependencies.wanting;
   if (prober) {
     report.context = prober();
   }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "doctor/examine/broken_file.h"
+#include "doctor/examine/dependencies.h"
 #include "doctor/examine/frameworks.h"
 #include "doctor/examine/probe.h"
 #include "foundation/strings.h"
@@ -23,9 +24,11 @@ struct ApplicationReport {
   std::string root = {};                          ///< Where frameworks were looked for; empty when it is not known.
   std::vector<FrameworkReport> frameworks;        ///< What is needed, in the order in which the host comes to it.
   std::optional<FrameworkConflict> conflict = {};
-  std::optional<RuntimeConfig> framework_config = {};  ///< A framework's own, where the host cannot use it.
-  std::optional<BrokenFile> host_policy = {};          ///< libhostpolicy.so, where it is broken.
-  std::optional<ContextProbe> context;                 ///< Empty when none was asked for.
+  std::optional<RuntimeConfig> framework_config = {};       ///< A framework's own, where the host cannot use it.
+  std::string wanting_dependency = {};                      ///< What the deps.json lacks, see `Dependencies`.
+  std::optional<Dependencies> framework_dependencies = {};  ///< A framework's deps.json, where the host cannot use it.
+  std::vector<BrokenFile> host_files = {};                  ///< Libraries that the host prepares with, where broken.
+  std::optional<ContextProbe> context;                      ///< Empty when none was asked for.
 };
 
 /// Creates a context in a child.

@@ -53,6 +53,7 @@ class Reader {
       Fail(ConfigFault::kNoOptions, {});
       return;
     }
+    CheckShapes(*options);
     FrameworkReference all;
     if (!variables_.on_no_candidate.empty()) {
       SetNoCandidate(all, std::atoi(variables_.on_no_candidate.c_str()));
@@ -75,9 +76,19 @@ class Reader {
   std::string Text(const json& object, const char* name) {
     const json* member = Member(object, name);
     if (member != nullptr && !member->is_string()) {
-      Fail(ConfigFault::kNotText, name);
+      Fail(ConfigFault::kMisshapen, name);
     }
     return member != nullptr && member->is_string() ? member->get<std::string>() : std::string();
+  }
+
+  void CheckShapes(const json& options) {
+    Text(options, "tfm");
+    for (const char* name : {"configProperties", "frameworks"}) {
+      const json* member = Member(options, name);
+      if (member != nullptr && !member->is_object() && !member->is_array()) {
+        Fail(ConfigFault::kMisshapen, name);
+      }
+    }
   }
 
   static void SetNoCandidate(FrameworkReference& reference, std::int64_t value) {

@@ -43,7 +43,7 @@ enum class ConfigFault {
   kUnknownRollForward,  ///< A rollForward has no meaning.
   kUnknownVariable,     ///< DOTNET_ROLL_FORWARD has none.
   kMixedSettings,       ///< rollForward stands beside one of the settings that it replaces.
-  kNotText,             ///< A text is something else; the host ends the process.
+  kMisshapen,           ///< A member is not of the kind that the host takes it for, which ends the process.
 };
 
 struct RuntimeConfig {

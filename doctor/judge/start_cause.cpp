@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstdlib>
-#include <sstream>
 
 #include "doctor/child/signal_name.h"
 #include "doctor/judge/findings.h"
@@ -28,8 +27,8 @@ constexpr std::uint32_t kNoThread = 0x80070008;  // Not enough memory, it says; 
 constexpr std::string_view kResultWords = "HRESULT: ";
 
 // The host gives a status of its own, and the runtime's result in its words only; 0 where there is none.
-std::uint32_t ResultInWords(const StartReport& start) {
-  const std::string words = start.probe.child.output + start.probe.host_text;
+std::uint32_t ResultInWords(const StartProbe& probe) {
+  const std::string words = probe.child.output + probe.host_text;
   const auto at = words.rfind(kResultWords);
   return at == std::string::npos
              ? 0
@@ -37,14 +36,14 @@ std::uint32_t ResultInWords(const StartReport& start) {
 }
 
 bool EndedWith(const StartReport& start, std::uint32_t result) {
-  return ResultInWords(start) == result;
+  return ResultInWords(start.probe) == result;
 }
 
 // The results from 0x80132000 on are the collector's own, of what it is configured with.
 bool CollectorHasFailed(const StartReport& start) {
   constexpr std::uint32_t kFamily = 0xffffff00;
   return EndedWith(start, kOutOfMemory) || EndedWith(start, kModuleNotFound) ||
-         (ResultInWords(start) & kFamily) == 0x80132000;
+         (ResultInWords(start.probe) & kFamily) == 0x80132000;
 }
 
 std::optional<Warning> BrokenFileCause(const StartReport& start) {
@@ -133,22 +132,19 @@ std::optional<Warning> GroupMemoryCause(const StartReport& start) {
   return Limited(Finding::kGroupMemoryLimited, *limit / kMebibyte);
 }
 
-// The last line that says something: below it a runtime may list the functions that it was in.
-std::string LastLine(const std::string& text) {
-  constexpr std::string_view kFrame = "   at ";
-  std::istringstream lines(text);
-  std::string last;
-  for (std::string line; std::getline(lines, line);) {
-    if (!line.empty() && !line.starts_with(kFrame)) {
-      last = std::move(line);
-    }
-  }
-  return last;
+std::string InWords(std::int32_t result) {
+  const std::string_view words = StatusWords(result);
+  return (words.empty() ? " (" : ": " + std::string(words) + " (") + Hex(result) + ")";
+}
+
+std::int32_t KnownResult(const StartProbe& probe) {
+  const std::uint32_t result = ResultInWords(probe);
+  return result != 0 ? static_cast<std::int32_t>(result) : probe.result;
 }
 
 std::string ResultOf(const StartProbe& probe) {
   return probe.child.end == ChildEnd::kCrashed    ? " (" + SignalName(probe.child.code) + ")"
-         : probe.child.end == ChildEnd::kFinished ? " (" + Hex(probe.result) + ")"
+         : probe.child.end == ChildEnd::kFinished ? InWords(KnownResult(probe))
                                                   : "";
 }
 

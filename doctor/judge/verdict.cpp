@@ -212,6 +212,10 @@ std::optional<Verdict> JudgeContext(const ContextProbe& context, const VersionRe
   }
   clue.values.emplace("status", Hex(context.result));
   clue.values.emplace("name", HostStatusName(context.result));
+  const std::string_view words = StatusWords(context.result);
+  clue.values.emplace("words", words.empty() ? "" : ": " + std::string(words));
+  const std::string line = LastLine(context.host_text.empty() ? context.child.output : context.host_text);
+  clue.values.emplace("says", line.empty() ? "" : " It says: " + Printable(line));
   return Refuses(Stop::kContext, context.result == 0 ? Finding::kNoContext : Finding::kHostRefuses, clue);
 }
 

@@ -70,14 +70,16 @@ Installation& Installation::Application() {
   WriteFile(stem + ".dll", "no real assembly");
   WriteFile(stem + ".runtimeconfig.json",
             R"({"runtimeOptions": {"framework": {"name": "Microsoft.NETCore.App", "version": "6.0.0"}}})");
-  WriteFile(stem + ".deps.json", "{}");
+  WriteFile(stem + ".deps.json", R"({"runtimeTarget": ""})");
   return *this;
 }
 
 Installation& Installation::Framework(std::string_view version) {
   const fs::path folder = fs::path(kRoot) / "shared/Microsoft.NETCore.App" / version;
-  WriteFile(folder / "Microsoft.NETCore.App.deps.json", "{}");
-  fs::copy_file(HostLibrary(), folder / "libhostpolicy.so", fs::copy_options::overwrite_existing);
+  WriteFile(folder / "Microsoft.NETCore.App.deps.json", R"({"runtimeTarget": ""})");
+  for (const char* library : {"libhostpolicy.so", "libcoreclr.so"}) {
+    fs::copy_file(HostLibrary(), folder / library, fs::copy_options::overwrite_existing);
+  }
   return *this;
 }
 

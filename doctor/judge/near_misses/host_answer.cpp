@@ -77,8 +77,7 @@ std::string WhatIsThere(const FrameworkReport& framework, const std::string& roo
 
 }  // namespace
 
-std::optional<Clue> Explaining(const ApplicationReport& report, std::initializer_list<std::uint32_t> statuses,
-                               Clue clue) {
+std::optional<Clue> Explaining(const ApplicationReport& report, const Answers& answers, Clue clue) {
   const auto& context = report.context;
   const bool hasAnswered = context && context->child.end == ChildEnd::kFinished;
   if (hasAnswered && context->IsUsable()) {
@@ -88,7 +87,9 @@ std::optional<Clue> Explaining(const ApplicationReport& report, std::initializer
                                                   std::string(HostStatusName(context->result)) + ")"
                                             : clue.place + " says so.");
   clue.may_decide =
-      !hasAnswered || std::ranges::find(statuses, static_cast<std::uint32_t>(context->result)) != statuses.end();
+      !context || (hasAnswered ? std::ranges::find(answers.statuses, static_cast<std::uint32_t>(context->result)) !=
+                                     answers.statuses.end()
+                               : answers.ends_process);
   return clue;
 }
 
@@ -97,7 +98,7 @@ std::optional<Clue> MissingFramework(const ApplicationReport& report) {
   if (missing == report.frameworks.end()) {
     return std::nullopt;
   }
-  return Explaining(report, {kFrameworkMissing},
+  return Explaining(report, {{kFrameworkMissing}},
                     {Printable(missing->named_by),
                      {{"framework", Printable(missing->name)},
                       {"version", Printable(missing->version)},
@@ -109,7 +110,7 @@ std::optional<Clue> ConflictingFrameworks(const ApplicationReport& report) {
   if (!report.conflict) {
     return std::nullopt;
   }
-  return Explaining(report, {kFrameworkIncompatible},
+  return Explaining(report, {{kFrameworkIncompatible}},
                     {Printable(report.runtime_config.path),
                      {{"framework", Printable(report.conflict->name)},
                       {"lower", Printable(report.conflict->lower)},

@@ -84,6 +84,20 @@ std::string ShellWord(std::string_view bytes) {
   return word += "'";
 }
 
+std::string LastLine(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t\r\n";
+  constexpr std::string_view kFrame = "   at ";
+  std::string_view last;
+  while (!text.empty()) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+    const bool says = line.find_first_not_of(kBlanks) != std::string_view::npos && !line.starts_with(kFrame);
+    last = says ? line : last;
+  }
+  const std::size_t first = std::min(last.find_first_not_of(kBlanks), last.size());
+  return std::string(last.substr(first, last.find_last_not_of(kBlanks) + 1 - first));
+}
+
 std::size_t Columns(std::string_view text) {
   return static_cast<std::size_t>(
       std::ranges::count_if(text, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));

@@ -25,6 +25,10 @@ std::string Quoted(std::string_view bytes);
 /// POSIX shell or, where a byte cannot be shown, bash exactly these bytes.
 std::string ShellWord(std::string_view bytes);
 
+/// The last line that says something, without blanks around it: below it a runtime may list the functions that it was
+/// in.
+std::string LastLine(std::string_view text);
+
 /// How many columns a printable text takes, a code point one column each.
 std::size_t Columns(std::string_view text);
 

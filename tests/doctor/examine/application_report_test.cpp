@@ -125,7 +125,7 @@ TEST(ApplicationReport, FrameworksAreLookedForUnderTheRoot) {
   EXPECT_EQ(Frameworks(report), "Microsoft.NETCore.App 6.0.0 there");
   EXPECT_EQ(report.frameworks.at(0).taken, "6.0.36");
   EXPECT_EQ(report.frameworks.at(0).named_by, kStem + ".runtimeconfig.json");
-  EXPECT_FALSE(report.host_policy);
+  EXPECT_TRUE(report.host_files.empty());
 }
 
 TEST(ApplicationReport, TheLibraryThatPreparesTheApplicationIsLookedAt) {
@@ -134,9 +134,9 @@ TEST(ApplicationReport, TheLibraryThatPreparesTheApplicationIsLookedAt) {
 
   const ApplicationReport report = Examine();
 
-  ASSERT_TRUE(report.host_policy);
-  EXPECT_EQ(report.host_policy->path, "/opt/morvath/dotnet/shared/Microsoft.NETCore.App/6.0.36/libhostpolicy.so");
-  EXPECT_EQ(report.host_policy->detail, "missing");
+  ASSERT_EQ(report.host_files.size(), 1U);
+  EXPECT_EQ(report.host_files[0].path, "/opt/morvath/dotnet/shared/Microsoft.NETCore.App/6.0.36/libhostpolicy.so");
+  EXPECT_EQ(report.host_files[0].detail, "missing");
 }
 
 TEST(ApplicationReport, AFaultOfTheConfigurationIsKept) {
@@ -266,7 +266,23 @@ TEST(ApplicationNearMisses, EveryConfigurationThatTheHostCannotUseIsExplained) {
          tests::WriteFile(
              "/opt/morvath/dotnet/shared/Microsoft.NETCore.App/6.0.36/Microsoft.NETCore.App.runtimeconfig.json", "x");
        }},
-      {Finding::kHostPolicyBroken, 0x80008083, "libhostpolicy.so is missing",
+      {Finding::kMalformedConfig, 0x80008093, ".runtimeconfig.json is not a regular file",
+       [](Installation& installation) {
+         installation.Remove(kStem + ".runtimeconfig.json");
+         std::filesystem::create_directory(kStem + ".runtimeconfig.json");
+       }},
+      {Finding::kMalformedDependencies, 0x8000808b, ".deps.json is not JSON, line 3",
+       [](Installation&) { tests::WriteFile(kStem + ".deps.json", "{\n\"a\": 1,\n]"); }},
+      {Finding::kMalformedDependencies, 0x8000808b, "Microsoft.NETCore.App.deps.json does not hold a JSON object",
+       [](Installation&) {
+         tests::WriteFile("/opt/morvath/dotnet/shared/Microsoft.NETCore.App/6.0.36/Microsoft.NETCore.App.deps.json",
+                          "[]");
+       }},
+      {Finding::kHostFileBroken, 0x80008087, "libcoreclr.so is missing",
+       [](Installation& installation) {
+         installation.Remove("/opt/morvath/dotnet/shared/Microsoft.NETCore.App/6.0.36/libcoreclr.so");
+       }},
+      {Finding::kHostFileBroken, 0x80008083, "libhostpolicy.so is missing",
        [](Installation& installation) {
          installation.Remove("/opt/morvath/dotnet/shared/Microsoft.NETCore.App/6.0.36/libhostpolicy.so");
        }},
@@ -284,6 +300,34 @@ TEST(ApplicationNearMisses, EveryConfigurationThatTheHostCannotUseIsExplained) {
     EXPECT_TRUE(warnings[0].text.ends_with(row.text)) << warnings[0].text;
     EXPECT_TRUE(warnings[0].may_decide);
     EXPECT_NE(warnings[0].cure, "");
+  }
+}
+
+TEST(ApplicationNearMisses, AShapeThatTheHostDoesNotLookAtExplainsThatItEndsTheProcess) {
+  struct Row {
+    const char* file;
+    const char* text;
+    const char* words;
+  };
+  const Row rows[] = {
+      {".runtimeconfig.json", R"({"runtimeOptions": {"frameworks": 6}})", "has a frameworks of another kind"},
+      {".runtimeconfig.json", R"({"runtimeOptions": {"rollForward": 2}})", "has a rollForward of another kind"},
+      {".deps.json", "{}", "has no runtimeTarget"},
+      {".deps.json", R"({"runtimeTarget": "x", "libraries": {"a/1": {"type": "project"}}})", "has no sha512 of a/1"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.text);
+    Installation installation;
+    installation.Healthy();
+    tests::WriteFile(kStem + row.file, row.text);
+    ApplicationReport report = Examine();
+    report.context = ContextProbe{{ChildEnd::kCrashed}};
+
+    const Warnings warnings = ApplicationNearMisses(report, true);
+
+    ASSERT_FALSE(warnings.empty());
+    EXPECT_NE(warnings[0].text.find(row.words), std::string::npos) << warnings[0].text;
+    EXPECT_TRUE(warnings[0].may_decide);
   }
 }
 

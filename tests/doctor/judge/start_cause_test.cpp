@@ -134,8 +134,8 @@ TEST(StartCause, SurroundingsExplainAStartThatFails) {
        [](Surroundings& around) { around.open_files = 10; }},
       {"the control group's memory is limited to 100 MiB", Failed("0x8007000E"),
        [](Surroundings& around) { around.group_memory = 100 * 1024 * 1024; }},
-      {"the runtime does not start (0x80008089)", Failed("0x80004005"),
-       [](Surroundings& around) { around.open_files = 1024; }},
+      {"the runtime does not start: something has failed that has no number of its own (0x80004005)",
+       Failed("0x80004005"), [](Surroundings& around) { around.open_files = 1024; }},
       {"the runtime does not start (SIGSEGV)", Died(SIGSEGV), [](Surroundings&) {}},
   };
   for (const Row& row : rows) {

@@ -75,5 +75,13 @@ TEST(StatusNames, ACodeIsWrittenWithEightDigits) {
   EXPECT_EQ(Hex(-1), "0xffffffff");
 }
 
+TEST(StatusWords, SayWhatAStatusOrAResultMeans) {
+  EXPECT_EQ(StatusWords(static_cast<std::int32_t>(0x80008083)), "a library that it needs is missing");
+  EXPECT_EQ(StatusWords(static_cast<std::int32_t>(0x8007000e)), "there is not enough memory");
+  EXPECT_EQ(StatusWords(static_cast<std::int32_t>(0x80131621)), "a file cannot be loaded");
+  EXPECT_EQ(StatusWords(0), "");
+  EXPECT_EQ(StatusWords(static_cast<std::int32_t>(0x8abcdef0)), "");
+}
+
 }  // namespace
 }  // namespace doctor
