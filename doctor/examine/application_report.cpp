@@ -62,6 +62,7 @@ ApplicationReport ExamineApplication(const tov::WideString& root, const ContextP
   report.runtime_config = config.file;
   report.config_fault = config.fault;
   report.config_detail = config.detail;
+  report.icu = config.icu;
   if (config.fault == ConfigFault::kNone) {
     TakeFrameworks(report, config, variables);
   }

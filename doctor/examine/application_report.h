@@ -21,8 +21,9 @@ struct ApplicationReport {
   FileReport dependencies;
   ConfigFault config_fault = ConfigFault::kNone;  ///< Of the runtimeconfig.json, where it is JSON.
   std::string config_detail = {};                 ///< What the fault is about.
-  std::string root = {};                          ///< Where frameworks were looked for; empty when it is not known.
-  std::vector<FrameworkReport> frameworks;        ///< What is needed, in the order in which the host comes to it.
+  IcuSettings icu = {};
+  std::string root = {};                    ///< Where frameworks were looked for; empty when it is not known.
+  std::vector<FrameworkReport> frameworks;  ///< What is needed, in the order in which the host comes to it.
   std::optional<FrameworkConflict> conflict = {};
   std::optional<RuntimeConfig> framework_config = {};       ///< A framework's own, where the host cannot use it.
   std::string wanting_dependency = {};                      ///< What the deps.json lacks, see `Dependencies`.

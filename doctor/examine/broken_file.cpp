@@ -25,7 +25,7 @@ std::optional<BrokenFile> BrokenAssembly(const std::string& path, Need need, boo
   if (found.verdict == PeVerdict::kSound) {
     return std::nullopt;
   }
-  return BrokenFile{path, need, MayBeRead(path), false, isApplication, found.detail};
+  return BrokenFile{path, need, MayBeRead(path), false, isApplication, found.detail, false};
 }
 
 std::optional<BrokenFile> BrokenLibrary(const std::string& path, Need need) {
@@ -34,7 +34,7 @@ std::optional<BrokenFile> BrokenLibrary(const std::string& path, Need need) {
     return std::nullopt;
   }
   const bool isCut = found.verdict == netloader::ElfVerdict::kCutShort;
-  return BrokenFile{path, need, MayBeRead(path), isCut, false, IsMissing(path) ? "missing" : found.detail};
+  return BrokenFile{path, need, MayBeRead(path), isCut, false, IsMissing(path) ? "missing" : found.detail, false};
 }
 
 }  // namespace doctor

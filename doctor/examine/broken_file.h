@@ -21,6 +21,7 @@ struct BrokenFile {
   bool is_cut_library = false;  ///< Whether it is a library that is cut short, which kills whoever loads it.
   bool is_application = false;  ///< Whether it belongs to the application.
   std::string detail = {};      ///< "missing", "cut short: ..."
+  bool is_named = false;        ///< Whether the application's own code names it.
 };
 
 /// What is wrong with the assembly; nothing when it is sound.

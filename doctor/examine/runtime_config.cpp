@@ -62,7 +62,7 @@ class Reader {
     ReadFrameworks(*options, all);
     CheckMixture();
     ApplyVariable();
-    ReadInvariant(*options);
+    ReadIcu(*options);
   }
 
  private:
@@ -162,13 +162,16 @@ class Reader {
     }
   }
 
-  void ReadInvariant(const json& options) {
-    const json* properties = Member(options, "configProperties");
-    const json* value = properties != nullptr ? Member(*properties, "System.Globalization.Invariant") : nullptr;
-    config_.is_invariant =
-        value != nullptr &&
-        (*value == true ||
-         (value->is_string() && ::strcasecmp(value->get_ref<const std::string&>().c_str(), "true") == 0));
+  void ReadIcu(const json& options) {
+    const json properties = options.value("configProperties", json::object());
+    if (const json* value = Member(properties, "System.Globalization.Invariant")) {
+      const std::string text = value->is_string() ? value->get<std::string>() : std::string();
+      config_.icu.is_invariant = *value == true || ::strcasecmp(text.c_str(), "true") == 0;
+    }
+    if (const json* value = Member(properties, "System.Globalization.AppLocalIcu");
+        value != nullptr && value->is_string()) {
+      config_.icu.own = value->get<std::string>();
+    }
   }
 
   RuntimeConfig& config_;

@@ -46,12 +46,18 @@ enum class ConfigFault {
   kMisshapen,           ///< A member is not of the kind that the host takes it for, which ends the process.
 };
 
+/// What a file says of ICU.
+struct IcuSettings {
+  bool is_invariant = false;  ///< Whether it makes the runtime do without.
+  std::string own = {};       ///< The version that comes with the application, if one does.
+};
+
 struct RuntimeConfig {
   FileReport file;
   ConfigFault fault = ConfigFault::kNone;
   std::string detail = {};  ///< What the fault is about: a framework, a value.
   std::vector<FrameworkReference> frameworks = {};
-  bool is_invariant = false;  ///< Whether it makes the runtime do without ICU.
+  IcuSettings icu = {};
 };
 
 /// Reads the file. One that is missing or not JSON names no framework.

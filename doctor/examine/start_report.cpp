@@ -7,39 +7,65 @@
 #include <utility>
 
 #include "doctor/examine/collector_options.h"
+#include "doctor/examine/managed_assembly.h"
 
 namespace doctor {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kCoreLibrary = "System.Private.CoreLib.dll";
+constexpr const char* kCoreLibrary = "System.Private.CoreLib";
 // What every assembly's first types are looked for in.
-constexpr const char* kFacade = "System.Runtime.dll";
+constexpr const char* kFacade = "System.Runtime";
 constexpr auto kNeededLibraries = std::to_array<const char*>({"libcoreclr.so", "libclrjit.so", "libSystem.Native.so"});
 
 class FileReader {
  public:
-  explicit FileReader(std::vector<BrokenFile>& broken) : broken_(broken) {}
+  FileReader(const std::string& application, std::vector<BrokenFile>& broken)
+      : application_(ReadManagedAssembly(application)), broken_(broken) {}
 
-  void ReadAssembly(const std::string& path, Need need, bool isApplication) {
-    Keep(BrokenAssembly(path, need, isApplication));
-  }
-  void ReadLibrary(const std::string& path, Need need) { Keep(BrokenLibrary(path, need)); }
-
- private:
-  void Keep(std::optional<BrokenFile> file) {
-    if (file) {
-      broken_.push_back(std::move(*file));
+  void ReadApplication(const std::string& path) {
+    if (!Keep(BrokenAssembly(path, Need::kMain, true)) && application_ && !application_->has_entry_point) {
+      Keep(BrokenFile{path, Need::kMain, true, false, true, "it has no first function", false});
     }
   }
 
+  // An assembly that is needed at once is compared with the name that it is looked for by.
+  void ReadAssembly(const std::string& path) {
+    const std::string name = fs::path(path).stem();
+    const Need need = NeedOf(name);
+    if (!Keep(BrokenAssembly(path, need, false)) && need == Need::kMain) {
+      const auto found = ReadManagedAssembly(path);
+      if (found && found->name != name) {
+        Keep(BrokenFile{path, need, true, false, false, "it is " + found->name, false});
+      }
+    }
+  }
+
+  void ReadLibrary(const std::string& path, Need need) { Keep(BrokenLibrary(path, need)); }
+
+ private:
+  bool Keep(std::optional<BrokenFile> file) {
+    if (file) {
+      file->is_named = Has(&ManagedAssembly::references, fs::path(file->path).stem());
+      broken_.push_back(std::move(*file));
+    }
+    return file.has_value();
+  }
+
+  bool Has(std::vector<std::string> ManagedAssembly::*names, const std::string& name) const {
+    return application_ && std::ranges::find(*application_.*names, name) != (*application_.*names).end();
+  }
+
+  Need NeedOf(const std::string& name) const {
+    return name == kCoreLibrary                                           ? Need::kStart
+           : name == kFacade || Has(&ManagedAssembly::first_needed, name) ? Need::kMain
+                                                                          : Need::kLater;
+  }
+
+  const std::optional<ManagedAssembly> application_;
   std::vector<BrokenFile>& broken_;
 };
-
-Need NeedOf(const std::string& name) {
-  return name == kCoreLibrary ? Need::kStart : name == kFacade ? Need::kMain : Need::kLater;
-}
 
 bool IsNeeded(const std::string& library) {
   return std::ranges::find(kNeededLibraries, library) != kNeededLibraries.end();
@@ -59,15 +85,14 @@ void ReadLibraries(const fs::path& folder, FileReader& reader) {
 }
 
 void ReadFiles(const std::string& assembly, const std::string& assemblies, FileReader& reader) {
-  reader.ReadAssembly(assembly, Need::kMain, true);
+  reader.ReadApplication(assembly);
   std::istringstream list(assemblies);
   for (std::string path; std::getline(list, path, ':');) {
-    const std::string name = fs::path(path).filename();
     if (path.empty() || path == assembly) {
       continue;
     }
-    reader.ReadAssembly(path, NeedOf(name), false);
-    if (name == kCoreLibrary) {
+    reader.ReadAssembly(path);
+    if (fs::path(path).stem() == kCoreLibrary) {
       ReadLibraries(fs::path(path).parent_path(), reader);
     }
   }
@@ -80,10 +105,15 @@ const BrokenFile* StartReport::Decisive() const {
   return !broken.empty() && broken.front().need <= last ? &broken.front() : nullptr;
 }
 
+const BrokenFile* StartReport::Named() const {
+  const auto found = std::ranges::find(broken, true, &BrokenFile::is_named);
+  return found != broken.end() ? &*found : nullptr;
+}
+
 StartReport ExamineStart(const std::string& assembly, const std::string& assemblies, const StartProber& prober) {
   StartReport report{prober()};
   if (!assemblies.empty()) {
-    FileReader reader(report.broken);
+    FileReader reader(assembly, report.broken);
     ReadFiles(assembly, assemblies, reader);
     std::ranges::stable_sort(report.broken, {}, &BrokenFile::need);
   }

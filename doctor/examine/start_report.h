@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,10 +19,14 @@ struct StartReport {
   Surroundings surroundings = {};
   /// The options of the application's configuration that limit or replace the collector, with their values.
   std::vector<std::pair<std::string, std::string>> collector_options = {};
+  std::optional<bool> has_icu = {};  ///< Whether ICU is there; empty where it is not needed, or nothing has started.
 
   /// The broken file because of which the application is not reached; null when there is none. Of a start that has
   /// failed only a file that starting takes can be the cause.
   const BrokenFile* Decisive() const;
+
+  /// The first broken file that the application's own code names although it is reached; null when there is none.
+  const BrokenFile* Named() const;
 };
 
 /// Starts the runtime in a child.

@@ -7,6 +7,7 @@
 #include <sstream>
 #include <system_error>
 
+#include "doctor/examine/icu.h"
 #include "doctor/judge/near_misses/access.h"
 #include "doctor/judge/near_misses/meant_roots.h"
 #include "doctor/judge/near_misses/near_misses.h"
@@ -57,8 +58,12 @@ std::optional<StartReport> StartReportOf(const Diagnosis& diagnosis, const Patie
   if (!context || !context->IsUsable()) {
     return std::nullopt;
   }
-  return ExamineStart(ToUtf8(diagnosis.application.assembly), context->assemblies,
-                      [&] { return StartOf(diagnosis, patience); });
+  const std::string assembly = ToUtf8(diagnosis.application.assembly);
+  StartReport start = ExamineStart(assembly, context->assemblies, [&] { return StartOf(diagnosis, patience); });
+  if (const IcuSettings& icu = diagnosis.application.icu; start.probe.HasStarted() && !IsInvariant(icu)) {
+    start.has_icu = HasIcu(icu, std::filesystem::path(assembly).parent_path().string(), patience);
+  }
+  return start;
 }
 
 void Append(Warnings& all, Warnings more) {

@@ -102,6 +102,8 @@ enum class Finding {
   kGroupMemoryLimited,
   kRuntimeNotStarted,
   kStartNotFinished,
+  kNoIcu,
+  kNamedFileBroken,
   kBrokenFile,
 };
 
@@ -163,7 +165,7 @@ inline constexpr auto kFindings = std::to_array<FindingText>({
     {Finding::kOlderRuntime, "older-runtime", Station::kRuntime, Stop::kNone, "with the older runtime {chosen}",
      "{version} is passed over: {detail}.", "install the .NET runtime {version} again"},
     {Finding::kHostRefuses, "host-refuses", Station::kApplication, Stop::kNone,
-     "the host refuses the application{words}", "(hostfxr: {status} {name}){says}", "see what the host says, below"},
+     "the host refuses the application{why}", "(hostfxr: {status} {name}){says}", "see what the host says, below"},
     {Finding::kNoContext, "no-context", Station::kApplication, Stop::kNone,
      "the host accepts the application and gives nothing to run it with", "",
      "install the .NET runtime {version} again"},
@@ -314,7 +316,7 @@ inline constexpr auto kFindings = std::to_array<FindingText>({
     {Finding::kMissingAssembly, "missing-assembly", Station::kApplication, Stop::kContext, "{place} is missing",
      "It is the application's assembly.", "install the product again"},
     {Finding::kMissingFramework, "missing-framework", Station::kApplication, Stop::kContext,
-     "{framework} {version} is needed{found}", "{source}", "install {product}"},
+     "{framework} {version} is needed{there}", "{source}", "install {product}"},
     {Finding::kFrameworkConflict, "framework-conflict", Station::kApplication, Stop::kContext,
      "{framework} is needed both in {lower} and in {higher}, which do not go together", "{source}",
      "install the product again"},
@@ -376,6 +378,11 @@ inline constexpr auto kFindings = std::to_array<FindingText>({
     {Finding::kStartNotFinished, "start-not-finished", Station::kStart, Stop::kNone,
      "starting the runtime did not finish within {limit} s", "A slow disk can be the reason.",
      "grellin_doctor --time-limit {longer}"},
+    {Finding::kNoIcu, "no-icu", Station::kStart, Stop::kNone, "which ends as soon as it needs ICU, which is missing",
+     "By ICU .NET knows dates, numbers and letters of all languages, and almost every application needs it.",
+     "install ICU (apt-get install libicu-dev, dnf install libicu), or set DOTNET_SYSTEM_GLOBALIZATION_INVARIANT=1"},
+    {Finding::kNamedFileBroken, "named-file-broken", Station::kStart, Stop::kNone,
+     "which ends as soon as it uses {name}", "{place} {state}.", "{command}"},
     {Finding::kBrokenFile, "broken-file", Station::kStart, Stop::kNone, "{place} is broken ({detail})",
      "An application that uses it ends there.", "install {folder} again"},
 });

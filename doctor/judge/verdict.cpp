@@ -10,6 +10,7 @@
 
 #include "doctor/child/signal_name.h"
 #include "doctor/judge/near_misses/access.h"
+#include "doctor/judge/near_misses/broken_file_clue.h"
 #include "doctor/judge/near_misses/checks.h"
 #include "doctor/judge/start_cause.h"
 #include "doctor/judge/words/status_names.h"
@@ -213,7 +214,7 @@ std::optional<Verdict> JudgeContext(const ContextProbe& context, const VersionRe
   clue.values.emplace("status", Hex(context.result));
   clue.values.emplace("name", HostStatusName(context.result));
   const std::string_view words = StatusWords(context.result);
-  clue.values.emplace("words", words.empty() ? "" : ": " + std::string(words));
+  clue.values.emplace("why", words.empty() ? "" : ": " + std::string(words));
   const std::string line = LastLine(context.host_text.empty() ? context.child.output : context.host_text);
   clue.values.emplace("says", line.empty() ? "" : " It says: " + Printable(line));
   return Refuses(Stop::kContext, context.result == 0 ? Finding::kNoContext : Finding::kHostRefuses, clue);
@@ -236,14 +237,18 @@ std::optional<Verdict> JudgeStart(const StartReport& start) {
   return Verdict{Outcome::kDies, Stop::kStart, std::move(*cause), {}, signal};
 }
 
-// A launch that would run, with a word about a newer version that it passes over.
-Verdict Runs(const RuntimeReport& runtime, Tried tried) {
+// A launch that would run, with a word about a newer version that it passes over, or a file that it will miss.
+Verdict Runs(const RuntimeReport& runtime, Tried tried, const StartReport* start = nullptr) {
   Verdict verdict;
   verdict.tried = tried;
   if (const VersionReport& newest = runtime.versions.front(); &newest != runtime.Decisive()) {
     Clue clue = AtVersion(newest);
     clue.values.emplace("chosen", Printable(runtime.Decisive()->name));
     verdict.cause = Worded(Finding::kOlderRuntime, clue);
+  } else if (start != nullptr && start->has_icu == false) {
+    verdict.cause = Worded(Finding::kNoIcu, {});
+  } else if (const BrokenFile* named = start != nullptr ? start->Named() : nullptr) {
+    verdict.cause = Worded(Finding::kNamedFileBroken, AtBrokenFile(*named));
   }
   return verdict;
 }
@@ -275,7 +280,7 @@ Verdict Judge(const Evidence& evidence) {
     return *verdict;
   }
   const bool isTried = evidence.start != nullptr && evidence.start->probe.was_tried;
-  return Runs(*evidence.runtime, isTried ? Tried::kStart : Tried::kHost);
+  return Runs(*evidence.runtime, isTried ? Tried::kStart : Tried::kHost, evidence.start);
 }
 
 void Explain(Verdict& verdict, Warnings& warnings) {

@@ -191,7 +191,8 @@ json ToJson(const StartReport& start) {
           {"started", start.probe.HasStarted()},
           {"result", start.probe.was_tried ? json(Hex(start.probe.result)) : json()},
           {"host_text", OrNull(start.probe.host_text)},
-          {"broken_files", ToArray(start.broken)}};
+          {"broken_files", ToArray(start.broken)},
+          {"icu", start.has_icu ? json(*start.has_icu) : json()}};
 }
 
 std::string HexOf(std::string_view bytes) {

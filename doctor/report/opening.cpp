@@ -72,7 +72,8 @@ void PutWarning(Page& page, const Warning& warning) {
 // Whether the other one says it already.
 bool IsSaidBy(const Warning& warning, const Warning& other) {
   return warning.place == other.place &&
-         (other.finding == Finding::kSeveralMistakes || other.finding == Finding::kOlderRuntime);
+         (other.finding == Finding::kSeveralMistakes || other.finding == Finding::kOlderRuntime ||
+          other.finding == Finding::kNamedFileBroken);
 }
 
 // All that the opening does not say.

@@ -69,7 +69,8 @@ Installation& Installation::Application() {
   const std::string stem(kApplication);
   WriteFile(stem + ".dll", "no real assembly");
   WriteFile(stem + ".runtimeconfig.json",
-            R"({"runtimeOptions": {"framework": {"name": "Microsoft.NETCore.App", "version": "6.0.0"}}})");
+            R"({"runtimeOptions": {"framework": {"name": "Microsoft.NETCore.App", "version": "6.0.0"},
+                                  "configProperties": {"System.Globalization.Invariant": true}}})");
   WriteFile(stem + ".deps.json", R"({"runtimeTarget": ""})");
   return *this;
 }

@@ -41,7 +41,7 @@ class Layout {
   std::string AccordingToHost(const fs::path& host) const {
     const ContextProbe probe =
         ProbeContext(tov::text::ToUtf16(host.string()), tov::text::ToUtf16(Root()),
-                     tov::text::ToUtf16((folder_ / "app.dll").string()), std::chrono::seconds(60));
+                     tov::text::ToUtf16((folder_ / "app.dll").string()), Patience{std::chrono::seconds(60), {}});
     std::smatch found;
     if (std::regex_search(probe.host_text, found, std::regex("was not found in '.*/shared/([^/]+/[^/']+)'"))) {
       return found[1];

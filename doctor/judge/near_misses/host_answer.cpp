@@ -102,7 +102,7 @@ std::optional<Clue> MissingFramework(const ApplicationReport& report) {
                     {Printable(missing->named_by),
                      {{"framework", Printable(missing->name)},
                       {"version", Printable(missing->version)},
-                      {"found", WhatIsThere(*missing, report.root)},
+                      {"there", WhatIsThere(*missing, report.root)},
                       {"product", ToInstall(*missing)}}});
 }
 

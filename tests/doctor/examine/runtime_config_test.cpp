@@ -100,10 +100,11 @@ TEST(RuntimeConfig, WhatTheHostRefusesIsAFault) {
 }
 
 TEST(RuntimeConfig, InvariantGlobalizationIsRead) {
-  EXPECT_TRUE(Read(Options(R"("configProperties": {"System.Globalization.Invariant": true})")).is_invariant);
-  EXPECT_TRUE(Read(Options(R"("configProperties": {"System.Globalization.Invariant": "True"})")).is_invariant);
-  EXPECT_FALSE(Read(Options(R"("configProperties": {"System.Globalization.Invariant": false})")).is_invariant);
-  EXPECT_FALSE(Read(Options("")).is_invariant);
+  EXPECT_TRUE(Read(Options(R"("configProperties": {"System.Globalization.Invariant": true})")).icu.is_invariant);
+  EXPECT_TRUE(Read(Options(R"("configProperties": {"System.Globalization.Invariant": "True"})")).icu.is_invariant);
+  EXPECT_FALSE(Read(Options(R"("configProperties": {"System.Globalization.Invariant": false})")).icu.is_invariant);
+  EXPECT_FALSE(Read(Options("")).icu.is_invariant);
+  EXPECT_EQ(Read(Options(R"("configProperties": {"System.Globalization.AppLocalIcu": "72.1"})")).icu.own, "72.1");
 }
 
 }  // namespace

@@ -82,6 +82,12 @@ const Row kRows[] = {
                                      {"6.0.40", u"/root/host/fxr/6.0.40/libhostfxr.so", true});
        world.runtime.decisive = 1;
      }},
+    {Outcome::kRuns, "A launch would run the application, which ends as soon as it needs ICU, which is missing.",
+     [](SoundEvidence& world) { world.start.has_icu = false; }},
+    {Outcome::kRuns, "A launch would run the application, which ends as soon as it uses System.Console.dll.",
+     [](SoundEvidence& world) {
+       world.start.broken = {{"/net/System.Console.dll", Need::kLater, true, false, false, "missing", true}};
+     }},
     {Outcome::kAborts, "A launch would abort: the settings file is missing.",
      [](SoundEvidence& world) {
        world.settings.end = SettingsEnd::kUnreadable;
@@ -160,8 +166,7 @@ const Row kRows[] = {
     {Outcome::kStatus255,
      "A launch would end with status 255: the host refuses the application: a framework is missing.",
      [](SoundEvidence& world) { world.application.context->result = kFrameworkMissing; }},
-    {Outcome::kStatus255,
-     "A launch would end with status 255: the host refuses the application.",
+    {Outcome::kStatus255, "A launch would end with status 255: the host refuses the application.",
      [](SoundEvidence& world) { world.application.context->result = 1; }},
     {Outcome::kStatus255,
      "A launch would end with status 255: the host accepts the application and gives nothing to run it with.",
