@@ -140,9 +140,7 @@ class Resolver {
   // highest one takes the highest ones itself.
   Next Read(const RuntimeConfig& config, bool takesHighest) {
     for (const FrameworkReference& reference : config.frameworks) {
-      if (const auto wanted = WantedBy(reference, takesHighest)) {
-        wanted_.try_emplace(reference.name, *wanted);
-      }
+      wanted_.try_emplace(reference.name, WantedBy(reference, takesHighest));
     }
     for (const FrameworkReference& reference : config.frameworks) {
       if (const Next next = Add(reference, config.file.path, takesHighest); next != Next::kGoOn) {
@@ -152,35 +150,27 @@ class Resolver {
     return Next::kGoOn;
   }
 
-  // Empty when the version is none.
-  std::optional<Wanted> WantedBy(const FrameworkReference& reference, bool takesHighest) const {
-    const auto version = FrameworkVersion::Parse(reference.version);
-    if (!version) {
-      return std::nullopt;
-    }
-    const bool prefersRelease = !version->IsPrerelease() && !variables_.takes_prerelease;
-    return Wanted{reference.name,
-                  *version,
-                  RangeOf(reference.roll_forward),
-                  takesHighest || TakesHighest(reference.roll_forward),
-                  reference.applies_patches,
-                  prefersRelease};
+  // The host takes a text that is no version for one that is older than any.
+  Wanted WantedBy(const FrameworkReference& reference, bool takesHighest) const {
+    const FrameworkVersion version =
+        FrameworkVersion::Parse(reference.version).value_or(*FrameworkVersion::Parse("0.0.0"));
+    return {reference.name,
+            version,
+            RangeOf(reference.roll_forward),
+            takesHighest || TakesHighest(reference.roll_forward),
+            reference.applies_patches,
+            !version.IsPrerelease() && !variables_.takes_prerelease};
   }
 
   Next Add(const FrameworkReference& reference, const std::string& namedBy, bool takesHighest) {
-    const auto asked = WantedBy(reference, takesHighest);
-    if (!asked) {
-      Report(reference, namedBy);
-      return Next::kStop;
-    }
-    Wanted& known = wanted_.at(asked->name);
-    const auto wanted = Reconciled(*asked, known);
+    Wanted& known = wanted_.at(reference.name);
+    const auto wanted = Reconciled(WantedBy(reference, takesHighest), known);
     if (!wanted) {
       return Next::kStop;
     }
     const bool isNew = *wanted != known;
     known = *wanted;
-    if (IsResolved(asked->name)) {
+    if (IsResolved(reference.name)) {
       return isNew ? Next::kAgain : Next::kGoOn;
     }
     return ResolveOne(*wanted, reference, namedBy);
@@ -220,7 +210,9 @@ class Resolver {
   std::string FolderOf(const std::string& name) const { return (fs::path(root_) / "shared" / name).string(); }
 
   Next ResolveOne(const Wanted& wanted, FrameworkReference reference, const std::string& namedBy) {
-    reference.version = wanted.version.Text();
+    if (FrameworkVersion::Parse(reference.version)) {
+      reference.version = wanted.version.Text();
+    }
     reference.roll_forward = WayOf(wanted);
     FrameworkReport& report = Report(reference, namedBy);
     if (root_.empty()) {

@@ -70,6 +70,15 @@ Warning AboutVariable(Finding finding, const Named& variable) {
   return Worded(finding, {name, {{"variable", name}, {"value", Printable(value)}}});
 }
 
+// The runtime says so itself, in one sentence or another.
+std::optional<Warning> IcuCause(const StartReport& start) {
+  const std::string& words = start.probe.child.output;
+  return words.find("ICU") != std::string::npos || words.find("libicu") != std::string::npos
+             ? std::optional(
+                   Worded(Finding::kNoIcu, {{}, {{"sentence", "ICU, which the application needs, is missing"}}}))
+             : std::nullopt;
+}
+
 // A variable that someone has set explains what the collector lacks better than any limit.
 std::optional<Warning> CollectorVariableCause(const StartReport& start) {
   const auto& variables = start.surroundings.collector_variables;
@@ -159,6 +168,7 @@ Warning UnknownCause(const StartReport& start) {
 // The first that fits is the cause of a start that fails.
 constexpr auto kCauses = std::to_array<std::optional<Warning> (*)(const StartReport&)>({
     BrokenFileCause,
+    IcuCause,
     MemoryRightsCause,
     MemoryFilesCause,
     CompilerVariableCause,

@@ -246,7 +246,8 @@ Verdict Runs(const RuntimeReport& runtime, Tried tried, const StartReport* start
     clue.values.emplace("chosen", Printable(runtime.Decisive()->name));
     verdict.cause = Worded(Finding::kOlderRuntime, clue);
   } else if (start != nullptr && start->has_icu == false) {
-    verdict.cause = Worded(Finding::kNoIcu, {});
+    verdict.cause =
+        Worded(Finding::kNoIcu, {{}, {{"sentence", "which ends as soon as it needs ICU, which is missing"}}});
   } else if (const BrokenFile* named = start != nullptr ? start->Named() : nullptr) {
     verdict.cause = Worded(Finding::kNamedFileBroken, AtBrokenFile(*named));
   }

@@ -92,6 +92,7 @@ constexpr auto kPlaceholders = std::to_array<Placeholder>({
     {"reason", "the system's reason"},
     {"result", ""},
     {"says", ""},
+    {"sentence", "ICU is missing"},
     {"setting", "path"},
     {"source", "The report shows the answer of the host"},
     {"state", "is missing or broken"},

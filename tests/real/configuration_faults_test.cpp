@@ -51,7 +51,6 @@ class ConfigurationFaultsOnRealDotnet : public FaultsOnRealDotnet {
 };
 
 TEST_F(ConfigurationFaultsOnRealDotnet, OptionsThatTheHostRefusesAreNamed) {
-  const char* const kShape = "the file's shape is the cause";
   CheckOptions({
       {"LATEST", {"no-framework-named", "names no framework", kProductAgain}},
       {R"("framework": {"version": "6.0.0"}, LATEST)",
@@ -60,9 +59,9 @@ TEST_F(ConfigurationFaultsOnRealDotnet, OptionsThatTheHostRefusesAreNamed) {
        {"invalid-configuration", "names Microsoft.NETCore.App without a version", kProductAgain}},
       {R"("framework": "Microsoft.NETCore.App")",
        {"invalid-configuration", "names a framework without its name", kProductAgain}},
-      {R"("frameworks": 6)", {"malformed-configuration", "", ""}, kShape},
+      {R"("frameworks": 6)", {"invalid-configuration", "has a frameworks of another kind", kProductAgain}},
       {R"("framework": {"name": "Microsoft.NETCore.App", "version": 6}, LATEST)",
-       {"invalid-configuration", "has a version that is not a text", kProductAgain}},
+       {"invalid-configuration", "has a version of another kind", kProductAgain}},
       {R"("framework": {"name": "Microsoft.Nothing", "version": "6.0.0"}, LATEST)",
        {"missing-framework", "Microsoft.Nothing 6.0.0 is needed, and there is none", "install"}},
       {R"("framework": {"name": "Microsoft.NETCore.App", "version": "99.0.0"}, LATEST)",
@@ -80,13 +79,13 @@ TEST_F(ConfigurationFaultsOnRealDotnet, OptionsThatTheHostRefusesAreNamed) {
       {R"(FRAMEWORK, "rollForward": "Disable")", {"missing-framework", kNeeded, "install"}},
       {R"(FRAMEWORK, "rollForward": "Sometimes")",
        {"invalid-configuration", "sets rollForward to Sometimes, which has no meaning", kProductAgain}},
-      {R"(FRAMEWORK, "rollForward": 2)",
-       {"invalid-configuration", "has a rollForward that is not a text", kProductAgain}},
+      {R"(FRAMEWORK, "rollForward": 2)", {"invalid-configuration", "has a rollForward of another kind", kProductAgain}},
       {R"(FRAMEWORK, LATEST, "rollForwardOnNoCandidateFx": 2)",
        {"invalid-configuration", "sets rollForward beside rollForwardOnNoCandidateFx", kProductAgain}},
       {R"("includedFrameworks": [{"name": "Microsoft.NETCore.App", "version": "6.0.0"}])",
        {"no-framework-named", "names no framework", kProductAgain}},
-      {R"(FRAMEWORK, LATEST, "configProperties": "x")", {"malformed-configuration", "", ""}, kShape},
+      {R"(FRAMEWORK, LATEST, "configProperties": "x")",
+       {"invalid-configuration", "has a configProperties of another kind", kProductAgain}},
       {R"(FRAMEWORK, LATEST, INVARIANT,)", {"malformed-configuration", "is not JSON", kProductAgain}},
       {R"(framework: {})", {"malformed-configuration", "is not JSON", kProductAgain}},
   });
@@ -99,8 +98,7 @@ TEST_F(ConfigurationFaultsOnRealDotnet, OptionsThatTheRuntimeCannotStartWithAreN
       {R"(FRAMEWORK, LATEST, "configProperties": {"System.GC.Name": "libnone.so"})",
        {"collector-option", "System.GC.Name", "take System.GC.Name out"}},
       {R"(FRAMEWORK, LATEST, "configProperties": {"System.Globalization.AppLocalIcu": "99.1"})",
-       {"no-icu", "", ""},
-       "taken for sound"},
+       {"no-icu", "SIGABRT: ICU, which the application needs, is missing", "install ICU"}},
   });
 }
 
@@ -125,8 +123,8 @@ TEST_F(ConfigurationFaultsOnRealDotnet, TheApplicationsJsonFilesAreReadAsTheHost
   const std::string sound = Options("FRAMEWORK, LATEST, INVARIANT");
   CheckBytes(kConfiguration, {
                                  {"{}", {"invalid-configuration", "has no object runtimeOptions", kProductAgain}},
-                                 {"[]", {"malformed-configuration", "is not JSON", kProductAgain}},
-                                 {"null", {"malformed-configuration", "is not JSON", kProductAgain}},
+                                 {"[]", {"malformed-configuration", "does not hold a JSON object", kProductAgain}},
+                                 {"null", {"malformed-configuration", "does not hold a JSON object", kProductAgain}},
                                  {R"({"runtimeOptions": "x"})",
                                   {"invalid-configuration", "has no object runtimeOptions", kProductAgain}},
                                  {"\xff\xfe{", {"malformed-configuration", "is not JSON", kProductAgain}},
@@ -139,8 +137,8 @@ TEST_F(ConfigurationFaultsOnRealDotnet, TheApplicationsJsonFilesAreReadAsTheHost
       R"(}}}}, "libraries": {"grellin_utils/1.0.0": {"type": "project", "serviceable": false, "sha512": ""}}})";
   CheckBytes(kDependencies,
              {
-                 {"{}", {"malformed-configuration", "", ""}, "the file's shape is the cause"},
-                 {"[]", {"host-refuses", "ResolverInitFailure", "see"}},
+                 {"{}", {"malformed-dependencies", "has no runtimeTarget", kProductAgain}},
+                 {"[]", {"malformed-dependencies", "does not hold a JSON object", kProductAgain}},
                  {R"({"runtimeTarget": {"name": "t"}})", {"", kRuns, ""}},
                  {library + R"("grellin_utils.dll": {})" + libraries, {"", kRuns, ""}},
                  {library + R"("grellin_utils.dll": {}, "missing.dll": {})" + libraries, {"", kRuns, ""}},
@@ -203,7 +201,7 @@ TEST_F(FaultsOnRealDotnet, FrameworksThatDoNotServeAreNamed) {
          world.aside.push_back(std::make_unique<PutAside>(Beside(world, "99.0.0"), Beside(world, "none")));
          WriteFile(Beside(world, "99.0.0") / "Microsoft.NETCore.App.deps.json", R"({"targets": {}})");
        },
-       {"host-policy-broken", "99.0.0/libhostpolicy.so is missing", "install the .NET runtime 99.0.0 again"}},
+       {"host-file-broken", "99.0.0/libhostpolicy.so is missing", "install the .NET runtime 99.0.0 again"}},
   });
 }
 

@@ -211,9 +211,8 @@ TEST(ApplicationNearMisses, AMissingFrameworkIsSaidBesideWhatIsThere) {
        "Microsoft.NETCore.App 5.0.0 is needed; under /opt/morvath/dotnet there are 6.0.9 and 6.0.36, and roll-forward "
        "is Minor",
        "install the .NET runtime 5.0.0 or a newer 5.0"},
-      {R"("name": "Microsoft.NETCore.App", "version": "6.0.9x", "rollForward": "Major")",
-       "Microsoft.NETCore.App 6.0.9x is needed, and '6.0.9x' is not a version",
-       "install the .NET runtime 6.0.9x or newer"},
+      {R"("name": "Microsoft.NETCore.App", "version": "6.0.9x")",
+       "Microsoft.NETCore.App 6.0.9x is needed, and '6.0.9x' is not a version", "install the .NET runtime 6.0.9x"},
       {R"("name": "Microsoft.AspNetCore.App", "version": "6.0.0", "rollForward": "Disable")",
        "Microsoft.AspNetCore.App 6.0.0 is needed, and there is none under /opt/morvath/dotnet",
        "install the ASP.NET Core runtime 6.0.0"},

@@ -71,7 +71,7 @@ TEST(Frameworks, TheVersionIsTakenThatTheRulesOfRollForwardName) {
       {"5.0.0", "Minor", "Base none"},        {"6.0.3", "LatestMinor", "Base 6.1.2"},
       {"5.0.0", "Major", "Base 6.0.5"},       {"7.0.0", "Major", "Base 8.0.11"},
       {"6.0.3", "LatestMajor", "Base 8.1.0"}, {"8.2.0", "LatestMajor", "Base 9.0.0-rc.1"},
-      {"6.0", "LatestMajor", "Base none"},
+      {"6.0", "LatestMajor", "Base 8.1.0"},   {"6.0", "Minor", "Base none"},
   };
   for (const Row& row : rows) {
     EXPECT_EQ(Story(world.Resolved(Single(row.version, std::string(R"(, "rollForward": ")") + row.roll + "\""))),

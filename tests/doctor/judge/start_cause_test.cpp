@@ -155,7 +155,8 @@ TEST(StartCause, AnOptionOfTheApplicationExplainsACollectorThatFails) {
 
   start = Failed("0x80004005");
   start.collector_options = {{"System.GC.HeapHardLimit", "16"}};
-  EXPECT_EQ(Text(start), "the runtime does not start (0x80008089)") << "another failure has another cause";
+  EXPECT_EQ(Text(start), "the runtime does not start: something has failed that has no number of its own (0x80004005)")
+      << "another failure has another cause";
 }
 
 TEST(StartCause, TheLastWordsOfAnUnknownFailureAreKept) {
