@@ -89,7 +89,7 @@ TEST(DoctorExecutable, EndsWithOneWhenALaunchWouldNotRun) {
   const Outcome outcome = Doctor().Run();
 
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_TRUE(outcome.out.starts_with("A launch would abort: the settings file is missing.\n")) << outcome;
+  EXPECT_TRUE(outcome.out.starts_with("A launch would abort: the folder of the settings file is missing.\n")) << outcome;
   EXPECT_EQ(outcome.err, "");
 }
 

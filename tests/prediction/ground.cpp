@@ -76,6 +76,7 @@ Ground::Ground(fs::path folder) : folder_(std::move(folder)) {
 Ground::~Ground() {
   Remove(folder_);
   Remove(fs::path(kSettingsPath).parent_path());
+  Remove("/opt/morvath/quor");
 }
 
 void Ground::MakeFolder(const fs::path& path) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/assembly_image.h"
 #include "tests/support/odd_host.h"
 #include "tests/support/settings_file.h"
 
@@ -371,6 +372,41 @@ class SettingsMaker {
   Start& start_;
 };
 
+// The application beside the launcher's own folder, and its framework under the root; mostly sound.
+class ApplicationMaker {
+ public:
+  ApplicationMaker(Choice& choice, Ground& ground) : choice_(choice), ground_(ground) {}
+
+  void Make() {
+    const fs::path framework = ground_.Folder() / "root" / "shared" / "Microsoft.NETCore.App" / "6.0.36";
+    MakeUnless(40, "/opt/morvath/quor/lib64/grellin_utils.dll", AssemblyImage().bytes);
+    MakeUnless(40, "/opt/morvath/quor/lib64/grellin_utils.runtimeconfig.json", Configuration());
+    MakeUnless(40, framework / "Microsoft.NETCore.App.deps.json", R"({"targets": {}})");
+    if (!choice_.OneIn(40)) {
+      ground_.MakeCopy(framework / "libhostpolicy.so", HostLibrary());
+    }
+  }
+
+ private:
+  // Left out once in so many.
+  void MakeUnless(std::size_t count, const fs::path& file, std::string_view bytes) {
+    if (!choice_.OneIn(count)) {
+      ground_.MakeFile(file, bytes);
+    }
+  }
+
+  std::string Configuration() {
+    const std::string sound =
+        R"({"runtimeOptions": {"framework": {"name": "Microsoft.NETCore.App", "version": "6.0.0"}}})";
+    constexpr auto kOdd = std::to_array<const char*>(
+        {"", "{}", "[]", "words", R"({"runtimeOptions": {"framework": {"name": "Microsoft.Nothing"}}})"});
+    return choice_.OneIn(15) ? choice_.Of(kOdd) : choice_.OneIn(30) ? sound.substr(0, sound.size() / 2) : sound;
+  }
+
+  Choice& choice_;
+  Ground& ground_;
+};
+
 void TellHost(Choice& choice, StandInHost& host) {
   using enum HostFunction;
   switch (choice.Below(40)) {
@@ -418,6 +454,8 @@ void LayOut(Choice& choice, Ground& ground, StandInHost& host, Start& start) {
   start.reads_everything = false;
   TreeMaker(choice, ground, ground.Folder() / "root").Make();
   SettingsMaker(choice, ground, start).Make();
+  ApplicationMaker(choice, ground).Make();
+  host.IsStrict();
   TellHost(choice, host);
   for (const auto& [name, value] : host.Environment()) {
     if (name != "STAND_IN_RECORD") {

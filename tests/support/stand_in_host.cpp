@@ -107,6 +107,11 @@ StandInHost& StandInHost::SetsErrno(HostFunction function, int error) {
   return Tell(function, "ERRNO", std::to_string(error));
 }
 
+StandInHost& StandInHost::IsStrict() {
+  environment_["STAND_IN_IS_STRICT"] = "1";
+  return *this;
+}
+
 StandInHost& StandInHost::GivesNoHandle() {
   return Tell(HostFunction::kInitialize, "GIVES_NO_HANDLE", "1");
 }

@@ -63,6 +63,8 @@ class StandInHost {
   StandInHost& Dies(HostFunction function, int signal);
   /// `function` leaves that error number behind.
   StandInHost& SetsErrno(HostFunction function, int error);
+  /// Initialising refuses an application without assembly, configuration or framework, as the documented host does.
+  StandInHost& IsStrict();
   /// Initialising leaves the handle null.
   StandInHost& GivesNoHandle();
 

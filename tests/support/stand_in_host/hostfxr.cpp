@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -200,6 +202,44 @@ extern "C" [[gnu::visibility("default")]] ErrorWriter hostfxr_set_error_writer(E
 }
 
 #ifndef LACKS_INITIALIZE
+namespace {
+
+// Of the documented statuses, those of an application that cannot be run.
+constexpr auto kAppArgNotRunnable = static_cast<std::int32_t>(0x80008094);
+constexpr auto kInvalidConfigFile = static_cast<std::int32_t>(0x80008093);
+constexpr auto kHostLibMissing = static_cast<std::int32_t>(0x80008083);
+constexpr auto kFrameworkMissing = static_cast<std::int32_t>(0x80008096);
+
+bool IsThere(const std::string& path) {
+  return ::access(path.c_str(), F_OK) == 0;
+}
+
+// A little of what the documented host does when it is asked to be as strict: the assembly and its configuration have
+// to be there, this has to name the one framework that is known here, and any version of it has to hold the host's
+// policy.
+std::int32_t LookAtApplication(const std::string& assembly, const std::string& root) {
+  const std::string configuration = assembly.substr(0, assembly.rfind('.')) + ".runtimeconfig.json";
+  if (!IsThere(assembly)) {
+    return kAppArgNotRunnable;
+  }
+  if (!IsThere(configuration)) {
+    return kHostLibMissing;
+  }
+  std::ifstream file(configuration);
+  const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  if (text.find("runtimeOptions") == std::string::npos || text.find_last_not_of(" \n") != text.rfind('}')) {
+    return kInvalidConfigFile;
+  }
+  const std::string framework = root + "/shared/Microsoft.NETCore.App/6.0.36/";
+  if (text.find("Microsoft.NETCore.App") == std::string::npos ||
+      !IsThere(framework + "Microsoft.NETCore.App.deps.json")) {
+    return kFrameworkMissing;
+  }
+  return IsThere(framework + "libhostpolicy.so") ? 0 : kHostLibMissing;
+}
+
+}  // namespace
+
 extern "C" [[gnu::visibility("default")]] std::int32_t hostfxr_initialize_for_dotnet_command_line(
     int argc, const char** argv, const InitializeParameters* parameters, void** handle) {
   if (const char* record = Record()) {
@@ -221,6 +261,11 @@ extern "C" [[gnu::visibility("default")]] std::int32_t hostfxr_initialize_for_do
     }
     std::printf("  host path [%s]\n  runtime root [%s]\n", parameters->host_path, parameters->dotnet_root);
     std::fflush(stdout);
+  }
+  if (Asked("STAND_IN_IS_STRICT") != nullptr) {
+    if (const std::int32_t refusal = LookAtApplication(argv[0], parameters->dotnet_root); refusal != 0) {
+      return refusal;
+    }
   }
   if (Asked("STAND_IN_INITIALIZE_GIVES_NO_HANDLE") == nullptr) {
     *handle = &context;
