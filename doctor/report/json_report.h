@@ -9,7 +9,7 @@
 namespace doctor {
 
 /// Raised when a name or a meaning changes; names are only added otherwise.
-inline constexpr int kJsonSchema = 1;
+inline constexpr int kJsonSchema = 2;
 
 /// One JSON object and a newline: valid UTF-8 whatever the paths hold, with U+FFFD for what is not. docs/doctor.md
 /// describes it.
