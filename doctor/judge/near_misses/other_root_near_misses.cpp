@@ -16,12 +16,17 @@ namespace {
 constexpr auto kMendedInPlace = std::to_array<Finding>({
     Finding::kSettingsAreFolder,
     Finding::kSettingsHaveExtension,
+    Finding::kSettingsFolderNoFolder,
+    Finding::kSettingsLinkBroken,
+    Finding::kSettingsNotAFile,
     Finding::kSettingsAreUtf16,
     Finding::kFolderIsLink,
     Finding::kLibraryIsLink,
     Finding::kFolderNotEntered,
     Finding::kFileNotRead,
     Finding::kNoexec,
+    Finding::kNeededLibrary,
+    Finding::kTooFewFiles,
 });
 
 bool IsMendedInPlace(const RootSearch& search) {

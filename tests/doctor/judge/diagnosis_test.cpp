@@ -226,6 +226,15 @@ TEST(Diagnosis, ARootThatOnlyHasToBeOpenedIsNotReplaced) {
   EXPECT_EQ(Diagnose(Installed()).verdict.cause.finding, Finding::kFolderIsLink);
 }
 
+TEST(Diagnosis, SettingsThatAreNoFileAreMendedBeforeARuntimeElsewhereIsWrittenIntoThem) {
+  Installation installation;
+  installation.Healthy().NoSettings();
+  MoveRuntimeAway();
+  std::filesystem::create_symlink("/dev/null", tests::kSettingsPath);
+
+  EXPECT_EQ(Diagnose(Installed()).verdict.cause.finding, Finding::kSettingsNotAFile);
+}
+
 TEST(Diagnosis, ARuntimeElsewhereThatRefusesTheApplicationIsNoCure) {
   Installation installation;
   installation.Healthy();
