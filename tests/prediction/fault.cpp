@@ -17,6 +17,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kProductFolder = "/opt/morvath/quor/lib64";
+constexpr const char* kFileList = R"({"runtimeTarget": {"name": "t"}, "targets": {"t": {}}, "libraries": {}})";
 constexpr const char* kVersion = "6.0.36";
 // The doctor cannot know where the runtime of this world is, and names the usual folder.
 std::string ForThisWorld(const std::string& cure, const KnownWorld& world) {
@@ -37,13 +38,14 @@ void Cure(const std::string& cure, KnownWorld& world) {
 void AddApplication(const RuntimeTree& runtime) {
   const fs::path application = kProductFolder;
   WriteFile(application / "grellin_utils.dll", AssemblyImage().bytes);
-  WriteFile(application / "grellin_utils.deps.json", R"({"targets": {}})");
+  WriteFile(application / "grellin_utils.deps.json", kFileList);
   WriteFile(application / "grellin_utils.runtimeconfig.json",
             R"({"runtimeOptions": {"framework": {"name": "Microsoft.NETCore.App", "version": "6.0.0"},
                                   "configProperties": {"System.Globalization.Invariant": true}}})");
   const fs::path framework = runtime.Root() / "shared" / "Microsoft.NETCore.App" / kVersion;
-  WriteFile(framework / "Microsoft.NETCore.App.deps.json", R"({"targets": {}})");
+  WriteFile(framework / "Microsoft.NETCore.App.deps.json", kFileList);
   fs::copy_file(HostLibrary(), framework / "libhostpolicy.so");
+  fs::copy_file(HostLibrary(), framework / "libcoreclr.so");
 }
 
 // What a row may leave behind where the next one lays out its product.
