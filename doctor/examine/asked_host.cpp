@@ -2,8 +2,10 @@
 
 #include <dlfcn.h>
 
+#include <stdexcept>
 #include <string_view>
 
+#include "foundation/utf.h"
 #include "launcher/product/product.h"
 #include "netloader/platform/environment.h"
 
@@ -51,13 +53,23 @@ void* AskedHost::Function(const char* name) const {
   return ::dlsym(binding.library.get(), name);
 }
 
-AskedHost AskHost(const tov::WideString& path, const tov::WideString& root, const tov::WideString& assembly) {
+std::optional<AskedHost> AskHost(const tov::WideString& path, const tov::WideString& root,
+                                 const tov::WideString& assembly) {
   ApplyLaunchEnvironment();
   Unheard unheard;
   AskedHost host{netloader::BindHost(path, unheard)};
+  if (!host.binding.functions.AreComplete()) {
+    return std::nullopt;
+  }
   ListenTo(host);
   host.context = netloader::CreateHostContext(host.binding.functions.initialize, root, path, assembly, 0, nullptr);
   return host;
+}
+
+void RequireHost(const ChildResult& child, const tov::WideString& path) {
+  if (child.end == ChildEnd::kFinished && child.answer == kNoHost) {
+    throw std::runtime_error(tov::text::ToUtf8(path) + " could be loaded, and cannot be any more");
+  }
 }
 
 const std::string& HostWords() {

@@ -1,5 +1,7 @@
 #include "doctor/examine/probe.h"
 
+#include <optional>
+
 #include "doctor/examine/asked_host.h"
 #include "foundation/utf.h"
 #include "netloader/netloaderhostfxr/src/host_binding.h"
@@ -43,7 +45,11 @@ Answer LoadLibrary(const tov::WideString& path) {
 }
 
 Answer CreateContext(const tov::WideString& path, const tov::WideString& root, const tov::WideString& assembly) {
-  AskedHost host = AskHost(path, root, assembly);
+  std::optional<AskedHost> asked = AskHost(path, root, assembly);
+  if (!asked) {
+    return kNoHost;
+  }
+  AskedHost& host = *asked;
   std::string assemblies;
   if (host.context.IsUsable()) {
     assemblies = AssembliesOf(host);
@@ -69,6 +75,7 @@ ContextProbe ProbeContext(const tov::WideString& library, const tov::WideString&
                           const tov::WideString& assembly, const Patience& patience) {
   ContextProbe probe{RunInChild([&] { return CreateContext(library, dotnetRoot, assembly); },
                                 "the host to prepare the application", patience)};
+  RequireHost(probe.child, library);
   if (probe.child.end == ChildEnd::kFinished) {
     const Answer& answer = probe.child.answer;
     probe.result = std::stoi(answer.at(0));

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <optional>
 
 #include "doctor/examine/asked_host.h"
 
@@ -64,7 +65,11 @@ Answer NotTried() {
 
 Answer Start(const tov::WideString& path, const tov::WideString& root, const tov::WideString& assembly) {
   PreventDumps();
-  AskedHost host = AskHost(path, root, assembly);
+  std::optional<AskedHost> asked = AskHost(path, root, assembly);
+  if (!asked) {
+    return kNoHost;
+  }
+  AskedHost& host = *asked;
   const auto get = reinterpret_cast<GetDelegate>(host.Function("hostfxr_get_runtime_delegate"));
   if (get == nullptr || !host.context.IsUsable()) {
     return NotTried();
@@ -88,6 +93,7 @@ Answer Start(const tov::WideString& path, const tov::WideString& root, const tov
 StartProbe ProbeStart(const tov::WideString& library, const tov::WideString& dotnetRoot,
                       const tov::WideString& assembly, const Patience& patience) {
   StartProbe probe{RunInChild([&] { return Start(library, dotnetRoot, assembly); }, "the runtime to start", patience)};
+  RequireHost(probe.child, library);
   if (probe.child.end == ChildEnd::kFinished) {
     const Answer& answer = probe.child.answer;
     probe.was_tried = !answer.at(0).empty();

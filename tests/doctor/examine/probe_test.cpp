@@ -6,6 +6,7 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <stdexcept>
 
 #include "doctor/judge/words/text.h"
 #include "tests/support/odd_host.h"
@@ -115,6 +116,11 @@ TEST(LibraryProbe, ALibraryThatHangsIsGivenUpAtTheLimit) {
 
   EXPECT_EQ(probe.child.end, ChildEnd::kTimedOut);
   EXPECT_FALSE(probe.IsGood());
+}
+
+TEST(ContextProbe, AHostThatCannotBeLoadedAnyMoreIsNoFindingButAFailure) {
+  EXPECT_THROW(ProbeContext(Wide(tests::HostLibrary(HostVariant::kLacksRun)), u"/root", u"/app.dll", {kLong}),
+               std::runtime_error);
 }
 
 TEST(ContextProbe, CreatesTheContextOfALaunchWithoutArgumentsClosesItAndRunsNothing) {

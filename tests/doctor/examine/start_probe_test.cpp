@@ -5,6 +5,7 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <stdexcept>
 
 #include "doctor/judge/words/text.h"
 #include "tests/support/scoped_environment.h"
@@ -34,6 +35,11 @@ std::vector<std::string> TypesAskedFor(const StandInHost& host) {
     }
   }
   return types;
+}
+
+TEST(StartProbe, AHostThatCannotBeLoadedAnyMoreIsNoFindingButAFailure) {
+  EXPECT_THROW(ProbeStart(ToUtf16(tests::HostLibrary(HostVariant::kLacksRun).string()), u"/root", u"/app.dll", {60s}),
+               std::runtime_error);
 }
 
 TEST(StartProbe, StartsTheRuntimeOfALaunchWithoutArgumentsAndRunsNothing) {
