@@ -2,6 +2,7 @@
 
 #include <typeinfo>
 
+#include "foundation/char_converters.h"
 #include "foundation/convert_to_container.h"
 
 namespace tov::text {

@@ -1,6 +1,7 @@
 #include "foundation/long_path.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <cstring>

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <fcntl.h>
-#include <sys/stat.h>
 
 #include <memory>
 

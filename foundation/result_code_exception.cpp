@@ -1,6 +1,7 @@
 #include "foundation/result_code_exception.h"
 
 #include <climits>
+#include <cstdint>
 #include <span>
 #include <string_view>
 #include <type_traits>

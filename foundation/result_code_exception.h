@@ -5,6 +5,8 @@
 #include <optional>
 
 #include "foundation/exception.h"
+#include "foundation/exception_context.h"
+#include "foundation/strings.h"
 
 namespace tov {
 

@@ -1,6 +1,7 @@
 #include "foundation/stream_output.h"
 
 #include <ostream>
+#include <string>
 #include <typeinfo>
 
 #include "foundation/cast.h"

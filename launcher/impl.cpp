@@ -5,6 +5,7 @@
 
 #include "launcher/product/product.h"
 #include "netloader/logger/log.h"
+#include "netloader/logger/logger.h"
 #include "netloader/netloaderhostfxr/src/library_interface.h"
 #include "netloader/netloaderquorcommon/src/launch_sequence.h"
 

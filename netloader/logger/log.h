@@ -9,6 +9,7 @@
 
 #include "foundation/strings.h"
 #include "netloader/logger/global_logger.h"
+#include "netloader/logger/logger.h"
 
 namespace netloader::logger {
 

@@ -1,5 +1,7 @@
 #include "netloader/logger/logger_wrapper.h"
 
+#include <string>
+
 #include "netloader/logger/global_logger.h"
 
 namespace netloader::logger {

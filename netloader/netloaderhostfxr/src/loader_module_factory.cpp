@@ -1,6 +1,7 @@
 #include "netloader/netloaderhostfxr/src/loader_module_factory.h"
 
 #include "netloader/logger/log.h"
+#include "netloader/logger/logger.h"
 #include "netloader/netloaderhostfxr/src/loadermodule.h"
 
 namespace netloader {

@@ -2,14 +2,18 @@
 
 #include <dlfcn.h>
 
+#include <string>
 #include <utility>
 
 #include "foundation/utf.h"
+#include "netloader/logger/global_logger.h"
 #include "netloader/logger/log.h"
+#include "netloader/logger/logger.h"
 #include "netloader/netloaderhostfxr/src/assembly_path.h"
 #include "netloader/netloaderhostfxr/src/host_binding.h"
 #include "netloader/netloaderhostfxr/src/host_context.h"
 #include "netloader/netloaderhostfxr/src/library_module.h"
+#include "netloader/netloaderhostfxr/src/version_discovery.h"
 #include "netloader/netloaderhostfxr/src/version_order.h"
 #include "netloader/platform/environment.h"
 #include "netloader/utils/path_utils.h"

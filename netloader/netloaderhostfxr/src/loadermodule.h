@@ -8,7 +8,6 @@
 #include "netloader/netloaderhostfxr/src/host_library.h"
 #include "netloader/netloaderhostfxr/src/hostfxr_api.h"
 #include "netloader/netloaderhostfxr/src/library_interface.h"
-#include "netloader/netloaderhostfxr/src/version_discovery.h"
 
 namespace netloader {
 

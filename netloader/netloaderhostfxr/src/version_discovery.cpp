@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <string>
 #include <utility>
 
 #include "foundation/convert_to_container.h"

@@ -1,8 +1,11 @@
 #include "netloader/netloaderquorcommon/src/dotnet_settings.h"
 
 #include <cstdlib>
+#include <initializer_list>
+#include <string>
 #include <utility>
 
+#include "foundation/strings.h"
 #include "foundation/utf.h"
 #include "netloader/logger/log.h"
 #include "netloader/netloaderquorcommon/src/executable_folder.h"

@@ -1,7 +1,6 @@
 // What the settings file, the environment and the executable's place mean for the loader and its log.
 #pragma once
 
-#include "foundation/strings.h"
 #include "netloader/logger/logger.h"
 #include "netloader/netloaderhostfxr/src/host_fxr_module_parameters.h"
 #include "netloader/netloaderquorcommon/src/dotnet_settings_provider.h"

@@ -1,15 +1,19 @@
 #include "netloader/netloaderquorcommon/src/dotnet_settings_provider.h"
 
 #include <ios>
+#include <optional>
 #include <stdexcept>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
 #include "foundation/cast.h"
 #include "foundation/utf.h"
 #include "netloader/logger/log.h"
+#include "netloader/logger/logger.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 #include "netloader/netloaderquorcommon/src/settings_file.h"
+#include "netloader/netloaderquorcommon/src/settings_line.h"
 #include "netloader/netloaderquorcommon/src/settings_log.h"
 
 namespace netloader::quor {

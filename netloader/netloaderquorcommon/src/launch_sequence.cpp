@@ -1,6 +1,9 @@
 #include "netloader/netloaderquorcommon/src/launch_sequence.h"
 
+#include "netloader/logger/global_logger.h"
 #include "netloader/logger/log.h"
+#include "netloader/logger/logger.h"
+#include "netloader/netloaderhostfxr/src/host_fxr_module_parameters.h"
 #include "netloader/netloaderhostfxr/src/loader_module_factory.h"
 #include "netloader/netloaderquorcommon/src/dotnet_settings.h"
 

@@ -1,5 +1,7 @@
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 
+#include <string_view>
+
 #include "foundation/path.h"
 #include "netloader/netloaderquorcommon/src/settings_keys.h"
 

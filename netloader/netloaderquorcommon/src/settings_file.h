@@ -1,7 +1,6 @@
 // Reading the settings file.
 #pragma once
 
-#include <cstddef>
 #include <cstdio>
 #include <optional>
 #include <string>

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "netloader/logger/log.h"
+#include "netloader/logger/logger.h"
 
 namespace netloader::quor::detail {
 

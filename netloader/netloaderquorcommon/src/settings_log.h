@@ -1,6 +1,10 @@
 // The log lines of a load of the settings.
 #pragma once
 
+#include <string_view>
+
+#include "foundation/strings.h"
+#include "netloader/netloaderquorcommon/src/settings_line.h"
 #include "netloader/netloaderquorcommon/src/settings_listener.h"
 
 namespace netloader::quor::detail {

@@ -1,6 +1,8 @@
 #include "netloader/netloaderquorcommon/src/settings_map.h"
 
 #include <iterator>
+#include <string>
+#include <utility>
 
 namespace netloader::quor::detail {
 
