@@ -3,6 +3,7 @@
 #include <clocale>
 #include <csignal>
 #include <exception>
+#include <filesystem>
 #include <functional>
 #include <iostream>
 #include <optional>
@@ -123,9 +124,12 @@ int Run(const doctor::Options& options) {
     return WrongUsage(reason);
   }
   doctor::Question question;
-  question.settings_path = options.settings.value_or(doctor::ToUtf8(netloader::quor::detail::SettingsFilePath()));
+  // What is said of a file, and the commands that mend it, hold in each folder.
+  question.settings_path = options.settings ? std::filesystem::absolute(*options.settings).string()
+                                            : doctor::ToUtf8(netloader::quor::detail::SettingsFilePath());
   question.root = options.root;
   question.probe = options.probe;
+  question.launcher = doctor::LauncherBeside();
   const doctor::Terminal terminal = doctor::LookAtTerminal(STDERR_FILENO);
   doctor::WaitingLine line(STDERR_FILENO, terminal, options.time_limit);
   question.patience = {options.time_limit, TellerOf(terminal, line)};
@@ -152,6 +156,8 @@ int main(int argc, char** argv) {
   static_cast<void>(std::setlocale(LC_ALL, ".UTF8"));
   // Inherited when ignored, and then nobody learns how a child ended.
   static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
+  // A file that may not grow further is a failed write, which is told.
+  static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
   try {
     const auto parsed = doctor::ParseOptions(argc, argv);
     if (const auto* refusal = std::get_if<doctor::Refusal>(&parsed)) {

@@ -147,7 +147,10 @@ RootProber RootProberFor(const Question& question) {
   if (!question.probe) {
     return {};
   }
-  return [&question](const RuntimeReport& runtime) { return ContextOf(runtime, question.patience).IsUsable(); };
+  return [&question](const RuntimeReport& runtime) {
+    return ProbeLibrary(runtime.Decisive()->library, question.patience).IsGood() &&
+           ContextOf(runtime, question.patience).IsUsable();
+  };
 }
 
 void LookElsewhere(Diagnosis& diagnosis, const Question& question) {
@@ -174,10 +177,14 @@ Diagnosis Diagnose(const Question& question) {
     diagnosis.runtime = ExamineRuntime(root, LibraryProberFor(question));
   }
   diagnosis.environment = ExamineEnvironment(diagnosis.settings);
+  if (!question.launcher.empty()) {
+    diagnosis.launcher = ExamineLauncher(question.launcher, question.probe, question.patience);
+  }
   diagnosis.application = ExamineApplication(root, ContextProberFor(diagnosis, question));
   diagnosis.start = StartReportOf(diagnosis, question.patience);
-  diagnosis.verdict = Judge({&diagnosis.settings, diagnosis.runtime ? &*diagnosis.runtime : nullptr,
-                             &diagnosis.application, diagnosis.start ? &*diagnosis.start : nullptr});
+  diagnosis.verdict =
+      Judge({&diagnosis.settings, diagnosis.runtime ? &*diagnosis.runtime : nullptr, &diagnosis.application,
+             diagnosis.start ? &*diagnosis.start : nullptr, diagnosis.launcher ? &*diagnosis.launcher : nullptr});
   diagnosis.open_paths = PathsOpenToOthers(PathsOf(diagnosis));
   diagnosis.warnings = NearMisses(diagnosis, question);
   LookElsewhere(diagnosis, question);

@@ -7,6 +7,7 @@
 
 #include "doctor/examine/application_report.h"
 #include "doctor/examine/environment_report.h"
+#include "doctor/examine/launcher_file.h"
 #include "doctor/examine/open_paths.h"
 #include "doctor/examine/other_roots.h"
 #include "doctor/examine/runtime_report.h"
@@ -24,6 +25,7 @@ struct Question {
   bool probe = true;                ///< Whether libraries are loaded and a context is created.
   Patience patience = {};           ///< With each child process.
   InstallPlaces places = {};        ///< Where else a runtime is looked for when there is none.
+  std::string launcher = {};        ///< The launcher's file; empty when it is not looked at.
 };
 
 struct Diagnosis {
@@ -33,6 +35,7 @@ struct Diagnosis {
   std::optional<RuntimeReport> runtime;  ///< Empty when no root is known.
   std::vector<OtherRoot> other_roots;    ///< Empty where none was looked for.
   EnvironmentReport environment;
+  std::optional<LauncherReport> launcher;  ///< Empty when it was not looked at.
   ApplicationReport application;
   std::optional<StartReport> start;  ///< Empty when there was no context to start the runtime for.
   std::vector<OpenPath> open_paths;  ///< What others may change of what a launch reads and loads.

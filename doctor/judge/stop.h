@@ -21,6 +21,7 @@ enum class Stop : unsigned {
   kInHost = 1U << 9,     ///< The host ends the process, or does not come back, while it is asked for a context.
   kContext = 1U << 10,   ///< The host gives no context.
   kStart = 1U << 11,     ///< The runtime does not start.
+  kBegin = 1U << 12,     ///< The launcher itself cannot begin.
 };
 
 constexpr Stop operator|(Stop a, Stop b) {

@@ -93,6 +93,15 @@ Verdict EndsLike(const ChildResult& child, Stop stop, Finding ended, Finding not
   return EndsLike(child, stop, Worded(child.end == ChildEnd::kTimedOut ? notFinished : ended, clue));
 }
 
+// A mode without the right is mended; of what else closes a file the reader knows more.
+std::string CureOfClosed(const std::string& path) {
+  std::error_code ignored;
+  const auto any = fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec;
+  const bool isClosed = (fs::status(path, ignored).permissions() & any) != any;
+  return isClosed ? "chmod " + RightsThatCount(path) + "+rx " + ShellWord(path)
+                  : "mount its file system with exec, and let this user enter each folder above it";
+}
+
 Clue AtSettings(const SettingsReport& settings, Values values = {}) {
   Clue clue = AtPath(settings.path, std::move(values));
   clue.values.emplace("file_word", ShellWord(settings.path));
@@ -262,9 +271,26 @@ void TakeCureOfPlace(Warning& cause, const Warnings& warnings) {
   }
 }
 
+// Without a launcher that begins nothing else matters. A shell has a status of its own for each of these.
+std::optional<Verdict> JudgeLauncher(const LauncherReport& launcher) {
+  constexpr int kNotExecutable = 126;
+  constexpr int kNotFound = 127;
+  const auto notBegun = [&](Finding finding, int status) {
+    Clue clue = AtPath(launcher.path, {{"words", Printable(launcher.lacks)}, {"command", CureOfClosed(launcher.path)}});
+    return Verdict{Outcome::kNotBegun, Stop::kBegin, Worded(finding, clue), {}, status};
+  };
+  return !launcher.is_there          ? std::optional(notBegun(Finding::kLauncherMissing, kNotFound))
+         : !launcher.may_be_executed ? std::optional(notBegun(Finding::kLauncherNotExecutable, kNotExecutable))
+         : !launcher.lacks.empty()   ? std::optional(notBegun(Finding::kLauncherLacksLibrary, kNotFound))
+                                     : std::nullopt;
+}
+
 }  // namespace
 
 Verdict Judge(const Evidence& evidence) {
+  if (auto verdict = evidence.launcher != nullptr ? JudgeLauncher(*evidence.launcher) : std::nullopt) {
+    return *verdict;
+  }
   if (auto verdict = JudgeSettings(*evidence.settings)) {
     return *verdict;
   }

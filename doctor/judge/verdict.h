@@ -4,6 +4,7 @@
 #include <string>
 
 #include "doctor/examine/application_report.h"
+#include "doctor/examine/launcher_file.h"
 #include "doctor/examine/runtime_report.h"
 #include "doctor/examine/settings_report.h"
 #include "doctor/examine/start_report.h"
@@ -21,6 +22,7 @@ enum class Outcome {
   kHangs,       ///< The launcher waits for what does not come.
   kNotKnown,    ///< What was tried did not finish within the time limit.
   kNotStarted,  ///< With status 0, although the application has not run.
+  kNotBegun,    ///< The launcher cannot be executed; the status is the shell's.
 };
 
 /// `line` begins a report; `{signal}`, `{status}` and `{cause}` stand for the verdict's.
@@ -43,8 +45,9 @@ inline constexpr auto kOutcomes = std::to_array<OutcomeText>({
     {Outcome::kNotKnown, "not-known", "what was tried did not finish within the time limit", "Not known: {cause}."},
     {Outcome::kNotStarted, "not-started", "it would end with status 0 without running the application",
      "A launch would end with status 0 without running the application: {cause}."},
+    {Outcome::kNotBegun, "not-begun", "the launcher itself could not begin", "A launch would not begin: {cause}."},
 });
-static_assert(IsComplete(kOutcomes, Outcome::kNotStarted));
+static_assert(IsComplete(kOutcomes, Outcome::kNotBegun));
 
 /// How much of a launch that would run was tried.
 enum class Tried { kFiles, kHost, kStart };
@@ -67,6 +70,7 @@ struct Evidence {
   const RuntimeReport* runtime;
   const ApplicationReport* application;
   const StartReport* start = nullptr;
+  const LauncherReport* launcher = nullptr;
 };
 
 /// Walks the road to where a launch would end.

@@ -27,7 +27,8 @@ json OrNull(const std::string& text) {
 
 json ToJson(const Verdict& verdict) {
   const bool hasStatus = verdict.outcome == Outcome::kRuns || verdict.outcome == Outcome::kStatus255 ||
-                         verdict.outcome == Outcome::kExits || verdict.outcome == Outcome::kNotStarted;
+                         verdict.outcome == Outcome::kExits || verdict.outcome == Outcome::kNotStarted ||
+                         verdict.outcome == Outcome::kNotBegun;
   return {{"outcome", RowOf(kOutcomes, verdict.outcome).code},
           {"line", VerdictLine(verdict)},
           {"code", verdict.HasCause() ? json(RowOf(kFindings, verdict.cause.finding).code) : json()},
@@ -176,6 +177,13 @@ json ToJson(const ContextProbe& context) {
   return object;
 }
 
+json ToJson(const LauncherReport& launcher) {
+  return {{"path", launcher.path},
+          {"there", launcher.is_there},
+          {"executable", launcher.may_be_executed},
+          {"lacks", OrNull(launcher.lacks)}};
+}
+
 json ToJson(const ApplicationReport& application) {
   return {{"assembly", ToJson(application.assembly_file)},
           {"runtime_config", ToJson(application.runtime_config)},
@@ -234,6 +242,7 @@ std::string JsonReport(const Diagnosis& diagnosis, const Head& head) {
                    {"variables", ToArray(diagnosis.environment.variables)},
                    {"obeyed", ToArray(diagnosis.environment.obeyed)}}},
                  {"open_paths", ToArray(diagnosis.open_paths)},
+                 {"launcher", diagnosis.launcher ? ToJson(*diagnosis.launcher) : json()},
                  {"application", ToJson(diagnosis.application)},
                  {"start", diagnosis.start ? ToJson(*diagnosis.start) : json()}};
   json inexact = json::array();

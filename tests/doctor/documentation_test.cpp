@@ -118,6 +118,7 @@ std::set<std::string> MembersOfTheJson() {
   diagnosis.environment.variables.emplace_back();
   diagnosis.environment.obeyed.emplace_back();
   diagnosis.open_paths.emplace_back();
+  diagnosis.launcher.emplace();
   diagnosis.application.frameworks.emplace_back();
   diagnosis.application.context.emplace();
   diagnosis.start.emplace().broken.emplace_back();

@@ -89,8 +89,25 @@ TEST(DoctorExecutable, EndsWithOneWhenALaunchWouldNotRun) {
   const Outcome outcome = Doctor().Run();
 
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_TRUE(outcome.out.starts_with("A launch would abort: the folder of the settings file is missing.\n")) << outcome;
+  EXPECT_TRUE(outcome.out.starts_with("A launch would abort: the folder of the settings file is missing.\n"))
+      << outcome;
   EXPECT_EQ(outcome.err, "");
+}
+
+TEST(DoctorExecutable, SaysThatTheLauncherIsMissingWhereTheProductIsInstalledWithoutIt) {
+  const Installation installation;
+  const fs::path bin = "/opt/morvath/quor/bin";
+  fs::create_directories(bin);
+  fs::copy(DoctorFile(), bin / "grellin_doctor");
+
+  const Outcome without = Command(bin / "grellin_doctor").Arguments({"--no-probe"}).Run();
+  fs::copy(DoctorFile(), bin / "grellin_loader");
+  const Outcome with = Command(bin / "grellin_doctor").Arguments({"--no-probe"}).Run();
+  fs::remove_all(bin);
+
+  EXPECT_TRUE(without.out.starts_with("A launch would not begin: the launcher is missing.\n")) << without;
+  EXPECT_EQ(without.status, 1);
+  EXPECT_FALSE(with.out.starts_with("A launch would not begin")) << with;
 }
 
 TEST(DoctorExecutable, EndsWithTwoAndAReasonWhenUsedWrongly) {
@@ -201,7 +218,7 @@ TEST(DoctorExecutable, JsonIsOneObject) {
 
   const json report = json::parse(Doctor({"--json"}).Run().out);
 
-  EXPECT_EQ(report["schema"], 1);
+  EXPECT_EQ(report["schema"], 2);
   EXPECT_EQ(report["verdict"]["outcome"], "runs");
   EXPECT_EQ(report["runtime"]["decisive_version"], "6.0.36");
   EXPECT_EQ(report["application"]["context"]["created"], true);

@@ -31,12 +31,13 @@ struct SoundEvidence {
     Version().child = end;
   }
   VersionReport& Version() { return runtime.versions.at(0); }
-  Verdict Judged() const { return Judge({&settings, &runtime, &application, &start}); }
+  Verdict Judged() const { return Judge({&settings, &runtime, &application, &start, &launcher}); }
 
   SettingsReport settings;
   RuntimeReport runtime;
   ApplicationReport application;
   StartReport start;
+  LauncherReport launcher{"/opt/launcher", true, true};
 };
 
 using namespace std::chrono_literals;
@@ -72,6 +73,7 @@ const Row kRows[] = {
      }},
     {Outcome::kDies, "A launch would die of SIGBUS: libclrjit.so is broken: cut short.",
      [](SoundEvidence& world) {
+       world.start.probe.was_tried = false;
        world.start.broken = {{"/net/libclrjit.so", Need::kStart, true, true, false, "cut short"}};
      }},
     {Outcome::kRuns, "Nothing was loaded: the files look sound; starting the runtime was not tried.",
@@ -206,6 +208,26 @@ TEST(Verdict, WhatDidNotFinishIsGivenSixTimesAsLong) {
 
   world.IsFatal(TimedOut(250ms));
   EXPECT_EQ(world.Judged().cause.cure, "grellin_doctor --time-limit 2");
+}
+
+TEST(Verdict, ALauncherThatCannotBeginDecidesBeforeAllElse) {
+  const Row rows[] = {
+      {Outcome::kNotBegun, "A launch would not begin: the launcher is missing.",
+       [](SoundEvidence& world) { world.launcher.is_there = false; }},
+      {Outcome::kNotBegun, "A launch would not begin: this user may not execute the launcher.",
+       [](SoundEvidence& world) { world.launcher.may_be_executed = false; }},
+      {Outcome::kNotBegun, "A launch would not begin: the launcher cannot be loaded with its own libraries.",
+       [](SoundEvidence& world) { world.launcher.lacks = "libstdc++.so.6: file too short"; }},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.line);
+    SoundEvidence world;
+    world.settings.end = SettingsEnd::kNoRoot;
+    row.spoil(world);
+
+    EXPECT_EQ(world.Judged().outcome, row.outcome);
+    EXPECT_EQ(VerdictLine(world.Judged()), row.line);
+  }
 }
 
 TEST(Verdict, WhatComesFirstOnTheRoadDecides) {

@@ -32,7 +32,7 @@ TEST(JsonReport, IsOneObjectWithASchemaAndANewline) {
   const json report = json::parse(text);
 
   EXPECT_EQ(text.back(), '\n');
-  EXPECT_EQ(report["schema"], 1);
+  EXPECT_EQ(report["schema"], 2);
   EXPECT_EQ(report["doctor"], (json{{"name", "grellin_doctor"}, {"version", kVersion}}));
   EXPECT_EQ(report["verdict"]["outcome"], "runs");
   EXPECT_EQ(report["verdict"]["line"], VerdictLine(Empty().verdict));
@@ -70,8 +70,8 @@ TEST(JsonReport, NamesStayInTheirOrder) {
   }
 
   EXPECT_EQ(names, (std::vector<std::string>{"schema", "doctor", "asked", "machine", "verdict", "warnings", "settings",
-                                             "runtime", "other_roots", "environment", "open_paths", "application",
-                                             "start", "inexact"}));
+                                             "runtime", "other_roots", "environment", "open_paths", "launcher",
+                                             "application", "start", "inexact"}));
 }
 
 TEST(JsonReport, TheVerdictsNumbersAreThereWhereTheyMeanSomething) {
@@ -83,7 +83,8 @@ TEST(JsonReport, TheVerdictsNumbersAreThereWhereTheyMeanSomething) {
   const Row rows[] = {{Outcome::kRuns, 0, 0, nullptr},           {Outcome::kStatus255, 255, 255, nullptr},
                       {Outcome::kExits, 17, 17, nullptr},        {Outcome::kDies, SIGBUS, nullptr, "SIGBUS"},
                       {Outcome::kAborts, 0, nullptr, nullptr},   {Outcome::kHangs, 0, nullptr, nullptr},
-                      {Outcome::kNotKnown, 0, nullptr, nullptr}, {Outcome::kNotStarted, 0, 0, nullptr}};
+                      {Outcome::kNotKnown, 0, nullptr, nullptr}, {Outcome::kNotStarted, 0, 0, nullptr},
+                      {Outcome::kNotBegun, 127, 127, nullptr}};
   for (const Row& row : rows) {
     Diagnosis diagnosis = Empty();
     diagnosis.verdict.outcome = row.outcome;

@@ -19,7 +19,7 @@ TEST(OpenPathNearMisses, SayWhoMayChangeWhatAndHowItIsClosed) {
   EXPECT_EQ(Story({{"/a b", ChangeRight::kOwner, "quor"},
                    {"/c", ChangeRight::kGroup, "staff"},
                    {"/d", ChangeRight::kEverybody}}),
-            "/a b belongs to quor -> chown root '/a b'\n"
+            "/a b belongs to quor -> where launches run as quor, ask as that user:  grellin_doctor --user quor\n"
             "the group staff may change /c -> chmod g-w /c\n"
             "everybody may change /d -> chmod o-w /d\n");
 }
@@ -31,16 +31,17 @@ TEST(OpenPathNearMisses, NameATreeThatIsOpenInOneWayOnce) {
                    {"/n/host/x", ChangeRight::kOwner, "quor", true},
                    {"/n/other", ChangeRight::kOwner, "else", true},
                    {"/nn", ChangeRight::kOwner, "quor", true}}),
-            "/n belongs to quor, and 2 more in it -> chown -R root /n\n"
+            "/n belongs to quor, and 2 more in it -> where launches run as quor, ask as that user:  grellin_doctor "
+            "--user quor\n"
             "everybody may change /n -> chmod o-w /n\n"
-            "/n/other belongs to else -> chown root /n/other\n"
-            "/nn belongs to quor -> chown root /nn\n");
+            "/n/other belongs to else -> where launches run as else, ask as that user:  grellin_doctor --user else\n"
+            "/nn belongs to quor -> where launches run as quor, ask as that user:  grellin_doctor --user quor\n");
 }
 
 TEST(OpenPathNearMisses, ChangeNothingBelowAFolderThatIsOnlyOnTheWay) {
   EXPECT_EQ(Story({{"/home/us", ChangeRight::kOwner, "us", false}, {"/home/us/net", ChangeRight::kOwner, "us", true}}),
-            "/home/us belongs to us -> chown root /home/us\n"
-            "/home/us/net belongs to us -> chown root /home/us/net\n");
+            "/home/us belongs to us -> where launches run as us, ask as that user:  grellin_doctor --user us\n"
+            "/home/us/net belongs to us -> where launches run as us, ask as that user:  grellin_doctor --user us\n");
 }
 
 }  // namespace
