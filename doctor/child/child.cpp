@@ -72,6 +72,7 @@ std::string DoWork(const std::function<Answer()>& work) {
   // A session of its own has no terminal that a library could open and set up otherwise.
   ::setsid();
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  static_cast<void>(std::signal(SIGXFSZ, SIG_DFL));  // As in a launch, whatever this program does about it.
   const rlimit noCore{0, 0};
   ::setrlimit(RLIMIT_CORE, &noCore);
   const FileDescriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
@@ -90,6 +91,11 @@ bool ReadSome(const FileDescriptor& from, std::string& into) {
     into.append(buffer.data(), static_cast<std::size_t>(count));
   }
   return count > 0 || (count < 0 && (errno == EAGAIN || errno == EINTR));
+}
+
+// Why something ended is said last.
+void KeepTheEnd(std::string& text) {
+  text.erase(0, text.size() - std::min(text.size(), kLongestOutput));
 }
 
 // What is left in a pipe; not for ever, as a process that left the child's group may go on writing.
@@ -157,7 +163,7 @@ bool Listen(Conversation& with, Clock::time_point deadline, Alarm& alarm) {
     if (ready[1].revents != 0 && !ReadSome(with.output, with.text)) {
       with.output.Close();
     }
-    with.text.resize(std::min(with.text.size(), kLongestOutput));
+    KeepTheEnd(with.text);
   }
   return true;
 }
@@ -210,7 +216,8 @@ ChildResult RunInChild(const std::function<Answer()>& work, std::chrono::millise
   int status = 0;
   ::waitpid(process, &status, 0);
   ChildResult result{ChildEnd::kTimedOut};
-  result.output = child.text.substr(0, kLongestOutput);
+  KeepTheEnd(child.text);
+  result.output = std::move(child.text);
   result.limit = limit;
   if (ended && WIFSIGNALED(status)) {
     result.end = ChildEnd::kCrashed;

@@ -26,7 +26,7 @@ struct ChildResult {
   int code = 0;                          ///< Exit status, signal, or errno of what could not be started.
   Answer answer = {};                    ///< Only when finished.
   std::string message = {};              ///< What was thrown, in its own words.
-  std::string output = {};               ///< What it wrote to standard output and error, as far as 64 KiB.
+  std::string output = {};               ///< What it wrote to standard output and error, the last 64 KiB of it.
   std::chrono::milliseconds limit = {};  ///< How long it was given.
 };
 

@@ -82,11 +82,12 @@ void Talk() {
   }
 }
 
-// What somebody who talks like that has said, from the beginning to any place.
+// What somebody who talks like that has said, from any place to any other.
 bool IsTalk(std::string_view words) {
   constexpr std::string_view kWords = "words ";
+  const std::size_t first = words.empty() ? 0 : kWords.find(words.front());
   for (std::size_t i = 0; i < words.size(); ++i) {
-    if (words[i] != kWords[i % kWords.size()]) {
+    if (words[i] != kWords[(first + i) % kWords.size()]) {
       return false;
     }
   }
