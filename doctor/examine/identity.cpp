@@ -1,10 +1,13 @@
 #include "doctor/examine/identity.h"
 
 #include <grp.h>
+#include <linux/capability.h>
 #include <pwd.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -12,11 +15,17 @@
 namespace doctor {
 namespace {
 
-// Groups first: without root's rights they could not be changed any more. The capabilities go with the last root
-// number.
+// They go with the last root number, unless a bit of the process's security settings keeps them.
+bool DropCapabilities() {
+  __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+  const std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> none{};
+  return ::syscall(SYS_capset, &header, none.data()) == 0;
+}
+
+// Groups first: without root's rights they could not be changed any more.
 bool TakeOn(const passwd& entry) {
   return ::initgroups(entry.pw_name, entry.pw_gid) == 0 && ::setresgid(entry.pw_gid, entry.pw_gid, entry.pw_gid) == 0 &&
-         ::setresuid(entry.pw_uid, entry.pw_uid, entry.pw_uid) == 0;
+         ::setresuid(entry.pw_uid, entry.pw_uid, entry.pw_uid) == 0 && (entry.pw_uid == 0 || DropCapabilities());
 }
 
 void SetVariables(const passwd& entry) {
