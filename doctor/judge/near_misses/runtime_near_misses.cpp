@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <sys/syscall.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
@@ -95,7 +96,8 @@ std::optional<Clue> FolderAboveNotEntered(const RuntimeReport& runtime) {
 // before 5.8 have no number for it.
 std::uint64_t MountNumber(const fs::path& folder) {
   struct statx status {};
-  if (::statx(AT_FDCWD, folder.c_str(), 0, STATX_MNT_ID, &status) != 0) {
+  // C libraries before 2.28 have no function for it.
+  if (::syscall(SYS_statx, AT_FDCWD, folder.c_str(), 0, STATX_MNT_ID, &status) != 0) {
     return 0;
   }
   return (status.stx_mask & STATX_MNT_ID) != 0 ? status.stx_mnt_id
