@@ -101,8 +101,12 @@ void ReadFiles(const std::string& assembly, const std::string& assemblies, FileR
 }  // namespace
 
 const BrokenFile* StartReport::Decisive() const {
-  const Need last = probe.HasFailed() ? Need::kStart : Need::kMain;
-  return !broken.empty() && broken.front().need <= last ? &broken.front() : nullptr;
+  // A runtime that has started has had all that starting takes, whatever its files look like.
+  const auto counts = [this](const BrokenFile& file) {
+    return (file.need == Need::kStart && !probe.HasStarted()) || (file.need == Need::kMain && !probe.HasFailed());
+  };
+  const auto found = std::ranges::find_if(broken, counts);
+  return found != broken.end() ? &*found : nullptr;
 }
 
 const BrokenFile* StartReport::Named() const {

@@ -7,11 +7,7 @@
 namespace doctor {
 namespace {
 
-// What starting takes is said where the start fails.
 std::optional<Clue> BrokenForLater(const BrokenFile& file) {
-  if (file.need == Need::kStart) {
-    return std::nullopt;
-  }
   const std::string folder = std::filesystem::path(file.path).parent_path().filename();
   return Clue{Printable(file.path), {{"detail", Printable(file.detail)}, {"folder", Printable(folder)}}};
 }
@@ -26,7 +22,8 @@ constexpr auto kFileChecks = std::to_array<Check<BrokenFile>>({
 Warnings StartNearMisses(const StartReport& report) {
   Warnings warnings;
   for (const BrokenFile& file : report.broken) {
-    if (&file != report.Decisive()) {
+    // What starting takes is said where the start fails.
+    if (&file != report.Decisive() && (file.need != Need::kStart || report.probe.HasStarted())) {
       Apply(kFileChecks, file, warnings);
     }
   }

@@ -26,8 +26,10 @@ struct BrokenFramework {
     }
   }
 
-  StartReport Examined() const {
-    return ExamineStart(folder / "app.dll", assemblies, [] { return StartProbe{{ChildEnd::kFinished}, true}; });
+  StartReport Examined(bool isStarted = false) const {
+    return ExamineStart(folder / "app.dll", assemblies, [isStarted] {
+      return StartProbe{{ChildEnd::kFinished}, isStarted};
+    });
   }
 
   tests::TempFolder folder;
@@ -35,7 +37,7 @@ struct BrokenFramework {
 };
 
 TEST(StartReport, OfSoundFilesNoneIsBroken) {
-  const StartReport report = BrokenFramework().Examined();
+  const StartReport report = BrokenFramework().Examined(true);
 
   EXPECT_TRUE(report.probe.HasStarted());
   EXPECT_TRUE(report.broken.empty());
@@ -96,6 +98,14 @@ TEST(StartReport, WhatIsNeededFirstComesFirst) {
   ASSERT_EQ(report.broken.size(), 3U);
   EXPECT_TRUE(report.Decisive()->path.ends_with("libclrjit.so"));
   EXPECT_TRUE(report.broken[1].path.ends_with("app.dll"));
+}
+
+TEST(StartReport, ARuntimeThatHasStartedLackedNothingThatStartingTakes) {
+  const BrokenFramework world;
+  tests::WriteFile(world.folder / "libclrjit.so", "hello");
+
+  EXPECT_EQ(world.Examined(true).Decisive(), nullptr);
+  EXPECT_NE(world.Examined(false).Decisive(), nullptr);
 }
 
 TEST(StartReport, WhereTheHostDoesNotSayWhichAssembliesThereAreNoFileIsLookedAt) {

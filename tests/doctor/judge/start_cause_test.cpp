@@ -42,8 +42,9 @@ TEST(StartCause, AStartThatWasNotTriedHasNone) {
   EXPECT_EQ(Text({{{ChildEnd::kFinished}}}), "");
 }
 
-TEST(StartCause, ANeededFileThatIsBrokenIsTheCauseEvenOfARuntimeThatStarts) {
+TEST(StartCause, ANeededFileThatIsBrokenIsTheCauseWhereStartingWasNotTried) {
   StartReport start = Started();
+  start.probe.was_tried = false;
   start.broken = {{"/net/6.0.36/libclrjit.so", Need::kStart, true, false, false, "missing"}};
 
   const auto cause = CauseOf(start);
