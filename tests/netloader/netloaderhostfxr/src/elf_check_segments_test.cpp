@@ -390,7 +390,10 @@ std::vector<ElfField> EveryField(const ElfImage& library) {
   return fields;
 }
 
-TEST(ElfCheckSegments, OfWholeFilesNothingThatTheDynamicLoaderLoadsIsRefused) {
+// Refused on purpose, although the dynamic loader may be lucky with it: it depends on the size of the library.
+constexpr std::string_view kOutOfRange = "a segment outside the library's own addresses";
+
+TEST(ElfCheckSegments, OfWholeFilesNothingThatTheDynamicLoaderLoadsIsRefusedButByLuck) {
   const Spoilt library;
   const std::uint64_t size = library.Size();
   int refused = 0;
@@ -405,7 +408,7 @@ TEST(ElfCheckSegments, OfWholeFilesNothingThatTheDynamicLoaderLoadsIsRefused) {
         EXPECT_NE(finding.verdict, ElfVerdict::kLoadable) << name << " at " << offset << " set to " << value;
       } else if (finding.verdict != ElfVerdict::kLoadable) {
         ++refused;
-        EXPECT_NE(spoilt.AskLoader(), LoaderVerdict::kLoads)
+        EXPECT_TRUE(spoilt.AskLoader() != LoaderVerdict::kLoads || finding.detail == kOutOfRange)
             << name << " at " << offset << " set to " << value << " was refused: " << finding.detail;
       }
     }
