@@ -206,7 +206,7 @@ TEST(JsonReport, IsUtf8WhateverTheBytes) {
 TEST(JsonReport, SaysWhatWasAskedAndWhere) {
   using namespace std::chrono_literals;
   Head head;
-  head.asked = {"/settings", "/root", false, 2500ms};
+  head.asked = {"/settings", "/root", false, {2500ms}};
   head.machine.host = "app-01";
   head.machine.user_id = 1000;
   head.machine.groups = {"quor"};
