@@ -30,7 +30,7 @@ std::string ProductName(const std::string& framework) {
 
 // "the .NET runtime 6.0.20 or a newer 6.0"
 std::string ToInstall(const FrameworkReport& framework) {
-  const std::string product = ProductName(framework.name) + " " + Printable(framework.version);
+  std::string product = ProductName(framework.name) + " " + Printable(framework.version);
   const auto version = FrameworkVersion::Parse(framework.version);
   switch (framework.roll_forward) {
     case RollForward::kDisable:
