@@ -6,6 +6,7 @@ import matplotlib
 
 matplotlib.use("svg")
 import matplotlib.pyplot as plot
+from matplotlib.ticker import FuncFormatter, NullFormatter
 
 import measuring
 
@@ -36,17 +37,26 @@ def _color(name, colors):
     return colors["ours" if name == "launcher" else "theirs"]
 
 
+# 10,000 in place of ten to the fourth.
+def _plain(*axes):
+    for axis in axes:
+        axis.set_major_formatter(FuncFormatter(lambda value, _: f"{value:,g}"))
+        axis.set_minor_formatter(NullFormatter())
+
+
 def draw_starts(folder, times):
     """Bars of the medians, with the spread."""
     def fill(_, axes, colors):
         names = list(times)
         middle = [statistics.median(times[name]) for name in names]
-        axes.barh([NAMES[name] for name in names], middle, xerr=[measuring.spread(times[name]) for name in names],
-                  color=[_color(name, colors) for name in names], ecolor=colors["ink"], height=0.6)
-        for row, value in enumerate(middle):
-            axes.text(value * 1.02, row, f"  {value:.1f} ms", va="center")
+        spread = [measuring.spread(times[name]) for name in names]
+        axes.barh([NAMES[name] for name in names], middle, xerr=spread, color=[_color(name, colors) for name in names],
+                  ecolor=colors["ink"], height=0.6)
+        for row, (value, around) in enumerate(zip(middle, spread)):
+            axes.annotate(f"{value:.1f} ± {around:.1f} ms", (value + around, row), xytext=(6, 0),
+                          textcoords="offset points", va="center")
         axes.invert_yaxis()
-        axes.set_xlim(0, max(middle) * 1.2)
+        axes.set_xlim(0, max(middle) * 1.35)
         axes.set_xlabel("wall time of the sample on .NET in ms, median; shorter is better")
     _draw(folder, "starts", (7, 2.2), fill)
 
@@ -57,9 +67,12 @@ def draw_versions(folder, measured):
 
     def fill(_, axes, colors):
         for name, figures in growth.items():
-            axes.loglog(counts, figures, color=_color(name, colors), marker=MARKS[name], label=NAMES[name])
+            millions = [figure / 1e6 for figure in figures]
+            axes.loglog(counts, millions, color=_color(name, colors), marker=MARKS[name], label=NAMES[name])
         axes.set_xlabel("version folders under host/fxr")
-        axes.set_ylabel("instructions of a launch")
+        axes.set_ylabel("instructions of a launch, millions")
+        axes.set_yticks([2, 5, 10, 20, 50, 100])
+        _plain(axes.xaxis, axes.yaxis)
         axes.legend(frameon=False)
     _draw(folder, "versions", (7, 3.2), fill)
 
@@ -76,5 +89,6 @@ def draw_lines(folder, measured):
         right.loglog(counts, [peak / 1024 for peak in memory], color=colors["theirs"], marker="s", label="MiB")
         right.set_ylabel("peak memory, MiB")
         right.spines["right"].set_visible(True)
+        _plain(axes.xaxis, axes.yaxis, right.yaxis)
         axes.legend(handles=axes.lines + right.lines, labels=["wall time", "peak memory"], frameon=False)
     _draw(folder, "settings", (7, 3.2), fill)
