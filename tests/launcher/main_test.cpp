@@ -204,5 +204,28 @@ TEST(Main, NoLocaleOfTheMachineIsNeeded) {
   }
 }
 
+// No machine has a locale of that name unless somebody made one: here it is a copy of one that there is.
+TEST(Main, TheLocaleNamedUtf8IsTakenInAllCategoriesWhereThereIsOne) {
+  const fs::path installed = "/usr/lib/locale/C.utf8";
+  if (!fs::exists(installed)) {
+    GTEST_SKIP() << "there is no " << installed;
+  }
+  const ReadyToLaunch world;
+  const TempFolder locales;
+  fs::copy(installed, locales / ".UTF8", fs::copy_options::recursive);
+
+  const auto outcome = Launcher(world.host).Variable("LOCPATH", locales.Path()).Run();
+
+  EXPECT_TRUE(EndedSilently(outcome, 0));
+  EXPECT_EQ(world.host.Call("loaded").fields.at("locale"), ".UTF8");
+}
+
+TEST(Main, WithoutTheLocaleNamedUtf8ThePlainOneStays) {
+  const ReadyToLaunch world;
+
+  EXPECT_TRUE(EndedSilently(Launcher(world.host).Variable("LC_ALL", "C.UTF-8").Run(), 0));
+  EXPECT_EQ(world.host.Call("loaded").fields.at("locale"), "C");
+}
+
 }  // namespace
 }  // namespace tests

@@ -29,7 +29,7 @@ struct HostCall {
   std::string name;                                ///< loaded, initialize, run_app, close, unloaded, managed, ...
   std::string version;                             ///< the folder that the library was loaded from
   std::vector<std::string> arguments;              ///< of initialize, the assembly first
-  std::map<std::string, std::string> fields;       ///< argc, size, host_path, dotnet_root, handle, file, type, name
+  std::map<std::string, std::string> fields;       ///< argc, size, host_path, dotnet_root, handle, file, locale, ...
   std::map<std::string, std::string> environment;  ///< of the process, as loaded, initialize and unloaded saw it
 
   /// The variable's value, or "(not set)".

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <clocale>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
@@ -132,7 +133,8 @@ const char* Record() {
 
 void RecordComingAndGoing(const char* what) {
   if (const char* record = Record()) {
-    Event(what).Field("file", OwnFile()).Environment().Write(record);
+    const char* locale = std::setlocale(LC_ALL, nullptr);
+    Event(what).Field("file", OwnFile()).Field("locale", locale).Environment().Write(record);
   }
 }
 
