@@ -122,6 +122,17 @@ TEST(Main, AnExceptionIsReportedInOneLineAndAborts) {
   }
 }
 
+// A copy would be of the base class, and no longer say what has happened.
+TEST(Main, AnExceptionEndsTheProcessAsTheOneThatItWas) {
+  ReadyToLaunch world;
+  world.host.Throws(HostFunction::kRun, "words of an exception");
+
+  const auto outcome = Launcher(world.host).Run();
+
+  EXPECT_NE(outcome.err.find("terminate called after throwing an instance of 'std::runtime_error'"), std::string::npos)
+      << outcome;
+}
+
 TEST(Main, AnExceptionOfAClassOfTheHostsOwnIsReportedTooAndAborts) {
   for (const HostFunction function : {HostFunction::kInitialize, HostFunction::kRun, HostFunction::kClose}) {
     SCOPED_TRACE(static_cast<int>(function));
