@@ -18,7 +18,21 @@ elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
   add_compile_options(-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
 endif()
 
+# For what would be in the way of a check, or of what the tests do with it: compile and link options.
+set(NEVER_INSTRUMENTED -fno-sanitize=all)
+
+# Doctor and launcher also end by abort and by _exit(), which keep no counts. What keeps them is an object that every
+# executable is linked with, those of the tests as well: it has to be there before the first target is.
 if(COVERAGE)
-  add_compile_options(--coverage)
+  # Some tests call the product from several threads, which must not lose each other's counts.
+  add_compile_options(--coverage -fprofile-update=atomic)
   add_link_options(--coverage)
+  list(APPEND NEVER_INSTRUMENTED -fno-profile-arcs -fno-test-coverage)
+
+  set(keep_counts ${PROJECT_BINARY_DIR}/keep_counts.o)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${CMAKE_CURRENT_LIST_DIR}/keep_counts.cpp)
+  execute_process(
+    COMMAND ${CMAKE_CXX_COMPILER} -std=c++20 -O1 -fPIC -c -o ${keep_counts} ${CMAKE_CURRENT_LIST_DIR}/keep_counts.cpp
+    COMMAND_ERROR_IS_FATAL ANY)
+  string(APPEND CMAKE_EXE_LINKER_FLAGS " -Wl,--wrap=_exit ${keep_counts}")
 endif()

@@ -117,7 +117,8 @@ Variables Hostile(const std::string& trap) {
 class OpenedFiles : public testing::Test {
  protected:
   void SetUp() override {
-    const std::string why = IsSanitized() ? "a sanitizer opens files of its own" : WhyCallsCannotBeWatched();
+    const std::string why =
+        IsInstrumented() ? "an instrumented launch opens files of its own" : WhyCallsCannotBeWatched();
     if (!why.empty()) {
       GTEST_SKIP() << why;
     }

@@ -177,7 +177,8 @@ bool EndedAsDocumented(const MadeCall& call, LaunchWorld& world, const Outcome& 
 class SystemCalls : public testing::Test {
  protected:
   void SetUp() override {
-    const std::string why = IsSanitized() ? "a sanitizer makes calls of its own" : WhyCallsCannotBeWatched();
+    const std::string why =
+        IsInstrumented() ? "an instrumented launch makes calls of its own" : WhyCallsCannotBeWatched();
     if (!why.empty()) {
       GTEST_SKIP() << why;
     }

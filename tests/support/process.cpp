@@ -310,4 +310,12 @@ bool IsSanitized() {
 #endif
 }
 
+bool IsInstrumented() {
+#ifdef KEEPS_COUNTS
+  return true;
+#else
+  return IsSanitized();
+#endif
+}
+
 }  // namespace tests

@@ -77,6 +77,9 @@ class Command {
 /// Whether this is a sanitizer's build.
 [[nodiscard]] bool IsSanitized();
 
+/// Whether the programs do more than they would otherwise: under a sanitizer, or as they keep counts for coverage.
+[[nodiscard]] bool IsInstrumented();
+
 /// Writes an outcome into a failing test's message.
 std::ostream& operator<<(std::ostream& stream, const Outcome& outcome);
 
