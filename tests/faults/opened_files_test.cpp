@@ -1,8 +1,11 @@
 // The files that a launch opens, whatever it is started with: those of a list, and no others.
+#include <fcntl.h>
 #include <fnmatch.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <map>
+#include <optional>
 #include <set>
 #include <sstream>
 #include <string>
@@ -31,6 +34,14 @@ std::string LineOf(const WatchedCall& call) {
   const bool looks = name.starts_with("access") || name.starts_with("faccess") || name.ends_with("stat") ||
                      name == "statx" || name == "newfstatat" || name.starts_with("readlink");
   return looks && name != "fstat" && call.HasPath() ? "look " + call.Path() : "";
+}
+
+// What a file is opened with; empty for other calls.
+std::optional<std::uint64_t> FlagsOfOpening(const WatchedCall& call) {
+  const std::string name = call.Name();
+  return name == "openat" ? std::optional(call.Argument(2))
+         : name == "open" ? std::optional(call.Argument(1))
+                          : std::nullopt;
 }
 
 // A folder with everything in it that a launch could be led astray to.
@@ -173,6 +184,21 @@ TEST_F(OpenedFiles, AreThoseOfTheListWhateverTheArgumentsAre) {
     SCOPED_TRACE(name);
     ExpectNoOtherThanListed(world_.Launch().Name(name).Folder(trap_.Path()));
   }
+}
+
+// A library that is preloaded may start a program at any time, in a thread of its own.
+TEST_F(OpenedFiles, AreNotInheritedByAProgramThatIsStarted) {
+  Lines inherited;
+  const auto note = [&](const WatchedCall& call) {
+    if (const auto flags = FlagsOfOpening(call); flags && (*flags & O_CLOEXEC) == 0) {
+      inherited.insert(call.Path());
+    }
+    return Decision::Make();
+  };
+
+  EXPECT_TRUE(world_.Ran(world_.Launch().Watched(note).Run(), kNewest));
+
+  EXPECT_EQ(inherited, Lines());
 }
 
 // The reason of such a failure is a text of the C library, which has translations.
