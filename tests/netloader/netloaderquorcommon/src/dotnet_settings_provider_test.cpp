@@ -63,6 +63,17 @@ TEST(SettingsProvider, LogsEveryLineAndWhatItMakesOfIt) {
   EXPECT_EQ(provider.GetValue(u"a"), u"b=c");
 }
 
+TEST(SettingsProvider, AReplacedValueCountsInThePlaceOfTheFiles) {
+  const tests::SettingsFile file("DotnetRootFolder=/file\nLoaderLoggingDir=/logs\n");
+  DotnetSettingsProvider provider;
+  provider.LoadSettingsFromFile();
+
+  provider.Replace(detail::SettingsKey::kDotnetRootFolder, u"/another");
+
+  EXPECT_EQ(provider.GetValue(u"DotnetRootFolder"), u"/another");
+  EXPECT_EQ(provider.GetValue(u"LoaderLoggingDir"), u"/logs");
+}
+
 TEST(SettingsProvider, AnEmptyFileLoadsAndHoldsNothing) {
   const tests::CapturedLog log;
   const tests::SettingsFile file("");

@@ -119,6 +119,21 @@ TEST(LoaderSettings, TheRootOfTheFileReplacesTheCallers) {
   EXPECT_EQ(parameters.environmentVariables.at(u"k"), u"v");
 }
 
+TEST(LoaderSettings, TakingTheRootSaysWhetherThereIsOneToTake) {
+  const tests::SettingsFile file("LoaderLoggingDir=/logs\n");
+  DotnetSettingsProvider provider;
+  provider.LoadSettingsFromFile();
+  HostFxrModuleParameters parameters;
+  parameters.dotnetRootPath = u"/the/callers";
+
+  EXPECT_FALSE(detail::TakeRoot(provider, parameters));
+  EXPECT_EQ(parameters.dotnetRootPath, u"/the/callers");
+
+  provider.Replace(detail::SettingsKey::kDotnetRootFolder, u"/another");
+  EXPECT_TRUE(detail::TakeRoot(provider, parameters));
+  EXPECT_EQ(parameters.dotnetRootPath, u"/another");
+}
+
 TEST(LoaderSettings, ACarriageReturnStaysInTheRootOnPurpose) {
   const tests::SettingsFile file("DotnetRootFolder=/d\r\n");
   const tests::CapturedLog log;
