@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <sstream>
 
 #include "doctor/judge/words/text.h"
@@ -199,6 +200,167 @@ TEST(TextReport, TheHostsWordsAreShownLineByLine) {
   EXPECT_NE(output.find("  The host says:\n    output\n"), std::string::npos) << output;
   EXPECT_EQ(usable.find("The host says"), std::string::npos) << usable;
   EXPECT_NE(usable.find("created and closed: 0x00000000 Success"), std::string::npos) << usable;
+}
+
+// What the details of a diagnosis say of one thing.
+struct Said {
+  const char* words;
+  void (*lay)(Diagnosis& diagnosis);
+};
+
+// The parts in their order: settings, runtime, application, the runtime's start.
+const Said kSaid[] = {
+    {"  cannot be read: Permission denied\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.settings.end = SettingsEnd::kUnreadable;
+       diagnosis.settings.reason = "Permission denied";
+     }},
+    {"  is a pipe\n", [](Diagnosis& diagnosis) { diagnosis.settings.end = SettingsEnd::kNeverEnds; }},
+    {"  holds no line\n", [](Diagnosis& diagnosis) { diagnosis.settings.end = SettingsEnd::kNoRoot; }},
+    {"  line 3  used  'DotnetRootFolder' = '/r'\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.settings.entries = {{3, "DotnetRootFolder", "/r", LineUse::kUsed}};
+     }},
+    {"  line 3  not used  'a' = (hidden)\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.settings.entries = {{3, "a", "b", LineUse::kUnused}};
+     }},
+    {"  line 3  replaced by line 9  ",
+     [](Diagnosis& diagnosis) {
+       diagnosis.settings.entries = {{3, "a", "b", LineUse::kReplaced, 9}};
+     }},
+    {"  line 3  skipped: it sets nothing  (hidden)\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.settings.entries = {{3, "", "b", LineUse::kSkipped}};
+     }},
+    {"  line 3  not UTF-8: a launch aborts here  ",
+     [](Diagnosis& diagnosis) {
+       diagnosis.settings.entries = {{3, "a", "\xff", LineUse::kMalformed}};
+     }},
+    {"\n2. Runtime\n  not looked for: no runtime root is known\n", [](Diagnosis&) {}},
+    {"  holds no version\n", [](Diagnosis& diagnosis) { diagnosis.runtime.emplace(); }},
+    {"  (not UTF-8)  refused\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.runtime.emplace().versions = {{"", u"/a.so", true, Standing::kRefused}};
+     }},
+    {"  6.0.1  chosen\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.runtime.emplace().versions = {{"6.0.1", u"/a.so", true, Standing::kChosen}};
+     }},
+    {"  6.0.1  sound, not loaded\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.runtime.emplace().versions = {{"6.0.1", u"/a.so", true, Standing::kNotLoaded}};
+     }},
+    {"  6.0.1  fatal\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.runtime.emplace().versions = {{"6.0.1", u"/a.so", true, Standing::kFatal}};
+     }},
+    {"  6.0.1  not known\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.runtime.emplace().versions = {{"6.0.1", u"/a.so", true, Standing::kNotKnown}};
+     }},
+    {"  A  removed  now not set\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.environment.variables = {{"A", {}, {}}};
+     }},
+    {"  A  set to 0  now '1'\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.environment.variables = {{"A", "0", "1"}};
+     }},
+    {"  set by others, and obeyed:\n  DOTNET_Secret  (not shown)  changes how the runtime works\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.environment.obeyed = {{"DOTNET_Secret", "x"}};
+     }},
+    {"  assembly            present\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.application.assembly_file = {"/a.dll", FileState::kPresent};
+     }},
+    {"  assembly            missing\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.application.assembly_file = {"/a.dll", FileState::kMissing, ENOENT};
+     }},
+    {"  runtimeconfig.json  unreadable: Permission denied\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.application.runtime_config = {"/a", FileState::kUnreadable, EACCES};
+     }},
+    {"  deps.json           malformed: it does not hold a JSON object\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.application.dependencies = {"/a", FileState::kMalformed};
+     }},
+    {"  Some.App 6.0.0      needed; not looked for, as no runtime root is known\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.application.frameworks = {{"Some.App", "6.0.0"}};
+     }},
+    {"  Some.App 6.0.0      needed; 6.0.9 is taken\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.application.frameworks = {{"Some.App", "6.0.0", RollForward::kMinor, "", true, {}, "6.0.9"}};
+     }},
+    {"  Some.App 6.0.0      needed, and not there\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.application.frameworks = {{"Some.App", "6.0.0", RollForward::kMinor, "", false}};
+     }},
+    {"  context             was not created in time\n",
+     [](Diagnosis& diagnosis) { diagnosis.application.context.emplace().child.end = ChildEnd::kTimedOut; }},
+    {"  context             was not created\n",
+     [](Diagnosis& diagnosis) { diagnosis.application.context.emplace().child.end = ChildEnd::kCrashed; }},
+    {"  not tried: there is nothing to start it for\n", [](Diagnosis&) {}},
+    {"  runtime  did not start in time\n",
+     [](Diagnosis& diagnosis) { diagnosis.start.emplace().probe.child.end = ChildEnd::kTimedOut; }},
+    {"  runtime  ended the process\n",
+     [](Diagnosis& diagnosis) { diagnosis.start.emplace().probe.child.end = ChildEnd::kCrashed; }},
+    {"  runtime  was not tried\n",
+     [](Diagnosis& diagnosis) { diagnosis.start.emplace().probe.child.end = ChildEnd::kFinished; }},
+    {"  runtime  starts\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.start.emplace().probe = {{ChildEnd::kFinished}, true};
+     }},
+    {"  runtime  does not start: 0x00000007\n  It says:\n    out\n    words\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.start.emplace().probe = {{ChildEnd::kFinished, 0, {}, {}, "out\n"}, true, 7, "words"};
+     }},
+};
+
+TEST(TextReport, EachStateOfAPartHasItsWords) {
+  for (const auto& [words, lay] : kSaid) {
+    Diagnosis diagnosis;
+    lay(diagnosis);
+
+    const std::string text = TextReport(diagnosis, {false, true});
+
+    EXPECT_NE(text.find(words), std::string::npos) << words << text;
+  }
+}
+
+TEST(TextReport, OtherPlacesOfDotnetAreListedAndEmptyOnesNamedInOneLine) {
+  Diagnosis diagnosis;
+  diagnosis.other_roots = {{{"/meant", "", true}, RootState::kServes, "6.0.1", true},
+                           {{"/none", "PATH"}, RootState::kNothing},
+                           {{"/old", ""}, RootState::kNoVersion},
+                           {{"/bad", ""}, RootState::kRefused, "6.0.2"},
+                           {{"/unasked", ""}, RootState::kNotLoaded, "6.0.3"},
+                           {{"/good", "DOTNET_ROOT"}, RootState::kServes, "6.0.4", true},
+                           {{"/void", ""}, RootState::kNothing}};
+
+  const std::string all = TextReport(diagnosis, {});
+  diagnosis.other_roots.resize(1);
+  const std::string meant = TextReport(diagnosis, {});
+
+  EXPECT_NE(all.find("\nOther places of .NET\n"
+                     "  /old      no version that fits\n"
+                     "  /bad      6.0.2, refused\n"
+                     "  /unasked  6.0.3, not loaded\n"
+                     "  /good     6.0.4, would do, with frameworks  named by DOTNET_ROOT\n"
+                     "  nothing in /none, /void\n"),
+            std::string::npos)
+      << all;
+  EXPECT_EQ(meant.find("Other places"), std::string::npos) << meant;
+}
+
+TEST(TextReport, OfManyBrokenFilesTheFirstAreShown) {
+  Diagnosis diagnosis;
+  diagnosis.start.emplace().broken.resize(100, {"/net/a.dll", Need::kLater, true, false, false, "missing"});
+
+  EXPECT_EQ(Count(TextReport(diagnosis, {false, true}), "  /net/a.dll  missing\n"), 39U);
 }
 
 }  // namespace
