@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tests/support/assembly_image.h"
+#include "tests/support/managed_image.h"
 #include "tests/support/stand_in_host.h"
 #include "tests/support/temp_folder.h"
 
@@ -112,6 +113,59 @@ TEST(StartReport, WhereTheHostDoesNotSayWhichAssembliesThereAreNoFileIsLookedAt)
   const StartReport report = ExamineStart("/no/such/app.dll", "", [] { return StartProbe{}; });
 
   EXPECT_TRUE(report.broken.empty());
+}
+
+TEST(StartReport, AnAssemblyThatIsNeededAtOnceMustHaveTheNameThatItIsLookedForBy) {
+  const BrokenFramework world;
+  tests::WriteFile(world.folder / "System.Runtime.dll", tests::ManagedImage().Bytes());
+  tests::WriteFile(world.folder / "System.Linq.dll", tests::ManagedImage().Bytes());
+
+  const StartReport report = world.Examined();
+
+  ASSERT_EQ(report.broken.size(), 1U) << "one that is needed later is not read so far";
+  EXPECT_TRUE(report.broken[0].path.ends_with("System.Runtime.dll"));
+  EXPECT_EQ(report.broken[0].detail, "it is app");
+  EXPECT_EQ(report.broken[0].need, Need::kMain);
+  EXPECT_TRUE(report.broken[0].may_be_read);
+  EXPECT_FALSE(report.broken[0].is_cut_library);
+  EXPECT_FALSE(report.broken[0].is_application);
+}
+
+TEST(StartReport, AnApplicationWithoutAFirstFunctionIsBroken) {
+  const BrokenFramework world;
+  tests::ManagedImage library;
+  library.entry_point = 0;
+  tests::WriteFile(world.folder / "app.dll", library.Bytes());
+
+  const StartReport report = world.Examined();
+
+  ASSERT_EQ(report.broken.size(), 1U);
+  EXPECT_EQ(report.broken[0].detail, "it has no first function");
+  EXPECT_EQ(report.broken[0].need, Need::kMain);
+  EXPECT_TRUE(report.broken[0].may_be_read);
+  EXPECT_FALSE(report.broken[0].is_cut_library);
+  EXPECT_TRUE(report.broken[0].is_application);
+}
+
+TEST(StartReport, WhatTheApplicationsCodeNamesIsKnown) {
+  BrokenFramework world;
+  tests::WriteFile(world.folder / "app.dll", tests::ManagedImage().Bytes());
+  for (const char* name : {"Other.dll", "Needed.dll", "System.Linq.dll"}) {
+    tests::WriteFile(world.folder / name, "hello");
+    world.assemblies.append(world.folder / name).append(":");
+  }
+
+  const StartReport report = world.Examined();
+
+  ASSERT_EQ(report.broken.size(), 4U) << "one is listed twice";
+  EXPECT_TRUE(report.broken[0].path.ends_with("Needed.dll"));
+  EXPECT_EQ(report.broken[0].need, Need::kMain) << "the first function names it";
+  EXPECT_TRUE(report.broken[0].is_named);
+  EXPECT_EQ(report.Named(), &report.broken[0]);
+  EXPECT_FALSE(report.broken[1].is_named) << "System.Linq.dll";
+  EXPECT_TRUE(report.broken[2].path.ends_with("Other.dll"));
+  EXPECT_EQ(report.broken[2].need, Need::kLater) << "only other code names it";
+  EXPECT_TRUE(report.broken[2].is_named);
 }
 
 }  // namespace
