@@ -20,6 +20,14 @@ Options With(const std::string& properties) {
 TEST(CollectorOptions, ThoseThatLimitOrReplaceTheCollectorAreFound) {
   EXPECT_EQ(With(R"({"System.GC.Server": true, "System.GC.Name": "libnone.so", "System.GC.HeapHardLimit": 16})"),
             (Options{{"System.GC.HeapHardLimit", "16"}, {"System.GC.Name", "libnone.so"}}));
+  EXPECT_EQ(With(R"({"System.GC.RegionSize": 6, "System.GC.RegionRange": 5, "System.GC.Path": "/p",
+                     "System.GC.Name": "n", "System.GC.HeapHardLimitPercent": 2, "System.GC.HeapHardLimit": 1})"),
+            (Options{{"System.GC.HeapHardLimit", "1"},
+                     {"System.GC.HeapHardLimitPercent", "2"},
+                     {"System.GC.Name", "n"},
+                     {"System.GC.Path", "/p"},
+                     {"System.GC.RegionRange", "5"},
+                     {"System.GC.RegionSize", "6"}}));
 }
 
 TEST(CollectorOptions, AFileOfAnotherShapeHasNone) {
