@@ -203,6 +203,36 @@ TEST(SettingsNearMisses, TheFileAsAWholeMayBeTheMistake) {
   EXPECT_EQ(ofOther[0].finding, Finding::kSettingsHaveExtension);
 }
 
+TEST(SettingsNearMisses, ALinkThatLeadsNowhereIsNamed) {
+  const tests::TempFolder folder;
+  tests::WriteFile(folder / "file", "");
+  for (const char* target : {"nothing", "file/nothing", "settings.ini"}) {
+    SCOPED_TRACE(target);
+    std::filesystem::remove(folder / "settings.ini");
+    std::filesystem::create_symlink(target, folder / "settings.ini");
+
+    const Warnings warnings = SettingsNearMisses(ExamineSettings(folder / "settings.ini"));
+
+    ASSERT_EQ(warnings.size(), 1U);
+    EXPECT_EQ(warnings[0].finding, Finding::kSettingsLinkBroken);
+    EXPECT_EQ(warnings[0].meaning, "It leads to " + std::string(target) + ".");
+  }
+  std::filesystem::remove(folder / "settings.ini");
+  std::filesystem::create_symlink("file", folder / "settings.ini");
+  EXPECT_TRUE(SettingsNearMisses(ExamineSettings(folder / "settings.ini")).empty());
+}
+
+TEST(SettingsNearMisses, AKeyThatIsGivenAgainIsNamedUnlessItMayBeASecret) {
+  const tests::TempFolder folder;
+  tests::WriteFile(folder / "settings.ini", "Other=1\nOther=2\n=x\nPassword!hunter2=1\nPassword!hunter2=2\n");
+
+  const Warnings warnings = SettingsNearMisses(ExamineSettings(folder / "settings.ini"));
+
+  ASSERT_EQ(warnings.size(), 2U);
+  EXPECT_EQ(warnings[0].text, "line 2 of the settings sets 'Other' again");
+  EXPECT_EQ(warnings[1].text, "line 5 of the settings sets its key again");
+}
+
 TEST(SettingsNearMisses, OfKeysThatAreGivenAgainTheFirstThousandAreNamedAndNoOtherMistakeIsLost) {
   const tests::TempFolder folder;
   std::string lines;
