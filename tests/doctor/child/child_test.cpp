@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <pty.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -25,8 +26,27 @@
 namespace {
 
 bool refuses_pidfd = false;
+bool refuses_fork = false;
 
 }  // namespace
+
+// In place of the C library's: a system that has no process left.
+extern "C" pid_t fork() noexcept {
+  if (refuses_fork) {
+    errno = EAGAIN;
+    return -1;
+  }
+  return reinterpret_cast<pid_t (*)()>(::dlsym(RTLD_NEXT, "fork"))();
+}
+
+// Meanwhile nothing is ended: whoever took -1 for a child would end every process there is.
+extern "C" int kill(pid_t process, int signal) noexcept {
+  if (refuses_fork) {
+    errno = EPERM;
+    return -1;
+  }
+  return reinterpret_cast<int (*)(pid_t, int)>(::dlsym(RTLD_NEXT, "kill"))(process, signal);
+}
 
 // In place of the C library's: a kernel that has no pidfd_open.
 // Reads more arguments than most calls have, which the address sanitizer would report.
@@ -265,6 +285,24 @@ TEST(Child, ItsWordsAreKeptAsFarAsSixtyFourKibibytes) {
   }
 }
 
+TEST(Child, ItsWordsAreKeptHoweverFewComeAtOnce) {
+  const ChildResult result = RunInChild(
+      [] {
+        for (const char* letter : {"a", "b", "c"}) {
+          Say(STDOUT_FILENO, letter);
+          for (int unread = 1; unread > 0;) {
+            std::this_thread::sleep_for(1ms);
+            ::ioctl(STDOUT_FILENO, FIONREAD, &unread);
+          }
+        }
+        return Answer{};
+      },
+      kLong);
+
+  EXPECT_EQ(result.end, ChildEnd::kFinished);
+  EXPECT_EQ(result.output, "abc");
+}
+
 TEST(Child, ItsLastWordsBeforeACrashAreKept) {
   const std::string words(60'000, 'x');
   const auto crash = [&] {
@@ -447,6 +485,15 @@ TEST(Child, WorksWhereStandardStreamsAreClosed) {
 
     EXPECT_EQ(outer.answer, Answer{"inner"}) << closed.size() << " closed";
   }
+}
+
+TEST(Child, IsNotStartedWhereNoProcessIsLeft) {
+  refuses_fork = true;
+  const ChildResult result = RunInChild([] { return Answer{}; }, kLong);
+  refuses_fork = false;
+
+  EXPECT_EQ(result.end, ChildEnd::kNotStarted);
+  EXPECT_EQ(result.code, EAGAIN);
 }
 
 TEST(Child, IsNotStartedWithoutDescriptorsToHearIt) {
