@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
+
 #include "doctor/judge/findings.h"
 #include "doctor/report/page.h"
+#include "tests/support/temp_folder.h"
 
 namespace doctor {
 namespace {
@@ -28,6 +32,22 @@ TEST(Explanation, ThereIsOneForEveryFindingAndNoBraceIsLeft) {
   }
 }
 
+// After a wanted change: RENEW_GOLDEN=1, and the difference is to be read before it is committed.
+TEST(GoldenExplanations, AreAsTheyWere) {
+  constexpr std::size_t kOneLineForEachPart = 1000;
+  const auto file = std::filesystem::path(SOURCE_FOLDER) / "tests/doctor/report/explanations.txt";
+  std::string text;
+  for (const FindingText& row : kFindings) {
+    text.append(Explanation(row.code, kOneLineForEachPart).value_or("none\n"));
+  }
+
+  if (const char* renew = std::getenv("RENEW_GOLDEN"); renew != nullptr && *renew != '\0') {
+    tests::WriteFile(file, text);
+  }
+
+  EXPECT_EQ(tests::ReadFile(file), text);
+}
+
 TEST(Explanation, WhatOnlyAReportCanSayIsLeftOut) {
   const auto text = Explanation("ends-while-loading", kPageWidth);
 
@@ -44,6 +64,16 @@ TEST(Explanation, TheNearestCodesAreThoseThatAreSpeltAlike) {
   EXPECT_EQ(NearestCodes("cut-shrot").front(), "cut-short");
   EXPECT_EQ(NearestCodes("blankatend").front(), "blank-at-end");
   EXPECT_EQ(NearestCodes("").size(), 3U);
+}
+
+// What is added, left out and replaced counts the same; of codes that are equally near the first in the list wins.
+TEST(Explanation, TheNearestCodesComeInOrder) {
+  using Codes = std::vector<std::string_view>;
+
+  EXPECT_EQ(NearestCodes("blank-at"), (Codes{"blank-at-end", "blank-at-start", "no-root"}));
+  EXPECT_EQ(NearestCodes("broken"), (Codes{"noexec", "broken-file", "no-root"}));
+  EXPECT_EQ(NearestCodes("files-limited"), (Codes{"file-size-limited", "open-files-limited", "file-not-read"}));
+  EXPECT_EQ(NearestCodes("no-versions"), (Codes{"no-version", "no-version-loads", "no-root"}));
 }
 
 TEST(Explanation, AllCodesStandInLinesOfTheirOwn) {
