@@ -10,6 +10,8 @@
 namespace doctor {
 namespace {
 
+using namespace std::string_literals;
+
 template <typename Header>
 std::string BytesOf(const Header& header) {
   std::string bytes(sizeof header, '\0');
@@ -49,6 +51,33 @@ TEST(BuildId, IsInTheNotes) {
       Note(NT_GNU_ABI_TAG, kGnu, std::string(16, 'x')) + Note(NT_GNU_BUILD_ID, kGnu, "\x01\xab\xff\x10");
 
   EXPECT_EQ(IdOf(WithNotes(notes, notes.size())), "01abff10");
+}
+
+TEST(BuildId, StandsBehindNotesThatFillUpFourBytes) {
+  const std::string filled = Note(7, "Owner", "12345678");
+  const std::string notes = filled.substr(0, sizeof(Elf64_Nhdr) + 5) + "\0\0\0"s + "12345678" +
+                            Note(NT_GNU_BUILD_ID, kGnu, "\x01\xab\xff\x10");
+  const std::string unfilled = Note(7, kGnu, "12345") + "\0\0\0"s + Note(NT_GNU_BUILD_ID, kGnu, "\x0a");
+
+  EXPECT_EQ(IdOf(WithNotes(notes, notes.size())), "01abff10");
+  EXPECT_EQ(IdOf(WithNotes(unfilled, unfilled.size())), "0a");
+}
+
+TEST(BuildId, IsReadFromSixtyFourKibibytesOfNotesAndNotFromMore) {
+  const std::string note = Note(NT_GNU_BUILD_ID, kGnu, "abcd");
+  constexpr std::size_t kMost = 65536;
+  const std::string notes = note + std::string(kMost, '\0');
+
+  EXPECT_EQ(IdOf(WithNotes(notes, kMost)), "61626364");
+  EXPECT_EQ(IdOf(WithNotes(notes, kMost + 1)), "");
+}
+
+TEST(BuildId, OfALibraryOf32BitsIsNone) {
+  const std::string note = Note(NT_GNU_BUILD_ID, kGnu, "abcd");
+  std::string bytes = WithNotes(note, note.size());
+  bytes[EI_CLASS] = ELFCLASS32;
+
+  EXPECT_EQ(IdOf(bytes), "");
 }
 
 TEST(BuildId, OfAnotherOwnerIsNone) {
