@@ -114,7 +114,7 @@ TEST(ManagedAssembly, EveryInstructionIsPassedOverWithWhatFollowsIt) {
 }
 
 TEST(ManagedAssembly, ATableOfJumpsIsPassedOverWithItsPlaces) {
-  for (const std::size_t places : {0, 1, 5}) {
+  for (const std::size_t places : {0U, 1U, 5U}) {
     const std::string table = "\x45" + ManagedImage::Number(places, 4) + std::string(4 * places, '\x20');
 
     EXPECT_EQ(NeededBy(table + ManagedImage::Call(ManagedImage::kMemberRef)), Names{"Needed"}) << places;
@@ -178,6 +178,22 @@ TEST(ManagedAssembly, WhatIsNoneOrContradictsItselfIsNotRead) {
   EXPECT_FALSE(Read("hello"));
   EXPECT_FALSE(Read(tests::AssemblyImage().bytes));
   EXPECT_FALSE(Read(image.Bytes())) << "there is no such function";
+}
+
+// It is not known to be one, whatever it looks like.
+TEST(ManagedAssembly, WhatLiesBehindTheLastSectionsRowIsNoSection) {
+  using Header = tests::AssemblyImage;
+  const auto bytes = [](std::uint16_t sections) {
+    Header image;
+    image.bytes = ManagedImage().Bytes();
+    image.Put32(Header::kCliDirectory, 0x6008).Put16(Header::kSectionCount, sections);
+    constexpr std::size_t kSecond = Header::kSection + 40;
+    image.Put32(kSecond + 12, 0x6000).Put32(kSecond + 16, 512).Put32(kSecond + 20, 512);
+    return image.bytes;
+  };
+
+  EXPECT_TRUE(Read(bytes(2)));
+  EXPECT_FALSE(Read(bytes(1)));
 }
 
 TEST(ManagedAssembly, NoBytesWhateverLeadItAstray) {

@@ -149,6 +149,85 @@ TEST(StartCause, SurroundingsExplainAStartThatFails) {
   }
 }
 
+TEST(StartCause, TheRuntimesOwnWordsTellThatIcuIsMissing) {
+  for (const char* words : {"Couldn't find a valid ICU package installed on the system.", "cannot load libicuuc.so"}) {
+    StartReport start = Died(SIGABRT);
+    start.probe.child.output = words;
+
+    EXPECT_EQ(Text(start), "ICU, which the application needs, is missing") << words;
+  }
+}
+
+TEST(StartCause, OnlyALowLimitExplainsAStartThatDies) {
+  constexpr std::uint64_t kMebibyte = 1 << 20;
+  struct Row {
+    const char* text;
+    void (*surround)(Surroundings& surroundings);
+  };
+  const char* unknown = "the runtime does not start (SIGSEGV)";
+  const Row rows[] = {
+      {"the address space is limited to 511 MiB, which is too little for .NET",
+       [](Surroundings& around) { around.address_space = 512 * kMebibyte - 1; }},
+      {unknown, [](Surroundings& around) { around.address_space = 512 * kMebibyte; }},
+      {"only 63 files may be open at once, which is too few for .NET",
+       [](Surroundings& around) { around.open_files = 63; }},
+      {unknown, [](Surroundings& around) { around.open_files = 64; }},
+      {"the control group's memory is limited to 63 MiB",
+       [](Surroundings& around) { around.group_memory = 64 * kMebibyte - 1; }},
+      {unknown, [](Surroundings& around) { around.group_memory = 64 * kMebibyte; }},
+      {unknown, [](Surroundings& around) { around.file_size = 1; }},
+  };
+  for (const Row& row : rows) {
+    StartReport start = Died(SIGSEGV);
+    row.surround(start.surroundings);
+
+    EXPECT_EQ(Text(start), row.text);
+  }
+}
+
+TEST(StartCause, OnlyASmallLimitOfFilesExplainsALackOfMemory) {
+  StartReport start = Failed("0x8007000E");
+  start.surroundings.file_size = (64 << 20) - 1;
+  EXPECT_EQ(Text(start), "a file may not be larger than 63 MiB, which is too little for .NET");
+
+  start.surroundings.file_size = 64 << 20;
+  EXPECT_EQ(Text(start), "the runtime does not start: there is not enough memory (0x8007000e)");
+}
+
+// What says most stands first; each step mends what the one before has said.
+TEST(StartCause, OfSeveralTheOneThatSaysMostIsNamed) {
+  StartReport start = Died(SIGABRT);
+  start.probe.child.output = "ICU, HRESULT: 0x8007000E";
+  start.broken = {{"/net/6.0.36/libcoreclr.so", Need::kStart, true, false, false, "missing"}};
+  start.collector_options = {{"System.GC.HeapHardLimit", "16"}};
+  Surroundings& around = start.surroundings;
+  around = {false, false, 1, 2, 3, 4, {{"DOTNET_GCPath", "/none"}}, {{"DOTNET_AltJit", "*"}}};
+
+  EXPECT_EQ(CauseOf(start)->finding, Finding::kRuntimeFileBroken);
+  start.broken.clear();
+  EXPECT_EQ(CauseOf(start)->finding, Finding::kNoIcu);
+  start.probe.child.output = "HRESULT: 0x8007000E";
+  EXPECT_EQ(CauseOf(start)->finding, Finding::kMemoryNotExecutable);
+  around.may_execute_written_memory = true;
+  EXPECT_EQ(CauseOf(start)->finding, Finding::kNoMemoryFiles);
+  around.has_memory_files = true;
+  EXPECT_EQ(CauseOf(start)->finding, Finding::kCompilerVariable);
+  around.compiler_variables.clear();
+  EXPECT_EQ(CauseOf(start)->finding, Finding::kCollectorVariable);
+  around.collector_variables.clear();
+  EXPECT_EQ(CauseOf(start)->finding, Finding::kCollectorOption);
+  start.collector_options.clear();
+  EXPECT_EQ(CauseOf(start)->finding, Finding::kFileSizeLimited);
+  around.file_size.reset();
+  EXPECT_EQ(CauseOf(start)->finding, Finding::kAddressSpaceLimited);
+  around.address_space.reset();
+  EXPECT_EQ(CauseOf(start)->finding, Finding::kOpenFilesLimited);
+  around.open_files.reset();
+  EXPECT_EQ(CauseOf(start)->finding, Finding::kGroupMemoryLimited);
+  around.group_memory.reset();
+  EXPECT_EQ(CauseOf(start)->finding, Finding::kRuntimeNotStarted);
+}
+
 TEST(StartCause, AnOptionOfTheApplicationExplainsACollectorThatFails) {
   StartReport start = Failed("0x8007000E");
   start.collector_options = {{"System.GC.HeapHardLimit", "16"}};
