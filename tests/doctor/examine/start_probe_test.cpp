@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -55,6 +56,16 @@ TEST(StartProbe, StartsTheRuntimeOfALaunchWithoutArgumentsAndRunsNothing) {
   EXPECT_EQ(call.fields.at("host_path"), tests::HostLibrary().string());
   EXPECT_EQ(host.Call("get_runtime_delegate").Variable("DOTNET_EnableDiagnostics"), "0");
   EXPECT_EQ(host.VersionThatRan(), "");
+}
+
+// Its threads go on until the process ends.
+TEST(StartProbe, ARuntimeThatWasStartedIsNotUnloaded) {
+  const StandInHost host;
+
+  static_cast<void>(Start(host));
+
+  EXPECT_EQ(std::ranges::count(host.Calls(), "loaded", &tests::HostCall::name), 1);
+  EXPECT_EQ(std::ranges::count(host.Calls(), "unloaded", &tests::HostCall::name), 0);
 }
 
 TEST(StartProbe, ARuntimeThatDoesNotStartIsReportedWithItsResultAndTheHostsWords) {

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 #include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
@@ -187,6 +189,24 @@ TEST(LoaderLog, OneThatADiskHasNoRoomForIsAFailure) {
   EXPECT_EQ(log.file, "/opt/morvath/small/walk.log");
   EXPECT_EQ(log.failure, "No space left on device");
   EXPECT_EQ(::umount("/opt/morvath/small"), 0);
+}
+
+TEST(LoaderLog, OneThatNoProcessCanWriteIsAFailure) {
+  const Installation installation;
+  const TempFolder folder;
+
+  const ChildResult outer = RunInChild(
+      [&]() -> Answer {
+        const int next = ::dup(STDIN_FILENO);
+        ::close(next);
+        // The log takes one descriptor more; hearing a process takes two.
+        const rlimit files{static_cast<rlim_t>(next) + 2, static_cast<rlim_t>(next) + 2};
+        ::setrlimit(RLIMIT_NOFILE, &files);
+        return {WriteLoaderLog(folder / "walk", kInstalled, {kLong}).failure};
+      },
+      kLong);
+
+  EXPECT_EQ(outer.answer, Answer{"no process can be started: Too many open files"});
 }
 
 TEST(LoaderLog, OneOfAWalkThatDoesNotFinishIsAFailure) {
