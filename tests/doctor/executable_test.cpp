@@ -130,6 +130,16 @@ TEST(DoctorExecutable, EndsWithThreeWhenNobodyTakesWhatItWrites) {
   }
 }
 
+TEST(DoctorExecutable, EndsWithThreeWhenAFileMayNotGrowForWhatItWrites) {
+  Installation installation;
+  installation.Healthy();
+
+  const Outcome outcome = Shell("ulimit -f 0; exec \"$0\" --version >/opt/morvath/report").Run();
+
+  EXPECT_EQ(outcome.status, 3) << outcome;
+  EXPECT_EQ(outcome.signal, 0);
+}
+
 TEST(DoctorExecutable, EndsWithThreeWhenTheLogCannotBeWritten) {
   Installation installation;
   installation.Healthy();

@@ -225,6 +225,19 @@ TEST(Child, ReportsWhatWasThrown) {
   EXPECT_EQ(unknown.message, "");
 }
 
+// A library's exception may have no words.
+class Wordless : public std::exception {
+ public:
+  const char* what() const noexcept override { return nullptr; }
+};
+
+TEST(Child, ReportsWhatWasThrownWithoutWords) {
+  const ChildResult result = RunInChild([]() -> Answer { throw Wordless(); }, kLong);
+
+  EXPECT_EQ(result.end, ChildEnd::kThrew);
+  EXPECT_EQ(result.message, "");
+}
+
 TEST(Child, ReportsWithWhatStatusItExited) {
   for (const int status : {0, 1, 17, 255}) {
     const ChildResult result = RunInChild([&]() -> Answer { ::_exit(status); }, kLong);
@@ -241,6 +254,21 @@ TEST(Child, ReportsWhichSignalEndedIt) {
     EXPECT_EQ(result.end, ChildEnd::kCrashed);
     EXPECT_EQ(result.code, signal);
   }
+}
+
+// As a launch does, whatever this process does about it.
+TEST(Child, DiesOfAFileThatMayNotGrow) {
+  const auto before = ::signal(SIGXFSZ, SIG_IGN);
+  const ChildResult result = RunInChild(
+      []() -> Answer {
+        ::raise(SIGXFSZ);
+        return {};
+      },
+      kLong);
+  ::signal(SIGXFSZ, before);
+
+  EXPECT_EQ(result.end, ChildEnd::kCrashed);
+  EXPECT_EQ(result.code, SIGXFSZ);
 }
 
 TEST(Child, IsEndedAtTheLimit) {
@@ -484,6 +512,25 @@ TEST(Child, WorksWhereStandardStreamsAreClosed) {
         kLong);
 
     EXPECT_EQ(outer.answer, Answer{"inner"}) << closed.size() << " closed";
+  }
+}
+
+TEST(Child, WhatItsWorkBecomesIsHeardWhereStandardStreamsAreClosed) {
+  for (const auto& closed : {std::vector{2}, std::vector{0, 2}, std::vector{0, 1, 2}}) {
+    const ChildResult outer = RunInChild(
+        [&] {
+          for (const int descriptor : closed) {
+            ::close(descriptor);
+          }
+          const auto work = []() -> Answer {
+            ::execl("/bin/sh", "sh", "-c", "echo words; echo errors >&2", nullptr);
+            return {};
+          };
+          return Answer{RunInChild(work, kLong).output};
+        },
+        kLong);
+
+    EXPECT_EQ(outer.answer, Answer{"words\nerrors\n"}) << closed.size() << " closed";
   }
 }
 

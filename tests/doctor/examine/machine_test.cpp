@@ -5,8 +5,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <regex>
+#include <utility>
 
+#include "doctor/child/child.h"
 #include "tests/support/scoped_environment.h"
 
 namespace doctor {
@@ -49,6 +52,34 @@ TEST(Machine, HasTheLimitsThatAreSet) {
   EXPECT_EQ(core->soft, 0U);
   EXPECT_EQ(core->hard.has_value(), before.rlim_max != RLIM_INFINITY);
   ::setrlimit(RLIMIT_CORE, &before);
+}
+
+TEST(Machine, HasEachLimitUnderItsOwnName) {
+  constexpr std::pair<decltype(RLIMIT_AS), const char*> kNames[] = {
+      {RLIMIT_AS, "AS"},       {RLIMIT_CORE, "CORE"},       {RLIMIT_CPU, "CPU"},       {RLIMIT_DATA, "DATA"},
+      {RLIMIT_FSIZE, "FSIZE"}, {RLIMIT_MEMLOCK, "MEMLOCK"}, {RLIMIT_NOFILE, "NOFILE"}, {RLIMIT_NPROC, "NPROC"},
+      {RLIMIT_RSS, "RSS"},     {RLIMIT_STACK, "STACK"}};
+  for (const auto& [resource, name] : kNames) {
+    // Another number than before, where there may be another.
+    const auto lookAround = [&resource = resource]() -> Answer {
+      rlimit limit{};
+      ::getrlimit(resource, &limit);
+      const rlim_t most = limit.rlim_max == RLIM_INFINITY ? rlim_t{3} << 45 : limit.rlim_max;
+      limit.rlim_cur = limit.rlim_max = most > 0 ? most - 1 : 0;
+      ::setrlimit(resource, &limit);
+      Answer found{std::to_string(limit.rlim_cur)};
+      for (const ProcessLimit& one : LookAtMachine().limits) {
+        if (one.soft == limit.rlim_cur && one.hard == limit.rlim_cur) {
+          found.push_back(one.name);
+        }
+      }
+      return found;
+    };
+    const Answer found = RunInChild(lookAround, std::chrono::seconds(60)).answer;
+
+    ASSERT_FALSE(found.empty()) << name;
+    EXPECT_NE(std::ranges::find(found, name), found.end()) << name << " is " << found[0];
+  }
 }
 
 TEST(Machine, ItsLocaleIsThatOfTheVariableThatDecides) {
