@@ -216,6 +216,22 @@ TEST(Diagnosis, AMistakeIsTheCauseWhereWhatWasMeantServes) {
   }
 }
 
+TEST(Diagnosis, WhatWasLeftOutIsCountedWhereAnotherRootIsNamedAsWell) {
+  Installation installation;
+  installation.Healthy();
+  MoveRuntimeAway();
+  std::string lines;
+  for (int line = 1; line <= 1501; ++line) {
+    lines += "Other=1\n";
+  }
+  installation.Settings(lines + "DotnetRootFolder=/opt/morvath/dotnet\n");
+
+  const Diagnosis diagnosis = Diagnose(Installed());
+
+  EXPECT_EQ(diagnosis.verdict.cause.finding, Finding::kRuntimeElsewhere);
+  EXPECT_EQ(diagnosis.warnings.left_out, 500U);
+}
+
 TEST(Diagnosis, ARootThatOnlyHasToBeOpenedIsNotReplaced) {
   Installation installation;
   installation.Healthy();
