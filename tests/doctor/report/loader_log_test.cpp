@@ -191,9 +191,10 @@ TEST(LoaderLog, OneThatADiskHasNoRoomForIsAFailure) {
   EXPECT_EQ(::umount("/opt/morvath/small"), 0);
 }
 
-TEST(LoaderLog, OneThatNoProcessCanWriteIsAFailure) {
+TEST(LoaderLog, OneThatNoProcessCanWriteIsAFailureAndAnOlderOneIsGone) {
   const Installation installation;
   const TempFolder folder;
+  tests::WriteFile(folder / "walk.log", "older");
 
   const ChildResult outer = RunInChild(
       [&]() -> Answer {
@@ -207,6 +208,7 @@ TEST(LoaderLog, OneThatNoProcessCanWriteIsAFailure) {
       kLong);
 
   EXPECT_EQ(outer.answer, Answer{"no process can be started: Too many open files"});
+  EXPECT_EQ(tests::ReadFile(folder / "walk.log"), "");
 }
 
 TEST(LoaderLog, OneOfAWalkThatDoesNotFinishIsAFailure) {
