@@ -135,6 +135,42 @@ TEST(Frameworks, AFrameworkThatTakesTheHighestHasWhatItNeedsTakenSo) {
       "Upper 6.0.9, Base 6.1.0");
 }
 
+// Of an application that asks for Base itself, and of Upper, which does so, too.
+std::string Both(const World& world, const std::string& version, const std::string& rule) {
+  return Story(world.Resolved(R"("frameworks": [{"name": "Base", "version": ")" + version + "\"" + rule +
+                              R"(}, {"name": "Upper", "version": "6.0.0"}])"));
+}
+
+TEST(Frameworks, OfTwoRulesTheNarrowerOneCounts) {
+  World world;
+  world.Base({"7.0.1"}).Upper("6.0.9", Single("6.0.1", R"(, "rollForward": "LatestPatch")"));
+  EXPECT_EQ(Both(world, "6.0.0", R"(, "rollForward": "Major")"), "Base none");
+
+  World reversed;
+  reversed.Base({"7.0.1"}).Upper("6.0.9", Single("6.0.0", R"(, "rollForward": "Major")"));
+  EXPECT_EQ(Both(reversed, "6.0.1", R"(, "rollForward": "LatestPatch")"), "Base none");
+}
+
+TEST(Frameworks, TheHighestIsTakenWhereOneOfTwoRulesSaysSo) {
+  World world;
+  world.Base({"6.0.1", "6.1.0"}).Upper("6.0.9", Single("6.0.0", R"(, "rollForward": "LatestMinor")"));
+  EXPECT_EQ(Both(world, "6.0.0", ""), "Base 6.1.0, Upper 6.0.9");
+
+  World reversed;
+  reversed.Base({"6.0.1", "6.1.0"}).Upper("6.0.9", Single("6.0.0"));
+  EXPECT_EQ(Both(reversed, "6.0.0", R"(, "rollForward": "LatestMinor")"), "Base 6.1.0, Upper 6.0.9");
+}
+
+TEST(Frameworks, PatchesAreLeftOutWhereOneOfTwoRulesSaysSo) {
+  World world;
+  world.Base({"6.0.1", "6.0.5"}).Upper("6.0.9", Single("6.0.0", R"(, "applyPatches": false)"));
+  EXPECT_EQ(Both(world, "6.0.0", ""), "Base 6.0.1, Upper 6.0.9");
+
+  World reversed;
+  reversed.Base({"6.0.1", "6.0.5"}).Upper("6.0.9", Single("6.0.0"));
+  EXPECT_EQ(Both(reversed, "6.0.0", R"(, "applyPatches": false)"), "Base 6.0.1, Upper 6.0.9");
+}
+
 TEST(Frameworks, VersionsThatDoNotGoTogetherAreAConflict) {
   World world;
   world.Base({"6.0.1", "7.0.1"}).Upper("6.0.9", Single("7.0.0"));

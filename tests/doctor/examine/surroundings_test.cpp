@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -13,6 +15,7 @@
 
 #include "doctor/child/child.h"
 #include "tests/support/scoped_environment.h"
+#include "tests/support/temp_folder.h"
 
 namespace doctor {
 namespace {
@@ -95,6 +98,38 @@ TEST(Surroundings, MemoryThatMayNotBeWrittenAndThenExecutedIsSeen) {
   }
 
   EXPECT_EQ(SeenAfter([] { ::prctl(kSetMemoryDenyWriteExecute, 1, 0, 0, 0); }).at(1), "may not");
+}
+
+// What a process sees whose control group is /service/part, with these limits; "none" where that cannot be laid out.
+std::string MemoryOfGroups(const std::string& service, const std::string& part) {
+  const Answer seen =
+      RunInChild(
+          [&]() -> Answer {
+            const tests::TempFolder folder;
+            tests::WriteFile(folder / "cgroup", "1:name=old:/other\n0::/service/part\n");
+            if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+                ::mount("none", "/sys/fs/cgroup", "tmpfs", 0, nullptr) != 0 ||
+                ::mount((folder / "cgroup").c_str(), "/proc/self/cgroup", nullptr, MS_BIND, nullptr)) {
+              return {"none"};
+            }
+            tests::WriteFile("/sys/fs/cgroup/service/memory.max", service);
+            tests::WriteFile("/sys/fs/cgroup/service/part/memory.max", part);
+            return {std::to_string(LookAround().group_memory.value_or(0))};
+          },
+          std::chrono::seconds(60))
+          .answer;
+  return seen.empty() ? "" : seen[0];
+}
+
+TEST(Surroundings, OfTheLimitsOfAllControlGroupsTheLowestHolds) {
+  if (MemoryOfGroups("1\n", "1\n") == "none") {
+    GTEST_SKIP() << "control groups cannot be laid out here";
+  }
+
+  EXPECT_EQ(MemoryOfGroups("100\n", "200\n"), "100");
+  EXPECT_EQ(MemoryOfGroups("200\n", "100\n"), "100");
+  EXPECT_EQ(MemoryOfGroups("200\n", "max\n"), "200");
+  EXPECT_EQ(MemoryOfGroups("max\n", "max\n"), "0") << "there is no limit";
 }
 
 // Each with its value, in the order in which they are looked for.

@@ -169,6 +169,38 @@ TEST(JsonReport, AContextsEndHasItsNameAndItsStatusOnlyWhenItFinished) {
   }
 }
 
+TEST(JsonReport, AStartHasItsResultOnlyWhereItWasTried) {
+  struct Row {
+    const char* name;
+    StartProbe probe;
+    bool tried, started;
+    json result;
+  };
+  const Row rows[] = {
+      {"started", {{ChildEnd::kFinished}, true}, true, true, "0x00000000"},
+      {"failed", {{ChildEnd::kFinished}, true, 7}, true, false, "0x00000007"},
+      {"not offered", {{ChildEnd::kFinished}}, false, false, nullptr},
+      {"died", {{ChildEnd::kCrashed, SIGSEGV}}, true, false, nullptr},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    Diagnosis diagnosis = Empty();
+    diagnosis.start = StartReport{row.probe, {{"/a.dll", Need::kMain, true, false, false, "missing"}}};
+    diagnosis.start->probe.child.output = "out";
+    diagnosis.start->probe.host_text = "words";
+
+    const json start = Parsed(diagnosis)["start"];
+
+    EXPECT_EQ(start["tried"], row.tried);
+    EXPECT_EQ(start["started"], row.started);
+    EXPECT_EQ(start["result"], row.result);
+    EXPECT_EQ(start["output"], "out");
+    EXPECT_EQ(start["host_text"], "words");
+    EXPECT_EQ(start["icu"], nullptr);
+    EXPECT_EQ(start["broken_files"], json::parse(R"([{"path": "/a.dll", "detail": "missing", "need": "main"}])"));
+  }
+}
+
 TEST(JsonReport, IsUtf8WhateverTheBytes) {
   const std::string bytes = "a\xff\"\\\n\x01\xed\xa0\x80z";
   Diagnosis diagnosis = Empty();

@@ -61,6 +61,13 @@ TEST(SupportReport, ListsWhatALaunchLooksInto) {
   EXPECT_EQ(std::ranges::count(surrounds.way, "/", &ListedFile::path), 1);
 }
 
+TEST(SupportReport, ListsNoFolderWhereNoneIsKnown) {
+  const Surrounds surrounds = LookAtSurrounds({});
+
+  EXPECT_TRUE(surrounds.folders.empty());
+  EXPECT_TRUE(surrounds.way.empty());
+}
+
 TEST(SupportReport, HasTheNamesOfVariablesThatMatter) {
   tests::ScopedEnvironment environment;
   environment.Set("DOTNET_gcServer", "1").Set("LD_LIBRARY_PATH", "").Set("PASSWORD", "x");

@@ -203,6 +203,26 @@ TEST(SettingsNearMisses, TheFileAsAWholeMayBeTheMistake) {
   EXPECT_EQ(ofOther[0].finding, Finding::kSettingsHaveExtension);
 }
 
+TEST(SettingsNearMisses, TheFolderOfTheFileMayBeMissingOrBeNone) {
+  const tests::TempFolder folder;
+  tests::WriteFile(folder / "file", "");
+  const std::string file = folder / "file";
+  const std::string missing = folder / "missing";
+  const std::string write = "/settings.ini";
+
+  const Warnings inFile = SettingsNearMisses(ExamineSettings(file + write));
+  const Warnings inNothing = SettingsNearMisses(ExamineSettings(missing + write));
+
+  ASSERT_EQ(inFile.size(), 1U);
+  EXPECT_EQ(inFile[0].finding, Finding::kSettingsFolderNoFolder);
+  EXPECT_EQ(inFile[0].cure, "mv " + file + " " + file + ".old && mkdir -p " + file +
+                                " && echo DotnetRootFolder=/usr/share/dotnet > " + file + write);
+  ASSERT_EQ(inNothing.size(), 1U);
+  EXPECT_EQ(inNothing[0].finding, Finding::kSettingsFolderMissing);
+  EXPECT_EQ(inNothing[0].cure,
+            "mkdir -p " + missing + " && echo DotnetRootFolder=/usr/share/dotnet > " + missing + write);
+}
+
 TEST(SettingsNearMisses, ALinkThatLeadsNowhereIsNamed) {
   const tests::TempFolder folder;
   tests::WriteFile(folder / "file", "");
