@@ -27,9 +27,9 @@ struct InitializeParameters {
 };
 using ErrorWriter = void (*)(const char* message);
 
-// Of the host's documented statuses.
-constexpr auto kInvalidArgument = static_cast<std::int32_t>(0x80008081);
-constexpr auto kPropertyNotFound = static_cast<std::int32_t>(0x800080a4);
+// Of the host's documented statuses. A variant that lacks functions uses none.
+[[maybe_unused]] constexpr auto kInvalidArgument = static_cast<std::int32_t>(0x80008081);
+[[maybe_unused]] constexpr auto kPropertyNotFound = static_cast<std::int32_t>(0x800080a4);
 
 ErrorWriter error_writer = nullptr;
 int context = 0;  // Its address is the handle.
