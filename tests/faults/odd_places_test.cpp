@@ -135,7 +135,7 @@ TEST(OddFolders, TenThousandNestedOnesAreLeftAloneBelowTheLimitOfDescriptors) {
   LaunchWorld world(kInMemory);
   const NestedFolders nested(world.Runtime().FxrFolder() / "nested", 10'000);
 
-  for (const rlim_t limit : {64, 1'024}) {
+  for (const rlim_t limit : {rlim_t{64}, rlim_t{1'024}}) {
     SCOPED_TRACE(limit);
     const auto limited = [limit] {
       const rlimit files{limit, limit};
