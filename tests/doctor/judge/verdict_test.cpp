@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <utility>
 
 namespace doctor {
 namespace {
@@ -331,6 +332,19 @@ TEST(Verdict, NumbersAreForMachines) {
   SoundEvidence refused;
   refused.settings.end = SettingsEnd::kNoRoot;
   EXPECT_EQ(refused.Judged().code, 255);
+}
+
+// The statuses that shells have for these.
+TEST(Verdict, ALauncherThatCannotBeginEndsWithTheStatusOfAShell) {
+  const std::pair<LauncherReport, int> rows[] = {
+      {{"/launcher"}, 127}, {{"/launcher", true, false}, 126}, {{"/launcher", true, true, "libgcc_s.so.1"}, 127}};
+  for (const auto& [launcher, status] : rows) {
+    SoundEvidence world;
+    world.launcher = launcher;
+
+    EXPECT_EQ(world.Judged().outcome, Outcome::kNotBegun) << status;
+    EXPECT_EQ(world.Judged().code, status);
+  }
 }
 
 }  // namespace

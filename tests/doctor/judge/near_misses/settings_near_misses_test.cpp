@@ -281,5 +281,16 @@ TEST(SettingsNearMisses, OnlyTheLineThatALaunchDependsOnMayDecide) {
   EXPECT_TRUE(warnings[1].may_decide);
 }
 
+TEST(SettingsNearMisses, ALineThatIsReplacedMayNotDecide) {
+  const tests::TempFolder folder;
+  tests::WriteFile(folder / "settings.ini", "DotnetRootFolder=/r \nDotnetRootFolder=/r\n");
+
+  const Warnings warnings = SettingsNearMisses(ExamineSettings(folder / "settings.ini"));
+
+  ASSERT_FALSE(warnings.empty());
+  EXPECT_EQ(warnings[0].finding, Finding::kBlankAtEnd);
+  EXPECT_FALSE(warnings[0].may_decide);
+}
+
 }  // namespace
 }  // namespace doctor
