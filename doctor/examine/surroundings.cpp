@@ -93,6 +93,8 @@ Surroundings LookAround() {
   found.address_space = Limit(RLIMIT_AS);
   found.open_files = Limit(RLIMIT_NOFILE);
   found.file_size = Limit(RLIMIT_FSIZE);
+  found.data = Limit(RLIMIT_DATA);
+  found.stack = Limit(RLIMIT_STACK);
   found.group_memory = GroupMemory();
   found.collector_variables = SetVariables(kCollectorVariables);
   found.compiler_variables = SetVariables(kCompilerVariables);

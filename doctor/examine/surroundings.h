@@ -15,6 +15,8 @@ struct Surroundings {
   std::optional<std::uint64_t> address_space = {};  ///< The limit in bytes; empty when there is none.
   std::optional<std::uint64_t> open_files = {};     ///< The same for open descriptors.
   std::optional<std::uint64_t> file_size = {};      ///< The same for the size of a file, in bytes.
+  std::optional<std::uint64_t> data = {};           ///< The same for memory that holds data.
+  std::optional<std::uint64_t> stack = {};          ///< The same for the stack of the first thread.
   std::optional<std::uint64_t> group_memory = {};   ///< The limit of the control group in bytes.
   /// The variables that limit or replace the garbage collector, with their values.
   std::vector<std::pair<std::string, std::string>> collector_variables = {};

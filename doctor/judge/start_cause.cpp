@@ -14,10 +14,14 @@
 namespace doctor {
 namespace {
 
-constexpr std::uint64_t kMebibyte = std::uint64_t{1024} * 1024;
+constexpr std::uint64_t kKibibyte = 1024;
+constexpr std::uint64_t kMebibyte = 1024 * kKibibyte;
 constexpr std::uint64_t kLittleAddressSpace = 512 * kMebibyte;
 constexpr std::uint64_t kLittleMemory = 64 * kMebibyte;
 constexpr std::uint64_t kLittleFile = 64 * kMebibyte;
+constexpr std::uint64_t kHardlyAFile = 2 * kMebibyte;
+constexpr std::uint64_t kLittleData = 64 * kMebibyte;
+constexpr std::uint64_t kLittleStack = 128 * kKibibyte;
 constexpr std::uint64_t kFewFiles = 64;
 
 // Results of the runtime that say what kind of thing was wanting.
@@ -65,9 +69,15 @@ std::optional<Warning> MemoryFilesCause(const StartReport& start) {
 
 using Named = std::pair<std::string, std::string>;
 
-Warning AboutVariable(Finding finding, const Named& variable) {
-  const auto& [name, value] = variable;
-  return Worded(finding, {name, {{"variable", name}, {"value", Printable(value)}}});
+// Which of several is at fault cannot be seen from outside.
+Warning AboutCollector(Finding finding, const std::vector<Named>& variables) {
+  std::string settings;
+  std::string names;
+  for (const auto& [name, value] : variables) {
+    settings += (settings.empty() ? "" : ", ") + name + "=" + Printable(value);
+    names += (names.empty() ? "" : " ") + name;
+  }
+  return Worded(finding, {variables.front().first, {{"settings", settings}, {"variables", names}}});
 }
 
 // The runtime says so itself, in one sentence or another.
@@ -84,28 +94,36 @@ std::optional<Warning> CollectorVariableCause(const StartReport& start) {
   const auto& variables = start.surroundings.collector_variables;
   return variables.empty() || !CollectorHasFailed(start)
              ? std::nullopt
-             : std::optional(AboutVariable(Finding::kCollectorVariable, variables.front()));
+             : std::optional(AboutCollector(Finding::kCollectorVariable, variables));
 }
 
 std::optional<Warning> CollectorOptionCause(const StartReport& start) {
   return start.collector_options.empty() || !CollectorHasFailed(start)
              ? std::nullopt
-             : std::optional(AboutVariable(Finding::kCollectorOption, start.collector_options.front()));
+             : std::optional(AboutCollector(Finding::kCollectorOption, start.collector_options));
 }
 
 std::optional<Warning> CompilerVariableCause(const StartReport& start) {
   const auto& variables = start.surroundings.compiler_variables;
-  return variables.empty() || start.probe.child.end != ChildEnd::kCrashed
-             ? std::nullopt
-             : std::optional(AboutVariable(Finding::kCompilerVariable, variables.front()));
+  if (variables.empty() || start.probe.child.end != ChildEnd::kCrashed) {
+    return std::nullopt;
+  }
+  const auto& [name, value] = variables.front();
+  return Worded(Finding::kCompilerVariable, {name, {{"variable", name}, {"value", Printable(value)}}});
 }
 
 std::optional<Warning> ThreadsCause(const StartReport& start) {
   return EndedWith(start, kNoThread) ? std::optional(Worded(Finding::kNoThreads, {})) : std::nullopt;
 }
 
-Warning Limited(Finding finding, std::uint64_t limit) {
-  return Worded(finding, {{}, {{"limit", std::to_string(limit)}}});
+Warning Limited(Finding finding, const std::string& limit) {
+  return Worded(finding, {{}, {{"limit", limit}}});
+}
+
+std::string Size(std::uint64_t bytes) {
+  return bytes < kKibibyte   ? std::to_string(bytes) + " bytes"
+         : bytes < kMebibyte ? std::to_string(bytes / kKibibyte) + " KiB"
+                             : std::to_string(bytes / kMebibyte) + " MiB";
 }
 
 std::optional<Warning> AddressSpaceCause(const StartReport& start) {
@@ -113,16 +131,26 @@ std::optional<Warning> AddressSpaceCause(const StartReport& start) {
   if (!limit || !(EndedWith(start, kOutOfMemory) || *limit < kLittleAddressSpace)) {
     return std::nullopt;
   }
-  return Limited(Finding::kAddressSpaceLimited, *limit / kMebibyte);
+  return Limited(Finding::kAddressSpaceLimited, Size(*limit));
 }
 
-// .NET keeps its code in a file in memory.
+// .NET keeps its code in a file in memory. With very little it reports other failures, or dies.
 std::optional<Warning> FileSizeCause(const StartReport& start) {
   const auto& limit = start.surroundings.file_size;
-  if (!limit || *limit >= kLittleFile || !EndedWith(start, kOutOfMemory)) {
+  if (!limit || *limit >= (EndedWith(start, kOutOfMemory) ? kLittleFile : kHardlyAFile)) {
     return std::nullopt;
   }
-  return Limited(Finding::kFileSizeLimited, *limit / kMebibyte);
+  return Limited(Finding::kFileSizeLimited, Size(*limit));
+}
+
+std::optional<Warning> DataCause(const StartReport& start) {
+  const auto& limit = start.surroundings.data;
+  return limit && *limit < kLittleData ? std::optional(Limited(Finding::kDataLimited, Size(*limit))) : std::nullopt;
+}
+
+std::optional<Warning> StackCause(const StartReport& start) {
+  const auto& limit = start.surroundings.stack;
+  return limit && *limit < kLittleStack ? std::optional(Limited(Finding::kStackLimited, Size(*limit))) : std::nullopt;
 }
 
 std::optional<Warning> OpenFilesCause(const StartReport& start) {
@@ -130,7 +158,7 @@ std::optional<Warning> OpenFilesCause(const StartReport& start) {
   if (!limit || *limit >= kFewFiles) {
     return std::nullopt;
   }
-  return Limited(Finding::kOpenFilesLimited, *limit);
+  return Limited(Finding::kOpenFilesLimited, std::to_string(*limit));
 }
 
 std::optional<Warning> GroupMemoryCause(const StartReport& start) {
@@ -138,7 +166,7 @@ std::optional<Warning> GroupMemoryCause(const StartReport& start) {
   if (!limit || !(EndedWith(start, kOutOfMemory) || *limit < kLittleMemory)) {
     return std::nullopt;
   }
-  return Limited(Finding::kGroupMemoryLimited, *limit / kMebibyte);
+  return Limited(Finding::kGroupMemoryLimited, Size(*limit));
 }
 
 std::string InWords(std::int32_t result) {
@@ -177,6 +205,8 @@ constexpr auto kCauses = std::to_array<std::optional<Warning> (*)(const StartRep
     ThreadsCause,
     FileSizeCause,
     AddressSpaceCause,
+    DataCause,
+    StackCause,
     OpenFilesCause,
     GroupMemoryCause,
 });

@@ -125,6 +125,9 @@ TEST_F(FaultsOnRealDotnet, LimitsThatEndALaunchAreNamed) {
       {"files of 1 MiB",
        Limit<RLIMIT_FSIZE, kMebibyte>,
        {"file-size-limited", "a file may not be larger than 1 MiB", "ulimit -f"}},
+      {"10 MiB of data",
+       Limit<RLIMIT_DATA, 10 * kMebibyte>,
+       {"data-limited", "the memory for data is limited to 10 MiB", "ulimit -d unlimited"}},
       {"two processes", LimitNobody<RLIMIT_NPROC, 2>, {"no-threads", "no thread can be started", "TasksMax="}},
   });
 }

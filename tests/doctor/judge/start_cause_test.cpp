@@ -120,6 +120,11 @@ TEST(StartCause, SurroundingsExplainAStartThatFails) {
        [](Surroundings& around) {
          around.collector_variables = {{"DOTNET_GCRegionSize", "1"}};
        }},
+      {"the garbage collector cannot be started with DOTNET_GCHeapHardLimit=10, DOTNET_GCPath=/none",
+       Failed("0x8007000E"),
+       [](Surroundings& around) {
+         around.collector_variables = {{"DOTNET_GCHeapHardLimit", "10"}, {"DOTNET_GCPath", "/none"}};
+       }},
       {"the runtime's compiler cannot be loaded with DOTNET_AltJit=*", Died(SIGABRT),
        [](Surroundings& around) {
          around.compiler_variables = {{"DOTNET_AltJit", "*"}};
@@ -127,6 +132,12 @@ TEST(StartCause, SurroundingsExplainAStartThatFails) {
       {"no thread can be started, and .NET needs several", Failed("0x80070008"), [](Surroundings&) {}},
       {"a file may not be larger than 1 MiB, which is too little for .NET", Failed("0x8007000E"),
        [](Surroundings& around) { around.file_size = 1024 * 1024; }},
+      {"a file may not be larger than 100 KiB, which is too little for .NET", Died(SIGSEGV),
+       [](Surroundings& around) { around.file_size = 100 * 1024; }},
+      {"the memory for data is limited to 9 MiB, which is too little for .NET", Failed("0x80004005"),
+       [](Surroundings& around) { around.data = 10'000'000; }},
+      {"the stack is limited to 32 KiB, which is too little for .NET", Died(SIGSEGV),
+       [](Surroundings& around) { around.stack = 32 * 1024; }},
       {"the address space is limited to 1024 MiB, which is too little for .NET", Failed("0x8007000E"),
        [](Surroundings& around) { around.address_space = 1024 * 1024 * 1024; }},
       {"the address space is limited to 64 MiB, which is too little for .NET", Died(SIGSEGV),
@@ -175,7 +186,17 @@ TEST(StartCause, OnlyALowLimitExplainsAStartThatDies) {
       {"the control group's memory is limited to 63 MiB",
        [](Surroundings& around) { around.group_memory = 64 * kMebibyte - 1; }},
       {unknown, [](Surroundings& around) { around.group_memory = 64 * kMebibyte; }},
-      {unknown, [](Surroundings& around) { around.file_size = 1; }},
+      {"a file may not be larger than 512 bytes, which is too little for .NET",
+       [](Surroundings& around) { around.file_size = 512; }},
+      {"a file may not be larger than 1 MiB, which is too little for .NET",
+       [](Surroundings& around) { around.file_size = 2 * kMebibyte - 1; }},
+      {unknown, [](Surroundings& around) { around.file_size = 2 * kMebibyte; }},
+      {"the memory for data is limited to 63 MiB, which is too little for .NET",
+       [](Surroundings& around) { around.data = 64 * kMebibyte - 1; }},
+      {unknown, [](Surroundings& around) { around.data = 64 * kMebibyte; }},
+      {"the stack is limited to 127 KiB, which is too little for .NET",
+       [](Surroundings& around) { around.stack = 128 * 1024 - 1; }},
+      {unknown, [](Surroundings& around) { around.stack = 128 * 1024; }},
   };
   for (const Row& row : rows) {
     StartReport start = Died(SIGSEGV);
@@ -201,7 +222,7 @@ TEST(StartCause, OfSeveralTheOneThatSaysMostIsNamed) {
   start.broken = {{"/net/6.0.36/libcoreclr.so", Need::kStart, true, false, false, "missing"}};
   start.collector_options = {{"System.GC.HeapHardLimit", "16"}};
   Surroundings& around = start.surroundings;
-  around = {false, false, 1, 2, 3, 4, {{"DOTNET_GCPath", "/none"}}, {{"DOTNET_AltJit", "*"}}};
+  around = {false, false, 1, 2, 3, 4, 5, 6, {{"DOTNET_GCPath", "/none"}}, {{"DOTNET_AltJit", "*"}}};
 
   EXPECT_EQ(CauseOf(start)->finding, Finding::kRuntimeFileBroken);
   start.broken.clear();
@@ -221,6 +242,10 @@ TEST(StartCause, OfSeveralTheOneThatSaysMostIsNamed) {
   around.file_size.reset();
   EXPECT_EQ(CauseOf(start)->finding, Finding::kAddressSpaceLimited);
   around.address_space.reset();
+  EXPECT_EQ(CauseOf(start)->finding, Finding::kDataLimited);
+  around.data.reset();
+  EXPECT_EQ(CauseOf(start)->finding, Finding::kStackLimited);
+  around.stack.reset();
   EXPECT_EQ(CauseOf(start)->finding, Finding::kOpenFilesLimited);
   around.open_files.reset();
   EXPECT_EQ(CauseOf(start)->finding, Finding::kGroupMemoryLimited);

@@ -72,7 +72,7 @@ TEST(Explanation, TheNearestCodesComeInOrder) {
 
   EXPECT_EQ(NearestCodes("blank-at"), (Codes{"blank-at-end", "blank-at-start", "no-root"}));
   EXPECT_EQ(NearestCodes("broken"), (Codes{"noexec", "broken-file", "no-root"}));
-  EXPECT_EQ(NearestCodes("files-limited"), (Codes{"file-size-limited", "open-files-limited", "file-not-read"}));
+  EXPECT_EQ(NearestCodes("files-limited"), (Codes{"file-size-limited", "data-limited", "stack-limited"}));
   EXPECT_EQ(NearestCodes("no-versions"), (Codes{"no-version", "no-version-loads", "no-root"}));
 }
 
