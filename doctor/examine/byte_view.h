@@ -49,4 +49,25 @@ class ByteView {
   std::string_view bytes_;
 };
 
+/// A number and how many bytes it takes.
+struct CompressedNumber {
+  std::uint32_t value;
+  std::size_t size;
+};
+
+/// Reads a number as metadata stores small ones (ECMA-335, partition II, 23.2): big-endian in one, two or four bytes,
+/// which its first bits tell apart.
+inline CompressedNumber ReadCompressed(const ByteView& bytes, std::size_t at) {
+  const std::uint32_t first = bytes.Byte(at);
+  if (first < 0x80) {
+    return {first, 1};
+  }
+  if (first < 0xc0) {
+    return {(first & 0x3fU) << 8 | bytes.Byte(at + 1), 2};
+  }
+  return {(first & 0x1fU) << 24 | std::uint32_t{bytes.Byte(at + 1)} << 16 | std::uint32_t{bytes.Byte(at + 2)} << 8 |
+              bytes.Byte(at + 3),
+          4};
+}
+
 }  // namespace doctor

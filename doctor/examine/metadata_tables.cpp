@@ -212,11 +212,9 @@ std::string MetadataTables::Text(MetadataTable table, std::uint32_t row, std::si
 }
 
 ByteView MetadataTables::Blob(MetadataTable table, std::uint32_t row, std::size_t column) const {
-  // The length stands in front, and is followed by no more than is needed here; who reads further is stopped.
   const std::size_t at = Value(table, row, column);
-  const std::uint8_t first = blobs_.Byte(at);
-  const std::size_t head = first < 0x80 ? 1 : first < 0xc0 ? 2 : 4;
-  return blobs_.Part(at + head, blobs_.Size() - at - head);
+  const CompressedNumber length = ReadCompressed(blobs_, at);
+  return blobs_.Part(at + length.size, length.value);
 }
 
 MetadataRow MetadataTables::Named(MetadataTable table, std::uint32_t row, std::size_t column) const {
