@@ -11,8 +11,12 @@ namespace doctor {
 
 enum class MetadataTable : std::uint8_t {
   kTypeRef = 0x01,
+  kTypeDef = 0x02,
+  kField = 0x04,
   kMethodDef = 0x06,
+  kInterfaceImpl = 0x09,
   kMemberRef = 0x0a,
+  kStandAloneSig = 0x11,
   kTypeSpec = 0x1b,
   kAssembly = 0x20,
   kAssemblyRef = 0x23,
