@@ -136,19 +136,19 @@ TEST(ManagedAssembly, WhatIsNamedTwiceIsNeededOnce) {
 
 TEST(ManagedAssembly, ATypeMadeOfAnotherIsOfItsAssembly) {
   const std::pair<std::string, Names> rows[] = {
-      {"\x12\x05"s, {"Needed"}},              // A class.
-      {"\x11\x05"s, {"Needed"}},              // A value.
-      {"\x15\x12\x05"s, {"Needed"}},          // A generic one,
-      {"\x1d\x12\x05"s, {"Needed"}},          // an array,
-      {"\x14\x12\x05"s, {"Needed"}},          // one of more dimensions,
-      {"\x0f\x11\x05"s, {"Needed"}},          // a pointer,
-      {"\x10\x12\x05"s, {"Needed"}},          // a reference,
-      {"\x45\x12\x05"s, {"Needed"}},          // one that stays in its place,
-      {"\x1d\x15\x12\x05"s, {"Needed"}},      // and more than one of these.
-      {"\x12\x80\x05"s, {"Needed"}},          // Its number may stand in two bytes,
-      {"\x12\xc0\x00\x00\x05"s, {"Needed"}},  // or in four.
-      {"\x1d\x13\x05"s, {}},                  // A type that is put in later.
-      {"\x0e\x05"s, {}},                      // A text.
+      {"\x12\x05"s, {"Needed"}},                  // A class.
+      {"\x11\x05"s, {"Needed"}},                  // A value.
+      {"\x15\x12\x05\x01\x0e"s, {"Needed"}},      // A generic one,
+      {"\x1d\x12\x05"s, {"Needed"}},              // an array,
+      {"\x14\x12\x05\x02\x00\x00"s, {"Needed"}},  // one of more dimensions,
+      {"\x0f\x11\x05"s, {"Needed"}},              // a pointer,
+      {"\x10\x12\x05"s, {"Needed"}},              // a reference,
+      {"\x45\x12\x05"s, {"Needed"}},              // one that stays in its place,
+      {"\x1d\x15\x12\x05\x01\x0e"s, {"Needed"}},  // and more than one of these.
+      {"\x12\x80\x05"s, {"Needed"}},              // Its number may stand in two bytes,
+      {"\x12\xc0\x00\x00\x05"s, {"Needed"}},      // or in four.
+      {"\x1d\x13\x05"s, {}},                      // A type that is put in later.
+      {"\x0e\x05"s, {}},                          // A text.
   };
   for (const auto& [type, needed] : rows) {
     SCOPED_TRACE(testing::PrintToString(type));
