@@ -22,6 +22,7 @@ struct BrokenFile {
   bool is_application = false;  ///< Whether it belongs to the application.
   std::string detail = {};      ///< "missing", "cut short: ..."
   bool is_named = false;        ///< Whether the application's own code names it.
+  bool is_listed = true;        ///< False when it is there, and the runtime is not told so.
 };
 
 /// What is wrong with the assembly; nothing when it is sound.

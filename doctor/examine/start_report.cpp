@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <filesystem>
+#include <set>
 #include <sstream>
 #include <utility>
 
@@ -19,10 +21,20 @@ constexpr const char* kCoreLibrary = "System.Private.CoreLib";
 constexpr const char* kFacade = "System.Runtime";
 constexpr auto kNeededLibraries = std::to_array<const char*>({"libcoreclr.so", "libclrjit.so", "libSystem.Native.so"});
 
+// The runtime looks for assemblies without regard to the case of letters.
+std::string Folded(std::string name) {
+  std::ranges::transform(name, name.begin(),
+                         [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+  return name;
+}
+
 class FileReader {
  public:
   FileReader(const std::string& application, std::vector<BrokenFile>& broken)
-      : application_(ReadManagedAssembly(application)), broken_(broken) {}
+      : application_(ReadManagedAssembly(application)),
+        folder_(fs::path(application).parent_path()),
+        broken_(broken),
+        listed_{Folded(fs::path(application).stem())} {}
 
   void ReadApplication(const std::string& path) {
     if (!Keep(BrokenAssembly(path, Need::kMain, true)) && application_ && !application_->has_entry_point) {
@@ -33,11 +45,24 @@ class FileReader {
   // An assembly that is needed at once is compared with the name that it is looked for by.
   void ReadAssembly(const std::string& path) {
     const std::string name = fs::path(path).stem();
+    const bool isApplication = fs::path(path).parent_path() == folder_;
     const Need need = NeedOf(name);
-    if (!Keep(BrokenAssembly(path, need, false)) && need == Need::kMain) {
+    listed_.insert(Folded(name));
+    if (!Keep(BrokenAssembly(path, need, isApplication)) && need == Need::kMain) {
       const auto found = ReadManagedAssembly(path);
       if (found && found->name != name) {
-        Keep(BrokenFile{path, need, true, false, false, "it is " + found->name, false});
+        Keep(BrokenFile{path, need, true, false, isApplication, "it is " + found->name, false});
+      }
+    }
+  }
+
+  // What Main needs and the runtime is not told of should lie beside the application.
+  void ReadUnlisted() {
+    for (const std::string& name : application_ ? application_->first_needed : std::vector<std::string>()) {
+      if (!listed_.contains(Folded(name))) {
+        const std::string path = folder_ / (name + ".dll");
+        const bool isThere = fs::exists(fs::symlink_status(path, ignored_));
+        Keep(BrokenFile{path, Need::kMain, true, false, true, "missing", true, !isThere});
       }
     }
   }
@@ -64,7 +89,10 @@ class FileReader {
   }
 
   const std::optional<ManagedAssembly> application_;
+  const fs::path folder_;
   std::vector<BrokenFile>& broken_;
+  std::set<std::string> listed_;
+  std::error_code ignored_;
 };
 
 bool IsNeeded(const std::string& library) {
@@ -96,6 +124,7 @@ void ReadFiles(const std::string& assembly, const std::string& assemblies, FileR
       ReadLibraries(fs::path(path).parent_path(), reader);
     }
   }
+  reader.ReadUnlisted();
 }
 
 }  // namespace

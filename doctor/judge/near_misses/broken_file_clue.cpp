@@ -11,7 +11,7 @@ namespace {
 namespace fs = std::filesystem;
 
 std::string CommandFor(const BrokenFile& file, const fs::path& folder) {
-  if (!file.may_be_read) {
+  if (!file.may_be_read && file.is_listed) {
     return "chmod " + RightsThatCount(file.path) + "+r " + ShellWord(file.path);
   }
   return file.is_application ? "install the product again"
@@ -19,7 +19,8 @@ std::string CommandFor(const BrokenFile& file, const fs::path& folder) {
 }
 
 std::string StateOf(const BrokenFile& file) {
-  return !file.may_be_read          ? "cannot be read by this user"
+  return !file.is_listed            ? "is not listed in the application's deps.json"
+         : !file.may_be_read        ? "cannot be read by this user"
          : file.detail == "missing" ? "is missing"
                                     : "is broken: " + Printable(file.detail);
 }

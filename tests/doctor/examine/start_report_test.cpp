@@ -17,8 +17,13 @@ namespace fs = std::filesystem;
 
 // A framework and an application whose files are all sound; a test spoils one of them.
 struct BrokenFramework {
+  static constexpr const char* kApplication = "product/app.dll";
+  static constexpr const char* kBeside = "product/part.dll";
+
   BrokenFramework() {
-    for (const char* assembly : {"app.dll", "System.Private.CoreLib.dll", "System.Runtime.dll", "System.Linq.dll"}) {
+    fs::create_directory(folder / "product");
+    for (const char* assembly :
+         {kApplication, kBeside, "System.Private.CoreLib.dll", "System.Runtime.dll", "System.Linq.dll"}) {
       tests::WriteFile(folder / assembly, tests::AssemblyImage().bytes);
       assemblies.append(folder / assembly).append(":");
     }
@@ -28,7 +33,7 @@ struct BrokenFramework {
   }
 
   StartReport Examined(bool isStarted = false) const {
-    return ExamineStart(folder / "app.dll", assemblies, [isStarted] {
+    return ExamineStart(folder / kApplication, assemblies, [isStarted] {
       return StartProbe{{ChildEnd::kFinished}, isStarted};
     });
   }
@@ -55,7 +60,8 @@ TEST(StartReport, EveryFileIsReadAndKnownForWhatNeedsIt) {
       {"libcoreclr.so", Need::kStart},
       {"libclrjit.so", Need::kStart},
       {"libSystem.Native.so", Need::kStart},
-      {"app.dll", Need::kMain},
+      {"product/app.dll", Need::kMain},
+      {"product/part.dll", Need::kLater},
       {"System.Runtime.dll", Need::kMain},
       {"System.Linq.dll", Need::kLater},
       {"libclrgc.so", Need::kLater},
@@ -71,12 +77,12 @@ TEST(StartReport, EveryFileIsReadAndKnownForWhatNeedsIt) {
     EXPECT_EQ(report.broken[0].path, (world.folder / row.name).string());
     EXPECT_EQ(report.broken[0].need, row.need);
     EXPECT_EQ(report.Decisive() != nullptr, row.need != Need::kLater);
-    EXPECT_EQ(report.broken[0].is_application, row.name == std::string("app.dll"));
+    EXPECT_EQ(report.broken[0].is_application, std::string(row.name).starts_with("product/"));
   }
 }
 
 TEST(StartReport, AMissingFileIsBroken) {
-  for (const char* name : {"app.dll", "System.Linq.dll", "libclrjit.so"}) {
+  for (const char* name : {"product/app.dll", "System.Linq.dll", "libclrjit.so"}) {
     const BrokenFramework world;
     fs::remove(world.folder / name);
 
@@ -90,7 +96,7 @@ TEST(StartReport, AMissingFileIsBroken) {
 
 TEST(StartReport, WhatIsNeededFirstComesFirst) {
   const BrokenFramework world;
-  for (const char* name : {"app.dll", "System.Linq.dll", "libclrjit.so"}) {
+  for (const char* name : {"product/app.dll", "System.Linq.dll", "libclrjit.so"}) {
     tests::WriteFile(world.folder / name, "hello");
   }
 
@@ -135,7 +141,7 @@ TEST(StartReport, AnApplicationWithoutAFirstFunctionIsBroken) {
   const BrokenFramework world;
   tests::ManagedImage library;
   library.entry_point = 0;
-  tests::WriteFile(world.folder / "app.dll", library.Bytes());
+  tests::WriteFile(world.folder / world.kApplication, library.Bytes());
 
   const StartReport report = world.Examined();
 
@@ -149,7 +155,7 @@ TEST(StartReport, AnApplicationWithoutAFirstFunctionIsBroken) {
 
 TEST(StartReport, WhatTheApplicationsCodeNamesIsKnown) {
   BrokenFramework world;
-  tests::WriteFile(world.folder / "app.dll", tests::ManagedImage().Bytes());
+  tests::WriteFile(world.folder / world.kApplication, tests::ManagedImage().Bytes());
   for (const char* name : {"Other.dll", "Needed.dll", "System.Linq.dll"}) {
     tests::WriteFile(world.folder / name, "hello");
     world.assemblies.append(world.folder / name).append(":");
@@ -166,6 +172,42 @@ TEST(StartReport, WhatTheApplicationsCodeNamesIsKnown) {
   EXPECT_TRUE(report.broken[2].path.ends_with("Other.dll"));
   EXPECT_EQ(report.broken[2].need, Need::kLater) << "only other code names it";
   EXPECT_TRUE(report.broken[2].is_named);
+}
+
+// Its first function takes the assembly "Needed".
+TEST(StartReport, WhatMainNeedsAndTheRuntimeIsNotToldOfIsMissing) {
+  BrokenFramework world;
+  tests::WriteFile(world.folder / world.kApplication, tests::ManagedImage().Bytes());
+
+  const StartReport report = world.Examined(true);
+
+  ASSERT_EQ(report.broken.size(), 1U);
+  EXPECT_EQ(report.broken[0].path, (world.folder / "product/Needed.dll").string());
+  EXPECT_EQ(report.broken[0].detail, "missing");
+  EXPECT_EQ(report.broken[0].need, Need::kMain);
+  EXPECT_TRUE(report.broken[0].is_application);
+  EXPECT_TRUE(report.broken[0].is_listed);
+  EXPECT_TRUE(report.broken[0].is_named);
+}
+
+TEST(StartReport, AFileBesideTheApplicationThatIsNotListedIsNotFoundByTheRuntime) {
+  BrokenFramework world;
+  tests::WriteFile(world.folder / world.kApplication, tests::ManagedImage().Bytes());
+  tests::WriteFile(world.folder / "product/Needed.dll", tests::AssemblyImage().bytes);
+
+  const StartReport report = world.Examined(true);
+
+  ASSERT_EQ(report.broken.size(), 1U);
+  EXPECT_FALSE(report.broken[0].is_listed);
+}
+
+TEST(StartReport, TheRuntimeFindsAssembliesWithoutRegardToTheCaseOfLetters) {
+  BrokenFramework world;
+  tests::WriteFile(world.folder / world.kApplication, tests::ManagedImage().Bytes());
+  tests::WriteFile(world.folder / "product/needed.DLL", tests::AssemblyImage().bytes);
+  world.assemblies.append(world.folder / "product/needed.DLL");
+
+  EXPECT_TRUE(world.Examined(true).broken.empty());
 }
 
 }  // namespace

@@ -55,6 +55,17 @@ TEST(StartCause, ANeededFileThatIsBrokenIsTheCauseWhereStartingWasNotTried) {
   EXPECT_EQ(cause->cure, "install the .NET runtime 6.0.36 again");
 }
 
+TEST(StartCause, AFileThatIsThereAndNotListedIsToldSo) {
+  StartReport start = Started();
+  start.broken = {{"/opt/product/part.dll", Need::kMain, true, false, true, "missing", true, false}};
+
+  const auto cause = CauseOf(start);
+
+  ASSERT_TRUE(cause);
+  EXPECT_EQ(cause->text, "part.dll is not listed in the application's deps.json");
+  EXPECT_EQ(cause->cure, "install the product again");
+}
+
 TEST(StartCause, AFileThatMayBeNeededLaterIsNone) {
   StartReport start = Started();
   start.broken = {{"/net/6.0.36/System.Linq.dll", Need::kLater, true, false, false, "missing"}};
