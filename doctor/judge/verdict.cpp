@@ -276,7 +276,7 @@ std::optional<Verdict> JudgeLauncher(const LauncherReport& launcher) {
   constexpr int kNotExecutable = 126;
   constexpr int kNotFound = 127;
   const auto notBegun = [&](Finding finding, int status) {
-    Clue clue = AtPath(launcher.path, {{"words", Printable(launcher.lacks)}, {"command", CureOfClosed(launcher.path)}});
+    Clue clue = AtPath(launcher.path, {{"said", Printable(launcher.lacks)}, {"command", CureOfClosed(launcher.path)}});
     return Verdict{Outcome::kNotBegun, Stop::kBegin, Worded(finding, clue), {}, status};
   };
   return !launcher.is_there          ? std::optional(notBegun(Finding::kLauncherMissing, kNotFound))

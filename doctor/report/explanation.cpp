@@ -91,6 +91,7 @@ constexpr auto kPlaceholders = std::to_array<Placeholder>({
     {"product", "the version of the framework that is needed"},
     {"reason", "the system's reason"},
     {"result", ""},
+    {"said", "its reason"},
     {"says", ""},
     {"sentence", "ICU is missing"},
     {"setting", "path"},

@@ -37,7 +37,7 @@ std::optional<Clue> Open(const OpenTree& tree, ChangeRight right) {
   }
   const std::string more = tree.below == 0 ? "" : ", and " + std::to_string(tree.below) + " more in it";
   Clue clue = AtPath(tree.top.path,
-                     {{"who", Printable(tree.top.who)}, {"more", more}, {"flags", tree.below == 0 ? "" : "-R "}});
+                     {{"owner", Printable(tree.top.who)}, {"more", more}, {"flags", tree.below == 0 ? "" : "-R "}});
   clue.may_decide = false;
   return clue;
 }

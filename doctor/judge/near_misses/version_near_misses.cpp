@@ -69,7 +69,7 @@ std::optional<Clue> NeededLibrary(const VersionReport& version) {
   const auto needed = version.reason == VersionReason::kLoadFailed ? NeededBy(version.words) : std::nullopt;
   return needed ? AboutLibrary(version, true,
                                {{"needed", Printable(needed->what)},
-                                {"words", Printable(version.words)},
+                                {"said", Printable(version.words)},
                                 {"advice", Printable(needed->advice)}})
                 : std::nullopt;
 }
