@@ -62,7 +62,8 @@ class FileReader {
       if (!listed_.contains(Folded(name))) {
         const std::string path = folder_ / (name + ".dll");
         const bool isThere = fs::exists(fs::symlink_status(path, ignored_));
-        Keep(BrokenFile{path, Need::kMain, true, false, true, "missing", true, !isThere});
+        const char* detail = isThere ? "not listed in the application's deps.json" : "missing";
+        Keep(BrokenFile{path, Need::kMain, true, false, true, detail, true, !isThere});
       }
     }
   }

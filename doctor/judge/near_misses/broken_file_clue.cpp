@@ -19,7 +19,7 @@ std::string CommandFor(const BrokenFile& file, const fs::path& folder) {
 }
 
 std::string StateOf(const BrokenFile& file) {
-  return !file.is_listed            ? "is not listed in the application's deps.json"
+  return !file.is_listed            ? "is " + file.detail
          : !file.may_be_read        ? "cannot be read by this user"
          : file.detail == "missing" ? "is missing"
                                     : "is broken: " + Printable(file.detail);

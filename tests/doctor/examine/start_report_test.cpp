@@ -199,6 +199,7 @@ TEST(StartReport, AFileBesideTheApplicationThatIsNotListedIsNotFoundByTheRuntime
 
   ASSERT_EQ(report.broken.size(), 1U);
   EXPECT_FALSE(report.broken[0].is_listed);
+  EXPECT_EQ(report.broken[0].detail, "not listed in the application's deps.json");
 }
 
 TEST(StartReport, TheRuntimeFindsAssembliesWithoutRegardToTheCaseOfLetters) {

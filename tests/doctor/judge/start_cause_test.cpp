@@ -57,12 +57,12 @@ TEST(StartCause, ANeededFileThatIsBrokenIsTheCauseWhereStartingWasNotTried) {
 
 TEST(StartCause, AFileThatIsThereAndNotListedIsToldSo) {
   StartReport start = Started();
-  start.broken = {{"/opt/product/part.dll", Need::kMain, true, false, true, "missing", true, false}};
+  start.broken = {{"/opt/product/part.dll", Need::kMain, true, false, true, "not listed in the list", true, false}};
 
   const auto cause = CauseOf(start);
 
   ASSERT_TRUE(cause);
-  EXPECT_EQ(cause->text, "part.dll is not listed in the application's deps.json");
+  EXPECT_EQ(cause->text, "part.dll is not listed in the list");
   EXPECT_EQ(cause->cure, "install the product again");
 }
 
