@@ -83,12 +83,26 @@ TEST(Signature, AnEmptyOneNamesNothing) {
   EXPECT_TRUE(ReadSignature(ByteView("")).parameters.empty());
 }
 
+TEST(Signature, TypesMayBeNestedInManyWays) {
+  std::string arrays = kOne;
+  std::string generics = kOne;
+  for (int depth = 0; depth < 100; ++depth) {
+    arrays = "\x14" + arrays + "\x02\x00\x00"s;
+    generics = "\x15" + kTwo + "\x01" + generics;
+  }
+
+  EXPECT_EQ(Shown(ReadTypeSignature(ByteView(arrays))), "1c");
+  EXPECT_EQ(ReadTypeSignature(ByteView(generics)).size(), 101U);
+}
+
 TEST(Signature, OneThatEndsTooSoonOrIsNestedTooDeepThrows) {
   for (const std::string& bytes : {"\x06"s, "\x06\x12"s, "\x07\x02\x08"s, "\x00\x01\x01"s, "\x06\x15\x12\x05\x01"s}) {
     EXPECT_THROW(ReadSignature(ByteView(bytes)), std::out_of_range) << testing::PrintToString(bytes);
   }
   const std::string deep = std::string(1'000'000, '\x1d') + kOne;
   EXPECT_THROW(ReadTypeSignature(ByteView(deep)), std::out_of_range);
+  const std::string tooDeep = std::string(101, '\x1d') + kOne;
+  EXPECT_THROW(ReadTypeSignature(ByteView(tooDeep)), std::out_of_range);
   const std::string usual = std::string(100, '\x1d') + kOne;
   EXPECT_EQ(Shown(ReadTypeSignature(ByteView(usual))), "1c");
 }
