@@ -47,7 +47,7 @@ TEST(Head, ItsPartsSayWhatWasAskedAndWhere) {
   using namespace std::chrono_literals;
   Page page(false);
 
-  PutHead(page, {Fixed(), {"/settings", "/root", true, 2500ms}});
+  PutHead(page, {Fixed(), {"/settings", "/root", true, {2500ms}}});
 
   EXPECT_EQ(page.Text(),
             "\nAsked\n"
