@@ -10,8 +10,8 @@
 #include <string>
 #include <variant>
 
-#include "doctor/examine/identity.h"
-#include "doctor/examine/machine.h"
+#include "doctor/examine/machine/identity.h"
+#include "doctor/examine/machine/machine.h"
 #include "doctor/judge/diagnosis.h"
 #include "doctor/judge/words/text.h"
 #include "doctor/options.h"

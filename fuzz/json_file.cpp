@@ -1,6 +1,6 @@
 // JSON as the host reads it, written from the input together with what is in it: comments, blanks and a byte-order mark
 // wherever they may stand, names that are given twice, bytes that are not UTF-8, anything behind the end.
-#include "doctor/examine/json_file.h"
+#include "doctor/examine/config/json_file.h"
 
 #include <cstddef>
 #include <cstdint>

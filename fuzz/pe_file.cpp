@@ -1,5 +1,5 @@
 // An assembly of any bytes: the verdict is that of a plain reading of its headers, and nothing is read beyond its end.
-#include "doctor/examine/pe_file.h"
+#include "doctor/examine/assembly/pe_file.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,6 +1,6 @@
 // A runtimeconfig.json of any bytes: it is read without harm, and where nothing is wrong with it, what it names is what
 // a plain look at its members finds.
-#include "doctor/examine/runtime_config.h"
+#include "doctor/examine/config/runtime_config.h"
 
 #include <cstddef>
 #include <cstdint>

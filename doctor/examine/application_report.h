@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "doctor/examine/broken_file.h"
-#include "doctor/examine/dependencies.h"
+#include "doctor/examine/config/dependencies.h"
 #include "doctor/examine/frameworks.h"
 #include "doctor/examine/probe.h"
 #include "foundation/strings.h"

@@ -4,7 +4,7 @@
 
 #include <cerrno>
 
-#include "doctor/examine/pe_file.h"
+#include "doctor/examine/assembly/pe_file.h"
 #include "netloader/netloaderhostfxr/src/elf_check.h"
 
 namespace doctor {

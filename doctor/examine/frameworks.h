@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "doctor/examine/runtime_config.h"
+#include "doctor/examine/config/runtime_config.h"
 
 namespace doctor {
 

@@ -8,8 +8,8 @@
 #include <sstream>
 #include <utility>
 
-#include "doctor/examine/collector_options.h"
-#include "doctor/examine/managed_assembly.h"
+#include "doctor/examine/assembly/managed_assembly.h"
+#include "doctor/examine/config/collector_options.h"
 
 namespace doctor {
 namespace {

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "doctor/examine/broken_file.h"
+#include "doctor/examine/machine/surroundings.h"
 #include "doctor/examine/start_probe.h"
-#include "doctor/examine/surroundings.h"
 
 namespace doctor {
 

@@ -7,7 +7,7 @@
 #include <sstream>
 #include <system_error>
 
-#include "doctor/examine/icu.h"
+#include "doctor/examine/machine/icu.h"
 #include "doctor/judge/near_misses/access.h"
 #include "doctor/judge/near_misses/meant_roots.h"
 #include "doctor/judge/near_misses/near_misses.h"

@@ -7,8 +7,8 @@
 
 #include "doctor/examine/application_report.h"
 #include "doctor/examine/environment_report.h"
-#include "doctor/examine/launcher_file.h"
-#include "doctor/examine/open_paths.h"
+#include "doctor/examine/machine/launcher_file.h"
+#include "doctor/examine/machine/open_paths.h"
 #include "doctor/examine/other_roots.h"
 #include "doctor/examine/runtime_report.h"
 #include "doctor/examine/settings_report.h"

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "doctor/examine/application_report.h"
-#include "doctor/examine/launcher_file.h"
+#include "doctor/examine/machine/launcher_file.h"
 #include "doctor/examine/runtime_report.h"
 #include "doctor/examine/settings_report.h"
 #include "doctor/examine/start_report.h"

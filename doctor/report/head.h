@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "doctor/examine/machine.h"
+#include "doctor/examine/machine/machine.h"
 #include "doctor/judge/diagnosis.h"
 #include "doctor/report/page.h"
 

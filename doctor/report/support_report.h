@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "doctor/examine/listing.h"
+#include "doctor/examine/machine/listing.h"
 #include "doctor/judge/diagnosis.h"
 #include "doctor/report/head.h"
 

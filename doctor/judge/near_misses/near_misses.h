@@ -2,7 +2,7 @@
 #pragma once
 
 #include "doctor/examine/application_report.h"
-#include "doctor/examine/open_paths.h"
+#include "doctor/examine/machine/open_paths.h"
 #include "doctor/examine/runtime_report.h"
 #include "doctor/examine/settings_report.h"
 #include "doctor/examine/start_report.h"

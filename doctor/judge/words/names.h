@@ -3,7 +3,7 @@
 
 #include "doctor/child/child.h"
 #include "doctor/examine/application_report.h"
-#include "doctor/examine/open_paths.h"
+#include "doctor/examine/machine/open_paths.h"
 #include "doctor/examine/other_roots.h"
 #include "doctor/examine/runtime_report.h"
 #include "doctor/examine/settings_report.h"
