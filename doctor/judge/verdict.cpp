@@ -98,7 +98,7 @@ std::string CureOfClosed(const std::string& path) {
   std::error_code ignored;
   const auto any = fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec;
   const bool isClosed = (fs::status(path, ignored).permissions() & any) != any;
-  return isClosed ? "chmod " + RightsThatCount(path) + "+rx " + ShellWord(path)
+  return isClosed ? CommandToPermit(path, "rx")
                   : "mount its file system with exec, and let this user enter each folder above it";
 }
 
@@ -112,7 +112,7 @@ Clue AtSettings(const SettingsReport& settings, Values values = {}) {
 // Rights can be given; what else keeps a file from being read, such as a broken disk, is told by the kernel.
 std::string CommandToRead(const std::string& file) {
   return MayUse(file, R_OK) ? "write the file again, and see what the kernel says of its disk (dmesg)"
-                            : "chmod " + RightsThatCount(file) + "+r " + ShellWord(file);
+                            : CommandToPermit(file, "r");
 }
 
 Verdict CannotOpen(const SettingsReport& settings) {

@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "doctor/judge/words/text.h"
+
 namespace doctor {
 
 namespace fs = std::filesystem;
@@ -19,6 +21,10 @@ std::string RightsThatCount(const fs::path& file) {
   }
   const bool isOwner = status.st_uid == ::geteuid();
   return isOwner ? "u" : status.st_gid == ::getegid() || ::group_member(status.st_gid) != 0 ? "g" : "o";
+}
+
+std::string CommandToPermit(const fs::path& file, std::string_view rights) {
+  return "chmod " + RightsThatCount(file) + "+" + std::string(rights) + " " + ShellWord(file.string());
 }
 
 Clue AtClosed(const fs::path& file) {

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "doctor/judge/near_misses/checks.h"
 
@@ -15,6 +16,9 @@ bool MayUse(const std::filesystem::path& file, int mode);
 /// The letter that `chmod` has for the rights that count for this user: "u" of an owner, "g" of a member of the file's
 /// group, else "o".
 std::string RightsThatCount(const std::filesystem::path& file);
+
+/// The command that gives this user rights to the file, such as "r" or "rx".
+std::string CommandToPermit(const std::filesystem::path& file, std::string_view rights);
 
 /// The clue to a file that this user may not use, with `{who}` for `chmod`.
 Clue AtClosed(const std::filesystem::path& file);

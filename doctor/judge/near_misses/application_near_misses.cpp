@@ -38,8 +38,7 @@ std::optional<Clue> Unusable(const ApplicationReport& report, const FileReport& 
   if (file.state != FileState::kMalformed && file.state != FileState::kUnreadable) {
     return std::nullopt;
   }
-  const std::string command =
-      file.error == EACCES ? "chmod " + RightsThatCount(file.path) + "+r " + ShellWord(file.path) : again;
+  const std::string command = file.error == EACCES ? CommandToPermit(file.path, "r") : again;
   return Explaining(report, {{status}}, AtPath(file.path, {{"fault", StateOf(file)}, {"command", command}}));
 }
 

@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 
 std::string CommandFor(const BrokenFile& file, const fs::path& folder) {
   if (!file.may_be_read && file.is_listed) {
-    return "chmod " + RightsThatCount(file.path) + "+r " + ShellWord(file.path);
+    return CommandToPermit(file.path, "r");
   }
   return file.is_application ? "install the product again"
                              : "install the .NET runtime " + Printable(folder.filename().string()) + " again";
