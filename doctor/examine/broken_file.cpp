@@ -25,7 +25,11 @@ std::optional<BrokenFile> BrokenAssembly(const std::string& path, Need need, boo
   if (found.verdict == PeVerdict::kSound) {
     return std::nullopt;
   }
-  return BrokenFile{path, need, MayBeRead(path), false, isApplication, found.detail, false};
+  return BrokenFile{.path = path,
+                    .need = need,
+                    .may_be_read = MayBeRead(path),
+                    .is_application = isApplication,
+                    .detail = found.detail};
 }
 
 std::optional<BrokenFile> BrokenLibrary(const std::string& path, Need need) {
@@ -33,8 +37,11 @@ std::optional<BrokenFile> BrokenLibrary(const std::string& path, Need need) {
   if (found.verdict == netloader::ElfVerdict::kLoadable) {
     return std::nullopt;
   }
-  const bool isCut = found.verdict == netloader::ElfVerdict::kCutShort;
-  return BrokenFile{path, need, MayBeRead(path), isCut, false, IsMissing(path) ? "missing" : found.detail, false};
+  return BrokenFile{.path = path,
+                    .need = need,
+                    .may_be_read = MayBeRead(path),
+                    .is_cut_library = found.verdict == netloader::ElfVerdict::kCutShort,
+                    .detail = IsMissing(path) ? "missing" : found.detail};
 }
 
 }  // namespace doctor

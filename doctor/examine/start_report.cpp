@@ -38,7 +38,7 @@ class FileReader {
 
   void ReadApplication(const std::string& path) {
     if (!Keep(BrokenAssembly(path, Need::kMain, true)) && application_ && !application_->has_entry_point) {
-      Keep(BrokenFile{path, Need::kMain, true, false, true, "it has no first function", false});
+      Keep(BrokenFile{.path = path, .need = Need::kMain, .is_application = true, .detail = "it has no first function"});
     }
   }
 
@@ -51,7 +51,7 @@ class FileReader {
     if (!Keep(BrokenAssembly(path, need, isApplication)) && need == Need::kMain) {
       const auto found = ReadManagedAssembly(path);
       if (found && found->name != name) {
-        Keep(BrokenFile{path, need, true, false, isApplication, "it is " + found->name, false});
+        Keep(BrokenFile{.path = path, .need = need, .is_application = isApplication, .detail = "it is " + found->name});
       }
     }
   }
@@ -63,7 +63,8 @@ class FileReader {
         const std::string path = folder_ / (name + ".dll");
         const bool isThere = fs::exists(fs::symlink_status(path, ignored_));
         const char* detail = isThere ? "not listed in the application's deps.json" : "missing";
-        Keep(BrokenFile{path, Need::kMain, true, false, true, detail, true, !isThere});
+        Keep(BrokenFile{
+            .path = path, .need = Need::kMain, .is_application = true, .detail = detail, .is_listed = !isThere});
       }
     }
   }
