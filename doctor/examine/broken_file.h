@@ -23,6 +23,8 @@ struct BrokenFile {
   std::string detail = {};      ///< "missing", "cut short: ..."
   bool is_named = false;        ///< Whether the application's own code names it.
   bool is_listed = true;        ///< False when it is there, and the runtime is not told so.
+
+  bool operator==(const BrokenFile&) const = default;
 };
 
 /// What is wrong with the assembly; nothing when it is sound.

@@ -11,9 +11,19 @@
 #include "tests/support/temp_folder.h"
 
 namespace doctor {
+
+void PrintTo(const BrokenFile& file, std::ostream* out) {
+  *out << file.path << ": " << file.detail << (file.need == Need::kMain ? ", for Main" : "")
+       << (file.may_be_read ? "" : ", closed") << (file.is_cut_library ? ", cut" : "")
+       << (file.is_application ? ", of the application" : "") << (file.is_named ? ", named" : "")
+       << (file.is_listed ? "" : ", not listed");
+}
+
 namespace {
 
 namespace fs = std::filesystem;
+
+using Broken = std::vector<BrokenFile>;
 
 // A framework and an application whose files are all sound; a test spoils one of them.
 struct BrokenFramework {
@@ -128,13 +138,8 @@ TEST(StartReport, AnAssemblyThatIsNeededAtOnceMustHaveTheNameThatItIsLookedForBy
 
   const StartReport report = world.Examined();
 
-  ASSERT_EQ(report.broken.size(), 1U) << "one that is needed later is not read so far";
-  EXPECT_TRUE(report.broken[0].path.ends_with("System.Runtime.dll"));
-  EXPECT_EQ(report.broken[0].detail, "it is app");
-  EXPECT_EQ(report.broken[0].need, Need::kMain);
-  EXPECT_TRUE(report.broken[0].may_be_read);
-  EXPECT_FALSE(report.broken[0].is_cut_library);
-  EXPECT_FALSE(report.broken[0].is_application);
+  const BrokenFile other{.path = world.folder / "System.Runtime.dll", .need = Need::kMain, .detail = "it is app"};
+  EXPECT_EQ(report.broken, Broken{other}) << "one that is needed later is not read so far";
 }
 
 TEST(StartReport, AnApplicationWithoutAFirstFunctionIsBroken) {
@@ -145,12 +150,11 @@ TEST(StartReport, AnApplicationWithoutAFirstFunctionIsBroken) {
 
   const StartReport report = world.Examined();
 
-  ASSERT_EQ(report.broken.size(), 1U);
-  EXPECT_EQ(report.broken[0].detail, "it has no first function");
-  EXPECT_EQ(report.broken[0].need, Need::kMain);
-  EXPECT_TRUE(report.broken[0].may_be_read);
-  EXPECT_FALSE(report.broken[0].is_cut_library);
-  EXPECT_TRUE(report.broken[0].is_application);
+  const BrokenFile application{.path = world.folder / world.kApplication,
+                               .need = Need::kMain,
+                               .is_application = true,
+                               .detail = "it has no first function"};
+  EXPECT_EQ(report.broken, Broken{application});
 }
 
 TEST(StartReport, WhatTheApplicationsCodeNamesIsKnown) {
@@ -181,13 +185,12 @@ TEST(StartReport, WhatMainNeedsAndTheRuntimeIsNotToldOfIsMissing) {
 
   const StartReport report = world.Examined(true);
 
-  ASSERT_EQ(report.broken.size(), 1U);
-  EXPECT_EQ(report.broken[0].path, (world.folder / "product/Needed.dll").string());
-  EXPECT_EQ(report.broken[0].detail, "missing");
-  EXPECT_EQ(report.broken[0].need, Need::kMain);
-  EXPECT_TRUE(report.broken[0].is_application);
-  EXPECT_TRUE(report.broken[0].is_listed);
-  EXPECT_TRUE(report.broken[0].is_named);
+  const BrokenFile missing{.path = world.folder / "product/Needed.dll",
+                           .need = Need::kMain,
+                           .is_application = true,
+                           .detail = "missing",
+                           .is_named = true};
+  EXPECT_EQ(report.broken, Broken{missing});
 }
 
 TEST(StartReport, AFileBesideTheApplicationThatIsNotListedIsNotFoundByTheRuntime) {
@@ -197,9 +200,13 @@ TEST(StartReport, AFileBesideTheApplicationThatIsNotListedIsNotFoundByTheRuntime
 
   const StartReport report = world.Examined(true);
 
-  ASSERT_EQ(report.broken.size(), 1U);
-  EXPECT_FALSE(report.broken[0].is_listed);
-  EXPECT_EQ(report.broken[0].detail, "not listed in the application's deps.json");
+  const BrokenFile unlisted{.path = world.folder / "product/Needed.dll",
+                            .need = Need::kMain,
+                            .is_application = true,
+                            .detail = "not listed in the application's deps.json",
+                            .is_named = true,
+                            .is_listed = false};
+  EXPECT_EQ(report.broken, Broken{unlisted});
 }
 
 TEST(StartReport, TheRuntimeFindsAssembliesWithoutRegardToTheCaseOfLetters) {
