@@ -21,6 +21,14 @@ struct ReadBack {
   nlohmann::json object;
 };
 
+std::string Repeated(std::string_view text, std::size_t times) {
+  std::string all;
+  for (; times > 0; --times) {
+    all += text;
+  }
+  return all;
+}
+
 TEST(JsonFile, WhatTheHostTakesIsTaken) {
   for (const char* text : {"{\"a\": 1}", "\xEF\xBB\xBF{\"a\": 1}", "// }\n{ /* { */ \"a\": 1}", "{\"a\": 1} more",
                            "{\"a\": 1}}", "{\"a\": 1, \"a\": 2}", "{\"b\": \"\xe9 \\\" }\", \"a\": 1}"}) {
@@ -38,6 +46,19 @@ TEST(JsonFile, OfEqualNamesTheFirstCountsWhateverTheOthersHold) {
         R"({"b": [[{}]], "a": 1, "b": {"a": 3}, "a": 2})", R"({"b": {"a": 5}, "a": 1, "b": [{"a": 6}, {}], "a": 2})"}) {
     EXPECT_EQ(ReadBack(text).object.value("a", 0), 1) << text;
   }
+}
+
+// None of its readers and destructors may go into the depth on the stack.
+TEST(JsonFile, ValuesMayBeNestedDeeperThanAnyStackIs) {
+  constexpr std::size_t kDepth = 200'000;
+  std::string text = R"({"a": 1, "b": )";
+  for (const auto& [open, close] : {std::pair(R"({"b":)", "}"), std::pair("[", "]")}) {
+    text += Repeated(open, kDepth) + "0" + Repeated(close, kDepth) + R"(, "c": )";
+  }
+  text += "0}";
+
+  EXPECT_EQ(ReadBack(text).object.value("a", 0), 1);
+  EXPECT_EQ(ReadBack(text.substr(0, text.size() / 2)).file.state, FileState::kMalformed);
 }
 
 TEST(JsonFile, TheLineThatIsNotJsonIsNamed) {
