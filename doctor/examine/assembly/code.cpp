@@ -17,16 +17,36 @@ struct OpcodeRange {
 };
 
 constexpr auto kOpcodes = std::to_array<OpcodeRange>({
-    {0x0e, 0x13, Operand::kOne},       {0x1f, 0x1f, Operand::kOne},     {0x20, 0x20, Operand::kFour},
-    {0x21, 0x21, Operand::kEight},     {0x22, 0x22, Operand::kFour},    {0x23, 0x23, Operand::kEight},
-    {0x27, 0x28, Operand::kToken},     {0x29, 0x29, Operand::kFour},    {0x2b, 0x37, Operand::kOne},
-    {0x38, 0x44, Operand::kFour},      {0x45, 0x45, Operand::kSwitch},  {0x6f, 0x71, Operand::kToken},
-    {0x72, 0x72, Operand::kFour},      {0x73, 0x75, Operand::kToken},   {0x79, 0x79, Operand::kToken},
-    {0x7b, 0x81, Operand::kToken},     {0x8c, 0x8d, Operand::kToken},   {0x8f, 0x8f, Operand::kToken},
-    {0xa3, 0xa5, Operand::kToken},     {0xc2, 0xc2, Operand::kToken},   {0xc6, 0xc6, Operand::kToken},
-    {0xd0, 0xd0, Operand::kToken},     {0xdd, 0xdd, Operand::kFour},    {0xde, 0xde, Operand::kOne},
-    {0xfe06, 0xfe07, Operand::kToken}, {0xfe09, 0xfe0e, Operand::kTwo}, {0xfe12, 0xfe12, Operand::kOne},
-    {0xfe15, 0xfe16, Operand::kToken}, {0xfe19, 0xfe19, Operand::kOne}, {0xfe1c, 0xfe1c, Operand::kToken},
+    {0x0e, 0x13, Operand::kOne},        // ldarg.s to stloc.s
+    {0x1f, 0x1f, Operand::kOne},        // ldc.i4.s
+    {0x20, 0x20, Operand::kFour},       // ldc.i4
+    {0x21, 0x21, Operand::kEight},      // ldc.i8
+    {0x22, 0x22, Operand::kFour},       // ldc.r4
+    {0x23, 0x23, Operand::kEight},      // ldc.r8
+    {0x27, 0x28, Operand::kToken},      // jmp, call
+    {0x29, 0x29, Operand::kFour},       // calli, which names a signature
+    {0x2b, 0x37, Operand::kOne},        // br.s to blt.un.s
+    {0x38, 0x44, Operand::kFour},       // br to blt.un
+    {0x45, 0x45, Operand::kSwitch},     // switch
+    {0x6f, 0x71, Operand::kToken},      // callvirt, cpobj, ldobj
+    {0x72, 0x72, Operand::kFour},       // ldstr
+    {0x73, 0x75, Operand::kToken},      // newobj, castclass, isinst
+    {0x79, 0x79, Operand::kToken},      // unbox
+    {0x7b, 0x81, Operand::kToken},      // ldfld to stobj
+    {0x8c, 0x8d, Operand::kToken},      // box, newarr
+    {0x8f, 0x8f, Operand::kToken},      // ldelema
+    {0xa3, 0xa5, Operand::kToken},      // ldelem, stelem, unbox.any
+    {0xc2, 0xc2, Operand::kToken},      // refanyval
+    {0xc6, 0xc6, Operand::kToken},      // mkrefany
+    {0xd0, 0xd0, Operand::kToken},      // ldtoken
+    {0xdd, 0xdd, Operand::kFour},       // leave
+    {0xde, 0xde, Operand::kOne},        // leave.s
+    {0xfe06, 0xfe07, Operand::kToken},  // ldftn, ldvirtftn
+    {0xfe09, 0xfe0e, Operand::kTwo},    // ldarg to stloc
+    {0xfe12, 0xfe12, Operand::kOne},    // unaligned.
+    {0xfe15, 0xfe16, Operand::kToken},  // initobj, constrained.
+    {0xfe19, 0xfe19, Operand::kOne},    // no.
+    {0xfe1c, 0xfe1c, Operand::kToken},  // sizeof
 });
 
 Operand OperandOf(std::uint16_t opcode) {

@@ -69,53 +69,53 @@ struct Columns {
   std::size_t size;
 };
 
-// The columns of each table, in the order of the tables' numbers.
+// The columns of each table, in the order of the tables' numbers (ECMA-335, partition II, 22).
 constexpr auto kColumns = std::to_array<Columns>({
-    {{kTwo, kText, kGuid, kGuid, kGuid}, 5},
-    {{kResolutionScope, kText, kText}, 3},
-    {{kFour, kText, kText, kTypeDefOrRef, RowOfTable(0x04), RowOfTable(0x06)}, 6},
-    {{RowOfTable(0x04)}, 1},
-    {{kTwo, kText, kBlob}, 3},
-    {{RowOfTable(0x06)}, 1},
-    {{kFour, kTwo, kTwo, kText, kBlob, RowOfTable(0x08)}, 6},
-    {{RowOfTable(0x08)}, 1},
-    {{kTwo, kTwo, kText}, 3},
-    {{RowOfTable(0x02), kTypeDefOrRef}, 2},
-    {{kMemberRefParent, kText, kBlob}, 3},
-    {{kTwo, kHasConstant, kBlob}, 3},
-    {{kHasCustomAttribute, kCustomAttributeType, kBlob}, 3},
-    {{kHasFieldMarshal, kBlob}, 2},
-    {{kTwo, kHasDeclSecurity, kBlob}, 3},
-    {{kTwo, kFour, RowOfTable(0x02)}, 3},
-    {{kFour, RowOfTable(0x04)}, 2},
-    {{kBlob}, 1},
-    {{RowOfTable(0x02), RowOfTable(0x14)}, 2},
-    {{RowOfTable(0x14)}, 1},
-    {{kTwo, kText, kTypeDefOrRef}, 3},
-    {{RowOfTable(0x02), RowOfTable(0x17)}, 2},
-    {{RowOfTable(0x17)}, 1},
-    {{kTwo, kText, kBlob}, 3},
-    {{kTwo, RowOfTable(0x06), kHasSemantics}, 3},
-    {{RowOfTable(0x02), kMethodDefOrRef, kMethodDefOrRef}, 3},
-    {{kText}, 1},
-    {{kBlob}, 1},
-    {{kTwo, kMemberForwarded, kText, RowOfTable(0x1a)}, 4},
-    {{kFour, RowOfTable(0x04)}, 2},
-    {{kFour, kFour}, 2},
-    {{kFour}, 1},
-    {{kFour, kTwo, kTwo, kTwo, kTwo, kFour, kBlob, kText, kText}, 9},
-    {{kFour}, 1},
-    {{kFour, kFour, kFour}, 3},
-    {{kTwo, kTwo, kTwo, kTwo, kFour, kBlob, kText, kText, kBlob}, 9},
-    {{kFour, RowOfTable(0x23)}, 2},
-    {{kFour, kFour, kFour, RowOfTable(0x23)}, 4},
-    {{kFour, kText, kBlob}, 3},
-    {{kFour, kFour, kText, kText, kImplementation}, 5},
-    {{kFour, kFour, kText, kImplementation}, 4},
-    {{RowOfTable(0x02), RowOfTable(0x02)}, 2},
-    {{kTwo, kTwo, kTypeOrMethodDef, kText}, 4},
-    {{kMethodDefOrRef, kBlob}, 2},
-    {{RowOfTable(0x2a), kTypeDefOrRef}, 2},
+    {{kTwo, kText, kGuid, kGuid, kGuid}, 5},                                        // Module
+    {{kResolutionScope, kText, kText}, 3},                                          // TypeRef
+    {{kFour, kText, kText, kTypeDefOrRef, RowOfTable(0x04), RowOfTable(0x06)}, 6},  // TypeDef
+    {{RowOfTable(0x04)}, 1},                                                        // FieldPtr
+    {{kTwo, kText, kBlob}, 3},                                                      // Field
+    {{RowOfTable(0x06)}, 1},                                                        // MethodPtr
+    {{kFour, kTwo, kTwo, kText, kBlob, RowOfTable(0x08)}, 6},                       // MethodDef
+    {{RowOfTable(0x08)}, 1},                                                        // ParamPtr
+    {{kTwo, kTwo, kText}, 3},                                                       // Param
+    {{RowOfTable(0x02), kTypeDefOrRef}, 2},                                         // InterfaceImpl
+    {{kMemberRefParent, kText, kBlob}, 3},                                          // MemberRef
+    {{kTwo, kHasConstant, kBlob}, 3},                                               // Constant
+    {{kHasCustomAttribute, kCustomAttributeType, kBlob}, 3},                        // CustomAttribute
+    {{kHasFieldMarshal, kBlob}, 2},                                                 // FieldMarshal
+    {{kTwo, kHasDeclSecurity, kBlob}, 3},                                           // DeclSecurity
+    {{kTwo, kFour, RowOfTable(0x02)}, 3},                                           // ClassLayout
+    {{kFour, RowOfTable(0x04)}, 2},                                                 // FieldLayout
+    {{kBlob}, 1},                                                                   // StandAloneSig
+    {{RowOfTable(0x02), RowOfTable(0x14)}, 2},                                      // EventMap
+    {{RowOfTable(0x14)}, 1},                                                        // EventPtr
+    {{kTwo, kText, kTypeDefOrRef}, 3},                                              // Event
+    {{RowOfTable(0x02), RowOfTable(0x17)}, 2},                                      // PropertyMap
+    {{RowOfTable(0x17)}, 1},                                                        // PropertyPtr
+    {{kTwo, kText, kBlob}, 3},                                                      // Property
+    {{kTwo, RowOfTable(0x06), kHasSemantics}, 3},                                   // MethodSemantics
+    {{RowOfTable(0x02), kMethodDefOrRef, kMethodDefOrRef}, 3},                      // MethodImpl
+    {{kText}, 1},                                                                   // ModuleRef
+    {{kBlob}, 1},                                                                   // TypeSpec
+    {{kTwo, kMemberForwarded, kText, RowOfTable(0x1a)}, 4},                         // ImplMap
+    {{kFour, RowOfTable(0x04)}, 2},                                                 // FieldRVA
+    {{kFour, kFour}, 2},                                                            // EncLog
+    {{kFour}, 1},                                                                   // EncMap
+    {{kFour, kTwo, kTwo, kTwo, kTwo, kFour, kBlob, kText, kText}, 9},               // Assembly
+    {{kFour}, 1},                                                                   // AssemblyProcessor
+    {{kFour, kFour, kFour}, 3},                                                     // AssemblyOS
+    {{kTwo, kTwo, kTwo, kTwo, kFour, kBlob, kText, kText, kBlob}, 9},               // AssemblyRef
+    {{kFour, RowOfTable(0x23)}, 2},                                                 // AssemblyRefProcessor
+    {{kFour, kFour, kFour, RowOfTable(0x23)}, 4},                                   // AssemblyRefOS
+    {{kFour, kText, kBlob}, 3},                                                     // File
+    {{kFour, kFour, kText, kText, kImplementation}, 5},                             // ExportedType
+    {{kFour, kFour, kText, kImplementation}, 4},                                    // ManifestResource
+    {{RowOfTable(0x02), RowOfTable(0x02)}, 2},                                      // NestedClass
+    {{kTwo, kTwo, kTypeOrMethodDef, kText}, 4},                                     // GenericParam
+    {{kMethodDefOrRef, kBlob}, 2},                                                  // MethodSpec
+    {{RowOfTable(0x2a), kTypeDefOrRef}, 2},                                         // GenericParamConstraint
 });
 static_assert(kColumns.size() == 0x2d);
 
