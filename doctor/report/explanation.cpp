@@ -4,6 +4,7 @@
 #include <array>
 #include <cctype>
 #include <numeric>
+#include <utility>
 
 #include "doctor/judge/findings.h"
 #include "doctor/report/page.h"
@@ -190,7 +191,11 @@ std::optional<std::string> Explanation(std::string_view code, std::size_t width)
 std::vector<std::string_view> NearestCodes(std::string_view code) {
   std::vector<std::string_view> codes(kFindings.size());
   std::ranges::transform(kFindings, codes.begin(), &FindingText::code);
-  std::ranges::stable_sort(codes, {}, [code](std::string_view other) { return Distance(code, other); });
+  // Whoever remembers one word of a code types that.
+  const auto rank = [code](std::string_view other) {
+    return std::pair(other.find(code) == std::string_view::npos, Distance(code, other));
+  };
+  std::ranges::stable_sort(codes, {}, rank);
   codes.resize(std::min(kNearest, codes.size()));
   return codes;
 }

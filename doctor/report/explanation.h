@@ -13,7 +13,7 @@ namespace doctor {
 /// is named in capitals. Nothing for a code that no finding has.
 std::optional<std::string> Explanation(std::string_view code, std::size_t width);
 
-/// The three codes that are spelt most like it, the best one first.
+/// The three codes that are spelt most like it, the best one first. Those that contain it come before all others.
 std::vector<std::string_view> NearestCodes(std::string_view code);
 
 /// All codes, one in each line.
