@@ -1,4 +1,4 @@
-// The main function of tests that need the product's fixed folders: runs them under scripts/private-root.
+// The main function of tests that need the product's fixed folders: runs them in a private namespace of their own.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -8,7 +8,10 @@
 #include <filesystem>
 #include <iostream>
 #include <string>
+#include <system_error>
 #include <vector>
+
+#include "tests/support/private_root.h"
 
 namespace {
 
@@ -25,8 +28,21 @@ bool OnlyListsTests(int argc, char** argv) {
   return false;
 }
 
-// Comes back only when the command cannot be started; a namespace that cannot be made is a line of the command's own.
-int RunInside(char** argv) {
+// Whether this process is inside. Hundreds of tests enter, and the script starts dozens of programs for it; but the
+// script also serves ordinary users, and says why no namespace can be made.
+bool EntersByItself() {
+  try {
+    if (::getuid() == 0) {
+      tests::EnterPrivateRoot();
+      return true;
+    }
+  } catch (const std::system_error&) {
+  }
+  return false;
+}
+
+// Comes back only when the script cannot be started; a namespace that cannot be made is a line of the script's own.
+int RunByScript(char** argv) {
   ::setenv(kInside, "1", 1);
   const std::string self = std::filesystem::read_symlink("/proc/self/exe");
   std::vector<const char*> command{PRIVATE_ROOT, self.c_str()};
@@ -42,8 +58,8 @@ int RunInside(char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (std::getenv(kInside) == nullptr && !OnlyListsTests(argc, argv)) {
-    return RunInside(argv);
+  if (std::getenv(kInside) == nullptr && !OnlyListsTests(argc, argv) && !EntersByItself()) {
+    return RunByScript(argv);
   }
   ::unsetenv(kInside);
   ::testing::InitGoogleTest(&argc, argv);
