@@ -12,7 +12,6 @@
 namespace doctor {
 namespace {
 
-constexpr std::size_t kIndent = 2;
 constexpr std::size_t kNearest = 3;
 
 // How a finding comes about, where cause and meaning do not say it.

@@ -9,8 +9,6 @@
 namespace doctor {
 namespace {
 
-constexpr std::size_t kIndent = 2;
-
 // "2026-11-21T16:30:05+01:00" as people write it.
 std::string WithoutSeconds(const std::string& time) {
   constexpr std::size_t kDay = 10;

@@ -8,10 +8,6 @@
 namespace doctor {
 namespace {
 
-constexpr std::size_t kIndent = 2;
-// Of longer lists the beginning is shown; the JSON holds all of it.
-constexpr std::size_t kLongestList = 40;
-
 std::string MeaningOf(const Verdict& verdict) {
   if (verdict.message.empty()) {
     return verdict.cause.meaning;

@@ -10,6 +10,10 @@ namespace doctor {
 
 /// Columns of a page that nobody reads on a terminal.
 inline constexpr std::size_t kPageWidth = 100;
+/// Of what belongs to the line above it.
+inline constexpr std::size_t kIndent = 2;
+/// Rows of a list. Of longer ones the beginning is shown; the JSON holds all of it.
+inline constexpr std::size_t kLongestList = 40;
 
 enum class Paint { kPlain, kStrong, kGood, kBad, kOdd, kFaint };
 
