@@ -18,7 +18,7 @@ using tests::ManagedImage;
 using Names = std::vector<std::string>;
 
 std::optional<ManagedAssembly> Read(const std::string& bytes) {
-  const tests::TempFolder folder;
+  static const tests::TempFolder folder;  // One for thousands of calls: to remove one may take milliseconds.
   tests::WriteFile(folder / "a.dll", bytes);
   return ReadManagedAssembly(folder / "a.dll");
 }

@@ -14,7 +14,7 @@ namespace {
 using tests::AssemblyImage;
 
 PeFinding CheckBytes(std::string_view bytes) {
-  const tests::TempFolder folder;
+  static const tests::TempFolder folder;  // One for thousands of calls: to remove one may take milliseconds.
   tests::WriteFile(folder / "a.dll", bytes);
   return CheckPe((folder / "a.dll").c_str());
 }
