@@ -11,6 +11,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <filesystem>
 
 #include "tests/real/real_fault.h"
 
@@ -158,6 +159,7 @@ TEST_F(FaultsOnRealDotnet, AServiceThatMayNotExecuteWrittenMemoryIsToldSo) {
 }
 
 TEST_F(FaultsOnRealDotnet, FiltersThatEndALaunchAreNamed) {
+  const std::string remount = "mount -o remount,exec " + std::filesystem::temp_directory_path().string() + "/";
   Check(std::vector<RealFault>{
       {"a filter against memory that is written and executed",
        DenyWriteExecuteByFilter,
@@ -166,7 +168,7 @@ TEST_F(FaultsOnRealDotnet, FiltersThatEndALaunchAreNamed) {
       {"no stack for signals",
        WithoutCall<SYS_sigaltstack, EPERM>,
        {"runtime-not-started", kNotStarted, "install the .NET runtime again"}},
-      {"a root mounted noexec", RemountRoot, {"noexec", "is mounted noexec", "mount -o remount,exec /tmp"}},
+      {"a root mounted noexec", RemountRoot, {"noexec", "is mounted noexec", remount.c_str()}},
       {"no /proc",
        [](BrokenWorld& world) { world.steps.emplace_back([] { HidePath("/proc"); }); },
        {"executable-folder-unknown", "the folder of the executable cannot be determined", "/proc mounted"}},

@@ -22,6 +22,13 @@ TEST(SandboxMain, TheProductsFoldersAreEmptyAndWritable) {
   }
 }
 
+TEST(SandboxMain, TemporaryFoldersAreInsideAndOfAnyUser) {
+  const fs::path parent = TempFolder().Path().parent_path();
+
+  EXPECT_EQ(parent.parent_path(), "/var/opt");
+  EXPECT_EQ(fs::status(parent).permissions(), fs::perms::all | fs::perms::sticky_bit);
+}
+
 // What a program sees in one more namespace, within that of the test.
 Outcome Inside(const std::string& script) {
   return Command("/bin/bash")
