@@ -29,32 +29,51 @@ bool HasColors(const std::string& text) {
   return text.find('\033') != std::string::npos;
 }
 
-// What a command writes to a terminal.
-std::string OnTerminal(const std::vector<std::string>& command, const std::vector<std::string>& environment) {
-  const auto pointers = [](const std::vector<std::string>& texts) {
+// A command on a terminal of its own.
+class TerminalRun {
+ public:
+  TerminalRun(const std::vector<std::string>& command, const std::vector<std::string>& environment) {
+    const auto argv = Pointers(command);
+    const auto envp = Pointers(environment);
+    process_ = ::forkpty(&terminal_, nullptr, nullptr, nullptr);
+    if (process_ == 0) {
+      ::execve(argv.front(), argv.data(), envp.data());
+      ::_exit(127);
+    }
+  }
+  TerminalRun(const TerminalRun&) = delete;
+  TerminalRun& operator=(const TerminalRun&) = delete;
+  ~TerminalRun() {
+    ::close(terminal_);
+    ::waitpid(process_, nullptr, 0);
+  }
+
+  // All that it writes until it ends.
+  [[nodiscard]] std::string Text() const {
+    std::string text;
+    char buffer[4096];
+    for (ssize_t got; (got = ::read(terminal_, buffer, sizeof buffer)) > 0;) {
+      text.append(buffer, static_cast<std::size_t>(got));
+    }
+    return text;
+  }
+
+ private:
+  static std::vector<char*> Pointers(const std::vector<std::string>& texts) {
     std::vector<char*> all;
     for (const std::string& text : texts) {
       all.push_back(const_cast<char*>(text.c_str()));
     }
     all.push_back(nullptr);
     return all;
-  };
-  const auto argv = pointers(command);
-  const auto envp = pointers(environment);
-  int terminal = -1;
-  const pid_t process = ::forkpty(&terminal, nullptr, nullptr, nullptr);
-  if (process == 0) {
-    ::execve(argv.front(), argv.data(), envp.data());
-    ::_exit(127);
   }
-  std::string text;
-  char buffer[4096];
-  for (ssize_t got; (got = ::read(terminal, buffer, sizeof buffer)) > 0;) {
-    text.append(buffer, static_cast<std::size_t>(got));
-  }
-  ::close(terminal);
-  ::waitpid(process, nullptr, 0);
-  return text;
+
+  pid_t process_ = -1;
+  int terminal_ = -1;
+};
+
+std::string OnTerminal(const std::vector<std::string>& command, const std::vector<std::string>& environment) {
+  return TerminalRun(command, environment).Text();
 }
 
 // Everything below the folders, with what a change would change.
@@ -359,13 +378,16 @@ TEST(DoctorExecutable, OnlyATerminalIsToldWhatIsWaitedFor) {
   const TempFolder folder;
   const std::string errors = folder.Path() / "errors";
   const auto run = [&](const std::string& streams, const std::vector<std::string>& environment) {
-    return OnTerminal({"/bin/sh", "-c", "exec \"$0\" --time-limit 1.5 " + streams, DoctorFile(), errors}, environment);
+    return TerminalRun({"/bin/sh", "-c", "exec \"$0\" --time-limit 1.5 " + streams, DoctorFile(), errors}, environment);
   };
   const std::string words = "Waiting for /opt/morvath/dotnet/host/fxr/6.0.36/libhostfxr.so to load";
 
-  const std::string erased = run(">/dev/null", {"TERM=xterm"});
-  const std::string plain = run(">/dev/null", {"TERM=dumb"});
-  const std::string none = run("2>\"$1\"", {"TERM=xterm"});
+  const TerminalRun able = run(">/dev/null", {"TERM=xterm"});
+  const TerminalRun dumb = run(">/dev/null", {"TERM=dumb"});
+  const TerminalRun silent = run("2>\"$1\"", {"TERM=xterm"});
+  const std::string erased = able.Text();
+  const std::string plain = dumb.Text();
+  const std::string none = silent.Text();
 
   EXPECT_NE(erased.find(words), std::string::npos) << erased;
   EXPECT_TRUE(erased.ends_with("\r" + std::string(79, ' ') + "\r")) << erased;
