@@ -22,8 +22,8 @@ struct Start {
   std::map<std::string, std::string> variables = {};
   std::vector<std::function<void()>> steps = {};  ///< What each does to itself first, as Command::Before() has it.
   bool reads_everything = true;
-  bool hosts_record = true;           ///< False where a host may be too damaged to record what happens in it.
-  std::chrono::seconds patience{60};  ///< How long a launch may take before it counts as hanging.
+  bool hosts_record = true;                    ///< False where a host may be too damaged to record what happens in it.
+  std::chrono::milliseconds patience{60'000};  ///< How long a launch may take before it counts as hanging.
 };
 
 /// A prediction, and where the launch differed from it.

@@ -242,7 +242,7 @@ TEST(SettingsFaults, WhatStandsInTheFilesPlaceIsNamed) {
       {"a pipe",
        [](KnownWorld& world) {
          PutInPlace([](const fs::path& file) { ::mkfifo(file.c_str(), 0644); });
-         world.start.patience = std::chrono::seconds(1);
+         world.start.patience = std::chrono::milliseconds(200);
        },
        "hangs", "settings-never-end", "the settings file is a pipe", "rm "},
       {"a file where its folder should be",
