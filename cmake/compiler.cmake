@@ -34,5 +34,6 @@ if(COVERAGE)
   execute_process(
     COMMAND ${CMAKE_CXX_COMPILER} -std=c++20 -O1 -fPIC -c -o ${keep_counts} ${CMAKE_CURRENT_LIST_DIR}/keep_counts.cpp
     COMMAND_ERROR_IS_FATAL ANY)
-  string(APPEND CMAKE_EXE_LINKER_FLAGS " -Wl,--wrap=_exit ${keep_counts}")
+  # CMake's own trial programs are linked with it, too, and do not know of add_link_options().
+  string(APPEND CMAKE_EXE_LINKER_FLAGS " --coverage -Wl,--wrap=_exit ${keep_counts}")
 endif()
