@@ -54,8 +54,8 @@ bool EndedForWantOfMemory(const Outcome& outcome) {
 class Memory : public testing::Test {
  protected:
   void SetUp() override {
-    if (IsSanitized()) {
-      GTEST_SKIP() << "a sanitizer has an allocator of its own";
+    if (IsInstrumented()) {
+      GTEST_SKIP() << "an instrumented launch takes memory of its own";
     }
   }
 
