@@ -14,6 +14,13 @@ target_link_options(hardened INTERFACE
 if(SANITIZE)
   add_compile_options(-fsanitize=${SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${SANITIZE})
+  # As one library of the process, as g++ links it: by itself, clang++ puts it into the executable, whose symbols the
+  # launcher does not export.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND SANITIZE MATCHES "address")
+    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-runtime-dir
+      OUTPUT_VARIABLE runtime_folder OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    add_link_options(-shared-libsan LINKER:-rpath,${runtime_folder})
+  endif()
 elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
   add_compile_options(-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
 endif()
