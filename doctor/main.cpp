@@ -10,12 +10,16 @@
 #include <string>
 #include <variant>
 
+#include "doctor/child/patience.h"
 #include "doctor/examine/machine/identity.h"
+#include "doctor/examine/machine/launcher_file.h"
 #include "doctor/examine/machine/machine.h"
 #include "doctor/judge/diagnosis.h"
+#include "doctor/judge/verdict.h"
 #include "doctor/judge/words/text.h"
 #include "doctor/options.h"
 #include "doctor/report/explanation.h"
+#include "doctor/report/head.h"
 #include "doctor/report/json_report.h"
 #include "doctor/report/loader_log.h"
 #include "doctor/report/new_file.h"
@@ -23,6 +27,8 @@
 #include "doctor/report/terminal.h"
 #include "doctor/report/text_report.h"
 #include "doctor/report/waiting_line.h"
+#include "foundation/strings.h"
+#include "foundation/utf.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 
 namespace {

@@ -9,6 +9,7 @@
 
 #include "doctor/judge/words/text.h"
 #include "doctor/version.h"
+#include "foundation/strings.h"
 #include "foundation/utf.h"
 
 namespace doctor {

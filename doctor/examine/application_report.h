@@ -8,6 +8,8 @@
 
 #include "doctor/examine/broken_file.h"
 #include "doctor/examine/config/dependencies.h"
+#include "doctor/examine/config/json_file.h"
+#include "doctor/examine/config/runtime_config.h"
 #include "doctor/examine/frameworks.h"
 #include "doctor/examine/probe.h"
 #include "foundation/strings.h"

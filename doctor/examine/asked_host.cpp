@@ -7,6 +7,7 @@
 
 #include "foundation/utf.h"
 #include "launcher/product/product.h"
+#include "netloader/netloaderhostfxr/src/host_library.h"
 #include "netloader/platform/environment.h"
 
 namespace doctor {

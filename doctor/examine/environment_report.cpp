@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "foundation/strings.h"
 #include "foundation/utf.h"
 #include "launcher/product/product.h"
 #include "netloader/platform/environment.h"

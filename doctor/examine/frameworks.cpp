@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <map>
 
+#include "doctor/examine/config/json_file.h"
 #include "doctor/examine/framework_version.h"
 
 namespace doctor {

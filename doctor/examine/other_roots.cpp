@@ -3,11 +3,12 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <optional>
 #include <set>
 #include <sstream>
 
+#include "foundation/strings.h"
 #include "foundation/utf.h"
+#include "netloader/netloaderhostfxr/src/version_discovery.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 
 namespace doctor {

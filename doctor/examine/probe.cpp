@@ -5,6 +5,8 @@
 #include "doctor/examine/asked_host.h"
 #include "foundation/utf.h"
 #include "netloader/netloaderhostfxr/src/host_binding.h"
+#include "netloader/netloaderhostfxr/src/host_context.h"
+#include "netloader/netloaderhostfxr/src/host_library.h"
 
 namespace doctor {
 namespace {

@@ -1,12 +1,12 @@
 #include "doctor/examine/runtime_report.h"
 
 #include <algorithm>
-#include <exception>
 #include <set>
 #include <system_error>
 #include <utility>
 
 #include "foundation/utf.h"
+#include "netloader/netloaderhostfxr/src/elf_check.h"
 #include "netloader/netloaderhostfxr/src/library_check.h"
 #include "netloader/netloaderhostfxr/src/version_order.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "doctor/child/child.h"
 #include "doctor/examine/probe.h"
 #include "foundation/strings.h"
 #include "netloader/netloaderhostfxr/src/version_discovery.h"

@@ -8,7 +8,14 @@
 #include <utility>
 
 #include "foundation/result_code_exception.h"
+#include "netloader/logger/logger.h"
+#include "netloader/netloaderhostfxr/src/host_fxr_module_parameters.h"
 #include "netloader/netloaderquorcommon/src/dotnet_settings.h"
+#include "netloader/netloaderquorcommon/src/dotnet_settings_provider.h"
+#include "netloader/netloaderquorcommon/src/settings_keys.h"
+#include "netloader/netloaderquorcommon/src/settings_line.h"
+#include "netloader/netloaderquorcommon/src/settings_listener.h"
+#include "netloader/netloaderquorcommon/src/settings_map.h"
 
 namespace doctor {
 namespace {

@@ -6,6 +6,9 @@
 #include <optional>
 
 #include "doctor/examine/asked_host.h"
+#include "netloader/netloaderhostfxr/src/host_binding.h"
+#include "netloader/netloaderhostfxr/src/host_context.h"
+#include "netloader/netloaderhostfxr/src/host_library.h"
 
 namespace doctor {
 namespace {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "doctor/child/child.h"
 #include "doctor/child/patience.h"
 #include "foundation/strings.h"
 

@@ -7,12 +7,22 @@
 #include <sstream>
 #include <system_error>
 
+#include "doctor/child/child.h"
+#include "doctor/examine/config/json_file.h"
+#include "doctor/examine/config/runtime_config.h"
 #include "doctor/examine/machine/icu.h"
+#include "doctor/examine/probe.h"
+#include "doctor/examine/start_probe.h"
+#include "doctor/judge/findings.h"
 #include "doctor/judge/near_misses/access.h"
 #include "doctor/judge/near_misses/meant_roots.h"
 #include "doctor/judge/near_misses/near_misses.h"
 #include "doctor/judge/near_misses/other_root_near_misses.h"
+#include "doctor/judge/stop.h"
+#include "doctor/judge/words/named.h"
 #include "doctor/judge/words/text.h"
+#include "foundation/strings.h"
+#include "foundation/utf.h"
 #include "launcher/product/product.h"
 #include "netloader/netloaderhostfxr/src/assembly_path.h"
 

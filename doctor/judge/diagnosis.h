@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "doctor/child/patience.h"
 #include "doctor/examine/application_report.h"
 #include "doctor/examine/environment_report.h"
 #include "doctor/examine/machine/launcher_file.h"

@@ -3,7 +3,11 @@
 #include <array>
 #include <cstdlib>
 
+#include "doctor/child/child.h"
 #include "doctor/child/signal_name.h"
+#include "doctor/examine/broken_file.h"
+#include "doctor/examine/machine/surroundings.h"
+#include "doctor/examine/start_probe.h"
 #include "doctor/judge/findings.h"
 #include "doctor/judge/near_misses/broken_file_clue.h"
 #include "doctor/judge/near_misses/checks.h"

@@ -4,6 +4,9 @@
 #include <optional>
 
 #include "doctor/child/signal_name.h"
+#include "doctor/examine/broken_file.h"
+#include "doctor/examine/start_probe.h"
+#include "doctor/judge/findings.h"
 #include "doctor/judge/near_misses/broken_file_clue.h"
 #include "doctor/judge/near_misses/checks.h"
 #include "doctor/judge/verdicts/host_verdict.h"
@@ -12,6 +15,7 @@
 #include "doctor/judge/verdicts/settings_verdict.h"
 #include "doctor/judge/verdicts/start_verdict.h"
 #include "doctor/judge/verdicts/version_clue.h"
+#include "doctor/judge/words/message.h"
 #include "doctor/judge/words/text.h"
 
 namespace doctor {

@@ -8,6 +8,7 @@
 #include "doctor/examine/runtime_report.h"
 #include "doctor/examine/settings_report.h"
 #include "doctor/examine/start_report.h"
+#include "doctor/judge/stop.h"
 #include "doctor/judge/warning.h"
 #include "doctor/judge/words/named.h"
 

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "doctor/child/patience.h"
 #include "doctor/judge/words/text.h"
 #include "doctor/judge/words/time_limit.h"
 #include "doctor/version.h"

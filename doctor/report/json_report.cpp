@@ -3,15 +3,38 @@
 #include <chrono>
 #include <nlohmann/json.hpp>
 
+#include "doctor/child/child.h"
+#include "doctor/child/patience.h"
 #include "doctor/child/signal_name.h"
+#include "doctor/examine/application_report.h"
+#include "doctor/examine/broken_file.h"
+#include "doctor/examine/config/json_file.h"
+#include "doctor/examine/environment_report.h"
+#include "doctor/examine/frameworks.h"
+#include "doctor/examine/machine/launcher_file.h"
+#include "doctor/examine/machine/machine.h"
+#include "doctor/examine/machine/open_paths.h"
+#include "doctor/examine/other_roots.h"
+#include "doctor/examine/probe.h"
+#include "doctor/examine/runtime_report.h"
+#include "doctor/examine/settings_report.h"
+#include "doctor/examine/start_probe.h"
+#include "doctor/examine/start_report.h"
+#include "doctor/judge/findings.h"
 #include "doctor/judge/shown_line.h"
+#include "doctor/judge/verdict.h"
+#include "doctor/judge/warning.h"
 #include "doctor/judge/words/file_detail.h"
+#include "doctor/judge/words/named.h"
 #include "doctor/judge/words/names.h"
 #include "doctor/judge/words/status_names.h"
 #include "doctor/judge/words/text.h"
 #include "doctor/judge/words/variable_words.h"
 #include "doctor/judge/words/version_reasons.h"
 #include "doctor/version.h"
+#include "foundation/strings.h"
+#include "foundation/utf.h"
+#include "netloader/netloaderhostfxr/src/version_discovery.h"
 
 namespace doctor {
 namespace {

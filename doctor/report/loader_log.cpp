@@ -13,14 +13,21 @@
 #include <string_view>
 #include <utility>
 
+#include "doctor/child/child.h"
 #include "doctor/judge/shown_line.h"
 #include "doctor/judge/words/text.h"
 #include "doctor/judge/words/time_limit.h"
 #include "foundation/file_descriptor.h"
+#include "foundation/utf.h"
 #include "launcher/product/product.h"
 #include "netloader/logger/global_logger.h"
+#include "netloader/logger/logger.h"
 #include "netloader/netloaderquorcommon/src/dotnet_settings.h"
+#include "netloader/netloaderquorcommon/src/dotnet_settings_provider.h"
 #include "netloader/netloaderquorcommon/src/launch_sequence.h"
+#include "netloader/netloaderquorcommon/src/settings_keys.h"
+#include "netloader/netloaderquorcommon/src/settings_line.h"
+#include "netloader/netloaderquorcommon/src/settings_listener.h"
 #include "netloader/netloaderquorcommon/src/settings_log.h"
 
 namespace doctor {

@@ -3,6 +3,11 @@
 #include <algorithm>
 #include <array>
 
+#include "doctor/examine/machine/machine.h"
+#include "doctor/judge/findings.h"
+#include "doctor/judge/verdict.h"
+#include "doctor/judge/warning.h"
+#include "doctor/judge/words/named.h"
 #include "doctor/judge/words/text.h"
 
 namespace doctor {

@@ -3,8 +3,19 @@
 #include <array>
 #include <filesystem>
 
+#include "doctor/examine/application_report.h"
+#include "doctor/examine/config/json_file.h"
+#include "doctor/examine/frameworks.h"
+#include "doctor/examine/runtime_report.h"
+#include "doctor/examine/settings_report.h"
+#include "doctor/judge/findings.h"
+#include "doctor/judge/verdict.h"
+#include "doctor/judge/warning.h"
+#include "doctor/judge/words/named.h"
 #include "doctor/judge/words/text.h"
 #include "doctor/report/short_list.h"
+#include "foundation/strings.h"
+#include "foundation/utf.h"
 
 namespace doctor {
 namespace {

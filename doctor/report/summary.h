@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "doctor/judge/diagnosis.h"
+#include "doctor/judge/stop.h"
 
 namespace doctor {
 

@@ -7,9 +7,17 @@
 #include <filesystem>
 #include <string_view>
 
+#include "doctor/examine/application_report.h"
+#include "doctor/examine/config/json_file.h"
+#include "doctor/examine/frameworks.h"
+#include "doctor/examine/runtime_report.h"
+#include "doctor/examine/settings_report.h"
 #include "doctor/judge/words/text.h"
 #include "doctor/report/json_report.h"
 #include "doctor/report/text_report.h"
+#include "foundation/strings.h"
+#include "foundation/utf.h"
+#include "netloader/netloaderhostfxr/src/version_discovery.h"
 
 namespace doctor {
 namespace {

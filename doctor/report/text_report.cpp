@@ -1,5 +1,6 @@
 #include "doctor/report/text_report.h"
 
+#include "doctor/judge/stop.h"
 #include "doctor/report/details/application_details.h"
 #include "doctor/report/details/environment_details.h"
 #include "doctor/report/details/other_roots_details.h"

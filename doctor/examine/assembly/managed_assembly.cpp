@@ -3,7 +3,10 @@
 #include <filesystem>
 #include <fstream>
 
+#include "doctor/examine/assembly/byte_view.h"
+#include "doctor/examine/assembly/code.h"
 #include "doctor/examine/assembly/first_needs.h"
+#include "doctor/examine/assembly/metadata_tables.h"
 
 namespace doctor {
 namespace {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <span>
-#include <vector>
 
 namespace doctor {
 namespace {

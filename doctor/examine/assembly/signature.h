@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "doctor/examine/assembly/byte_view.h"
 #include "doctor/examine/assembly/metadata_tables.h"
 
 namespace doctor {

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cstring>
 #include <string_view>
-#include <vector>
 
 #include "foundation/file_descriptor.h"
 

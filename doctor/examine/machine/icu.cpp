@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 
+#include "doctor/child/child.h"
 #include "doctor/examine/config/launch_variable.h"
 
 namespace doctor {

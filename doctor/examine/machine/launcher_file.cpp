@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <sstream>
 #include <string_view>
@@ -10,6 +9,7 @@
 
 #include "doctor/child/child.h"
 #include "doctor/child/signal_name.h"
+#include "foundation/strings.h"
 #include "foundation/utf.h"
 #include "launcher/product/product.h"
 #include "netloader/netloaderhostfxr/src/assembly_path.h"

@@ -1,11 +1,22 @@
 #include <cerrno>
 #include <filesystem>
 
+#include "doctor/child/child.h"
+#include "doctor/examine/application_report.h"
+#include "doctor/examine/broken_file.h"
+#include "doctor/examine/config/dependencies.h"
+#include "doctor/examine/config/json_file.h"
+#include "doctor/examine/config/runtime_config.h"
+#include "doctor/examine/probe.h"
+#include "doctor/judge/findings.h"
 #include "doctor/judge/near_misses/access.h"
 #include "doctor/judge/near_misses/broken_file_clue.h"
 #include "doctor/judge/near_misses/checks.h"
 #include "doctor/judge/near_misses/host_answer.h"
 #include "doctor/judge/near_misses/near_misses.h"
+#include "doctor/judge/warning.h"
+#include "doctor/judge/words/message.h"
+#include "doctor/judge/words/named.h"
 #include "doctor/judge/words/text.h"
 
 namespace doctor {

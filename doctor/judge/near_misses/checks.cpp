@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "doctor/judge/words/named.h"
 #include "doctor/judge/words/text.h"
 #include "netloader/netloaderhostfxr/src/string_token.h"
 

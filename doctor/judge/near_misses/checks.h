@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "doctor/judge/findings.h"
 #include "doctor/judge/warning.h"
 #include "doctor/judge/words/message.h"
 

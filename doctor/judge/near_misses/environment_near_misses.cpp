@@ -2,8 +2,11 @@
 
 #include <cstdlib>
 
+#include "doctor/examine/settings_report.h"
+#include "doctor/judge/findings.h"
 #include "doctor/judge/near_misses/checks.h"
 #include "doctor/judge/near_misses/near_misses.h"
+#include "doctor/judge/warning.h"
 
 namespace doctor {
 namespace {

@@ -3,7 +3,14 @@
 #include <algorithm>
 #include <array>
 
+#include "doctor/child/child.h"
+#include "doctor/examine/config/json_file.h"
+#include "doctor/examine/config/runtime_config.h"
 #include "doctor/examine/framework_version.h"
+#include "doctor/examine/frameworks.h"
+#include "doctor/examine/probe.h"
+#include "doctor/judge/words/message.h"
+#include "doctor/judge/words/named.h"
 #include "doctor/judge/words/names.h"
 #include "doctor/judge/words/status_names.h"
 #include "doctor/judge/words/text.h"

@@ -5,6 +5,9 @@
 
 #include "doctor/judge/near_misses/settings_line.h"
 #include "doctor/judge/words/text.h"
+#include "foundation/strings.h"
+#include "foundation/utf.h"
+#include "netloader/netloaderhostfxr/src/version_discovery.h"
 
 namespace doctor {
 namespace {

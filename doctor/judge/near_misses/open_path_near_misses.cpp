@@ -1,7 +1,10 @@
 #include <algorithm>
 
+#include "doctor/examine/machine/open_paths.h"
+#include "doctor/judge/findings.h"
 #include "doctor/judge/near_misses/checks.h"
 #include "doctor/judge/near_misses/near_misses.h"
+#include "doctor/judge/warning.h"
 #include "doctor/judge/words/text.h"
 
 namespace doctor {

@@ -4,9 +4,14 @@
 #include <array>
 #include <filesystem>
 
+#include "doctor/judge/findings.h"
 #include "doctor/judge/near_misses/checks.h"
 #include "doctor/judge/near_misses/settings_line.h"
+#include "doctor/judge/stop.h"
+#include "doctor/judge/words/named.h"
 #include "doctor/judge/words/text.h"
+#include "foundation/strings.h"
+#include "foundation/utf.h"
 #include "netloader/netloaderquorcommon/src/settings_keys.h"
 
 namespace doctor {

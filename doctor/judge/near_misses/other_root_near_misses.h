@@ -1,12 +1,13 @@
 // Runtimes elsewhere on this machine that would do, or that explain why one is not whole.
 #pragma once
 
-#include <optional>
 #include <vector>
 
 #include "doctor/examine/other_roots.h"
+#include "doctor/examine/runtime_report.h"
 #include "doctor/examine/settings_report.h"
 #include "doctor/judge/verdict.h"
+#include "doctor/judge/warning.h"
 
 namespace doctor {
 

@@ -10,13 +10,18 @@
 #include <filesystem>
 #include <iterator>
 #include <set>
-#include <string_view>
 
+#include "doctor/examine/runtime_report.h"
+#include "doctor/judge/findings.h"
 #include "doctor/judge/near_misses/access.h"
 #include "doctor/judge/near_misses/checks.h"
 #include "doctor/judge/near_misses/meant_roots.h"
 #include "doctor/judge/near_misses/near_misses.h"
+#include "doctor/judge/warning.h"
 #include "doctor/judge/words/text.h"
+#include "foundation/strings.h"
+#include "foundation/utf.h"
+#include "netloader/netloaderhostfxr/src/version_discovery.h"
 #include "netloader/utils/path_utils.h"
 
 namespace doctor {

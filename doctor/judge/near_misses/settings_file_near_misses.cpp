@@ -4,8 +4,13 @@
 #include <filesystem>
 #include <string_view>
 
+#include "doctor/examine/settings_report.h"
+#include "doctor/judge/findings.h"
 #include "doctor/judge/near_misses/access.h"
+#include "doctor/judge/near_misses/checks.h"
 #include "doctor/judge/near_misses/near_misses.h"
+#include "doctor/judge/warning.h"
+#include "doctor/judge/words/message.h"
 #include "doctor/judge/words/text.h"
 
 namespace doctor {

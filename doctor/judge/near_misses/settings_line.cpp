@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "doctor/judge/words/text.h"
+#include "foundation/utf.h"
 #include "netloader/netloaderquorcommon/src/settings_keys.h"
 
 namespace doctor {

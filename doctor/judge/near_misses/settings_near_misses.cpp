@@ -2,10 +2,14 @@
 #include <iterator>
 #include <string_view>
 
+#include "doctor/examine/settings_report.h"
+#include "doctor/judge/findings.h"
 #include "doctor/judge/near_misses/checks.h"
 #include "doctor/judge/near_misses/near_misses.h"
 #include "doctor/judge/near_misses/settings_line.h"
 #include "doctor/judge/shown_line.h"
+#include "doctor/judge/warning.h"
+#include "doctor/judge/words/message.h"
 #include "doctor/judge/words/text.h"
 #include "netloader/netloaderhostfxr/src/string_token.h"
 

@@ -1,7 +1,12 @@
 #include <filesystem>
 
+#include "doctor/examine/broken_file.h"
+#include "doctor/examine/start_probe.h"
+#include "doctor/examine/start_report.h"
+#include "doctor/judge/findings.h"
 #include "doctor/judge/near_misses/checks.h"
 #include "doctor/judge/near_misses/near_misses.h"
+#include "doctor/judge/warning.h"
 #include "doctor/judge/words/text.h"
 
 namespace doctor {

@@ -10,11 +10,18 @@
 #include <string_view>
 #include <vector>
 
+#include "doctor/examine/runtime_report.h"
+#include "doctor/judge/findings.h"
 #include "doctor/judge/near_misses/access.h"
 #include "doctor/judge/near_misses/checks.h"
 #include "doctor/judge/near_misses/near_misses.h"
+#include "doctor/judge/warning.h"
+#include "doctor/judge/words/message.h"
 #include "doctor/judge/words/text.h"
+#include "foundation/strings.h"
+#include "foundation/utf.h"
 #include "netloader/netloaderhostfxr/src/string_token.h"
+#include "netloader/netloaderhostfxr/src/version_discovery.h"
 #include "netloader/netloaderhostfxr/src/version_order.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 

@@ -1,5 +1,6 @@
 #include "doctor/judge/verdicts/endings.h"
 
+#include "doctor/judge/words/message.h"
 #include "doctor/judge/words/text.h"
 #include "doctor/judge/words/time_limit.h"
 #include "doctor/judge/words/version_reasons.h"

@@ -4,8 +4,11 @@
 #include <string>
 
 #include "doctor/child/child.h"
+#include "doctor/judge/findings.h"
 #include "doctor/judge/near_misses/checks.h"
+#include "doctor/judge/stop.h"
 #include "doctor/judge/verdict.h"
+#include "doctor/judge/warning.h"
 
 namespace doctor {
 

@@ -1,7 +1,12 @@
 #include "doctor/judge/verdicts/host_verdict.h"
 
+#include "doctor/child/child.h"
+#include "doctor/judge/findings.h"
+#include "doctor/judge/near_misses/checks.h"
+#include "doctor/judge/stop.h"
 #include "doctor/judge/verdicts/endings.h"
 #include "doctor/judge/verdicts/version_clue.h"
+#include "doctor/judge/words/message.h"
 #include "doctor/judge/words/status_names.h"
 #include "doctor/judge/words/text.h"
 

@@ -2,8 +2,10 @@
 
 #include <filesystem>
 
+#include "doctor/judge/findings.h"
 #include "doctor/judge/near_misses/access.h"
 #include "doctor/judge/near_misses/checks.h"
+#include "doctor/judge/stop.h"
 #include "doctor/judge/words/text.h"
 
 namespace doctor {

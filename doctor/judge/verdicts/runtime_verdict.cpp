@@ -3,13 +3,19 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "doctor/child/child.h"
+#include "doctor/judge/findings.h"
 #include "doctor/judge/near_misses/access.h"
 #include "doctor/judge/near_misses/checks.h"
+#include "doctor/judge/stop.h"
 #include "doctor/judge/verdicts/endings.h"
 #include "doctor/judge/verdicts/version_clue.h"
+#include "doctor/judge/words/message.h"
 #include "doctor/judge/words/text.h"
 #include "foundation/result_code.h"
-#include "netloader/netloaderhostfxr/src/loadermodule.h"
+#include "foundation/strings.h"
+#include "foundation/utf.h"
+#include "netloader/netloaderhostfxr/src/version_discovery.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 
 namespace doctor {

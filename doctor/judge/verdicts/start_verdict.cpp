@@ -3,8 +3,13 @@
 #include <csignal>
 #include <utility>
 
+#include "doctor/child/child.h"
+#include "doctor/examine/broken_file.h"
+#include "doctor/examine/start_probe.h"
 #include "doctor/judge/start_cause.h"
+#include "doctor/judge/stop.h"
 #include "doctor/judge/verdicts/endings.h"
+#include "doctor/judge/warning.h"
 
 namespace doctor {
 

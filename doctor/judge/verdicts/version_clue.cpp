@@ -4,6 +4,8 @@
 
 #include "doctor/judge/words/text.h"
 #include "doctor/judge/words/version_reasons.h"
+#include "foundation/strings.h"
+#include "foundation/utf.h"
 
 namespace doctor {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "doctor/examine/application_report.h"
+#include "doctor/examine/config/json_file.h"
 
 namespace doctor {
 

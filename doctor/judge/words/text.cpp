@@ -1,7 +1,6 @@
 #include "doctor/judge/words/text.h"
 
 #include <algorithm>
-#include <array>
 
 #include "foundation/char_converters.h"
 

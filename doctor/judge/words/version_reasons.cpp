@@ -4,6 +4,8 @@
 #include "doctor/judge/words/message.h"
 #include "doctor/judge/words/text.h"
 #include "foundation/result_code.h"
+#include "foundation/strings.h"
+#include "foundation/utf.h"
 #include "netloader/netloaderhostfxr/src/version_discovery.h"
 #include "netloader/netloaderquorcommon/src/settings_constants.h"
 

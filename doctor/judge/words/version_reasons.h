@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "doctor/child/child.h"
 #include "doctor/examine/runtime_report.h"
 #include "doctor/judge/words/named.h"
 

@@ -1,6 +1,11 @@
 #include "doctor/report/details/application_details.h"
 
+#include "doctor/child/child.h"
+#include "doctor/examine/config/json_file.h"
+#include "doctor/examine/frameworks.h"
+#include "doctor/examine/probe.h"
 #include "doctor/judge/words/file_detail.h"
+#include "doctor/judge/words/named.h"
 #include "doctor/judge/words/names.h"
 #include "doctor/judge/words/status_names.h"
 #include "doctor/judge/words/text.h"

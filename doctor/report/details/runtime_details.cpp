@@ -1,11 +1,15 @@
 #include "doctor/report/details/runtime_details.h"
 
 #include "doctor/judge/words/message.h"
+#include "doctor/judge/words/named.h"
 #include "doctor/judge/words/names.h"
 #include "doctor/judge/words/text.h"
 #include "doctor/judge/words/version_reasons.h"
 #include "doctor/report/details/details.h"
 #include "foundation/result_code.h"
+#include "foundation/strings.h"
+#include "foundation/utf.h"
+#include "netloader/netloaderhostfxr/src/version_discovery.h"
 
 namespace doctor {
 namespace {

@@ -1,5 +1,8 @@
 #include "doctor/report/details/start_details.h"
 
+#include "doctor/child/child.h"
+#include "doctor/examine/broken_file.h"
+#include "doctor/examine/start_probe.h"
 #include "doctor/judge/words/status_names.h"
 #include "doctor/judge/words/text.h"
 #include "doctor/report/details/details.h"
