@@ -28,7 +28,7 @@ endif()
 # For what would be in the way of a check, or of what the tests do with it: compile and link options.
 set(NEVER_INSTRUMENTED -fno-sanitize=all)
 
-# Doctor and launcher also end by abort and by _exit(), which keep no counts. What keeps them is an object that every
+# Doctor and launcher also end by abort, _exit() and execl(), which keep no counts. What keeps them is an object that every
 # executable is linked with, those of the tests as well: it has to be there before the first target is.
 if(COVERAGE)
   # Some tests call the product from several threads, which must not lose each other's counts.
@@ -43,5 +43,5 @@ if(COVERAGE)
     COMMAND ${CMAKE_CXX_COMPILER} -std=c++20 -O1 -fPIC -c -o ${keep_counts} ${CMAKE_CURRENT_LIST_DIR}/keep_counts.cpp
     COMMAND_ERROR_IS_FATAL ANY)
   # CMake's own trial programs are linked with it, too, and do not know of add_link_options().
-  string(APPEND CMAKE_EXE_LINKER_FLAGS " --coverage -Wl,--wrap=_exit ${keep_counts}")
+  string(APPEND CMAKE_EXE_LINKER_FLAGS " --coverage -Wl,--wrap=_exit,--wrap=execl ${keep_counts}")
 endif()
