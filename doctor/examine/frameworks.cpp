@@ -40,9 +40,9 @@ Range RangeOf(RollForward way) {
       return Range::kMinor;
     case RollForward::kMajor:
     case RollForward::kLatestMajor:
-      return Range::kMajor;
+      break;
   }
-  return Range::kExact;
+  return Range::kMajor;
 }
 
 bool TakesHighest(RollForward way) {

@@ -101,10 +101,13 @@ void Try(VersionReport& version, const LibraryProber& prober) {
     version.reason = VersionReason::kRelativePath;
     return;
   }
-  if (auto found = netloader::CheckLibrary(tov::text::ToUtf8(version.library)); !found.detail.empty()) {
-    version.reason = found.has_string_token ? VersionReason::kStringToken : ReasonOf(found.elf);
-    version.words = std::move(found.detail);
-  } else if (prober) {
+  auto found = netloader::CheckLibrary(tov::text::ToUtf8(version.library));
+  version.reason = found.has_string_token ? VersionReason::kStringToken : ReasonOf(found.elf);
+  version.words = std::move(found.detail);
+  if (version.reason) {
+    return;
+  }
+  if (prober) {
     Take(prober(version.library), version);
   } else {
     version.standing = Standing::kNotLoaded;

@@ -15,7 +15,7 @@ constexpr std::size_t kWidestColumn = 32;
 std::string_view ColorOf(Paint paint) {
   switch (paint) {
     case Paint::kPlain:
-      return "";
+      break;
     case Paint::kStrong:
       return "\033[1m";
     case Paint::kGood:
@@ -101,10 +101,10 @@ std::vector<std::string> Wrapped(std::string_view text, std::size_t width) {
 }
 
 void Page::Put(std::string_view text, Paint paint) {
-  const bool paints = colored_ && paint != Paint::kPlain && !text.empty();
-  text_ += paints ? ColorOf(paint) : "";
+  const std::string_view color = colored_ && !text.empty() ? ColorOf(paint) : "";
+  text_ += color;
   text_ += text;
-  text_ += paints ? "\033[0m" : "";
+  text_ += color.empty() ? "" : "\033[0m";
 }
 
 void Page::Heading(const std::string& title, const std::string& about) {
