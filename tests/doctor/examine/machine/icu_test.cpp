@@ -1,15 +1,46 @@
 #include "doctor/examine/machine/icu.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
 
 #include "tests/support/scoped_environment.h"
 #include "tests/support/stand_in_host.h"
 #include "tests/support/temp_folder.h"
 
+namespace {
+
+// Whether the libraries of ICU are to be had under their plain names, or not at all; what the system has when empty.
+std::optional<bool> has_plain_icu;
+
+}  // namespace
+
+// In place of the C library's: a system that has other versions of ICU.
+extern "C" void* dlopen(const char* file, int mode) noexcept {
+  const std::string_view name = file != nullptr ? file : "";
+  if (has_plain_icu && name.starts_with("libicu")) {
+    return *has_plain_icu && name.ends_with(".so") ? ::dlopen(nullptr, mode) : nullptr;
+  }
+  return reinterpret_cast<void* (*)(const char*, int)>(::dlsym(RTLD_NEXT, "dlopen"))(file, mode);
+}
+
 namespace doctor {
 namespace {
+
+TEST(Icu, WithoutAVersionItIsTheSystemsAsWell) {
+  tests::ScopedEnvironment environment;
+  environment.Remove("DOTNET_SYSTEM_GLOBALIZATION_APPLOCALICU");
+
+  has_plain_icu = true;
+  EXPECT_TRUE(HasIcu({}, "/nothing", {}));
+  has_plain_icu = false;
+  EXPECT_FALSE(HasIcu({}, "/nothing", {}));
+  has_plain_icu.reset();
+}
 
 TEST(Icu, TheVariableWinsOverTheFile) {
   tests::ScopedEnvironment environment;

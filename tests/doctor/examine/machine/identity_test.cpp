@@ -1,9 +1,11 @@
 #include "doctor/examine/machine/identity.h"
 
 #include <gtest/gtest.h>
+#include <linux/capability.h>
 #include <linux/securebits.h>
 #include <pwd.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -69,6 +71,22 @@ TEST(Identity, NothingOfRootIsLeft) {
   EXPECT_EQ(became[5], "CapEff:\t0000000000000000");
   EXPECT_EQ(became[6], "CapPrm:\t0000000000000000");
   EXPECT_EQ(became[7], "1") << "its folder under /proc is its own";
+}
+
+TEST(Identity, WhatCannotBecomeAnotherUserSaysWhy) {
+  if (::geteuid() != 0 || ::getpwnam(kUser) == nullptr) {
+    GTEST_SKIP() << "only root may become another user";
+  }
+  const auto lackRights = []() -> Answer {
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    const __user_cap_data_struct none[_LINUX_CAPABILITY_U32S_3] = {};
+    ::syscall(SYS_capset, &header, none);
+    return {Become(kUser), Become("no such user")};
+  };
+
+  EXPECT_EQ(
+      RunInChild(lackRights, std::chrono::seconds(60)).answer,
+      (Answer{"the rights of nobody cannot be taken on: Operation not permitted", "there is no user 'no such user'"}));
 }
 
 }  // namespace

@@ -58,6 +58,28 @@ TEST(LauncherFile, ALibraryThatIsNoneIsToldInTheDynamicLoadersWords) {
   EXPECT_NE(report.lacks.find("libstdc++.so.6: file too short"), std::string::npos) << report.lacks;
 }
 
+TEST(LauncherFile, AVersionThatALibraryDoesNotHaveIsNamed) {
+  const tests::TempFolder folder;
+  const std::string version = "GLIBC_2.";
+  std::string program = tests::ReadFile(SoundProgram());
+  program.replace(program.find(version), version.size(), "GLIBC_9.");
+  const std::string file = Program(folder / "launcher", program, fs::perms(0755));
+
+  const LauncherReport report = ExamineLauncher(file, true, {});
+
+  EXPECT_TRUE(report.lacks.starts_with(file + ": ")) << report.lacks;
+  EXPECT_NE(report.lacks.find(": version `GLIBC_9."), std::string::npos) << report.lacks;
+  EXPECT_TRUE(report.lacks.ends_with(" not found (required by " + file + ")")) << report.lacks;
+}
+
+TEST(LauncherFile, AProgramThatIsCutShortEndsTheDynamicLoader) {
+  const tests::TempFolder folder;
+  fs::copy_file(SoundProgram(), folder / "launcher");
+  fs::resize_file(folder / "launcher", 8192);
+
+  EXPECT_EQ(ExamineLauncher(folder / "launcher", true, {}).lacks, "loading it ends with SIGBUS");
+}
+
 TEST(LauncherFile, AFileThatIsNoProgramCannotBeginAndIsNotStarted) {
   const tests::TempFolder folder;
   const std::string script = "#!/bin/sh\ntouch '" + (folder / "trace").string() + "'\n" + std::string(4096, '#');

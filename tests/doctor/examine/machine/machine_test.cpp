@@ -1,12 +1,15 @@
 #include "doctor/examine/machine/machine.h"
 
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <regex>
+#include <string>
 #include <utility>
 
 #include "doctor/child/child.h"
@@ -21,6 +24,25 @@ TEST(Machine, HasTheUserThatThisProcessRunsAs) {
   EXPECT_EQ(machine.user_id, ::geteuid());
   EXPECT_EQ(machine.group_id, ::getegid());
   EXPECT_FALSE(machine.groups.empty());
+}
+
+TEST(Machine, HasEachGroupOnceWithItsNameOrNumber) {
+  if (::geteuid() != 0) {
+    GTEST_SKIP() << "only root may take on groups";
+  }
+  constexpr gid_t kNameless = 4'000'000'000;
+  const auto lookAround = []() -> Answer {
+    const gid_t groups[] = {kNameless, ::getegid()};
+    return ::setgroups(std::size(groups), groups) == 0 ? LookAtMachine().groups : Answer{"refused"};
+  };
+
+  const Answer groups = RunInChild(lookAround, std::chrono::seconds(60)).answer;
+
+  if (groups == Answer{"refused"}) {
+    GTEST_SKIP() << "groups cannot be taken on in this namespace";
+  }
+  ASSERT_EQ(groups.size(), 2U);
+  EXPECT_EQ(groups[1], std::to_string(kNameless));
 }
 
 TEST(Machine, HasANameAKernelAndACLibrary) {

@@ -95,6 +95,13 @@ TEST(Surroundings, MemoryThatASecurityPolicyForbidsToExecuteIsSeen) {
   EXPECT_EQ(SeenAfter([] { Refuse(SYS_mprotect, ENOMEM); }).at(1), "may");
 }
 
+TEST(Surroundings, MemoryThatThereIsNoneOfIsNotForbidden) {
+  if (tests::IsSanitized()) {
+    GTEST_SKIP() << "a sanitizer takes memory to look at memory";
+  }
+  EXPECT_EQ(SeenAfter([] { Refuse(SYS_mmap, ENOMEM); }).at(1), "may");
+}
+
 TEST(Surroundings, MemoryThatMayNotBeWrittenAndThenExecutedIsSeen) {
   constexpr int kSetMemoryDenyWriteExecute = 65;  // PR_SET_MDWE, newer than these headers.
   if (::prctl(66, 0, 0, 0, 0) < 0) {
