@@ -1,6 +1,7 @@
 #include "doctor/examine/environment_report.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include "doctor/judge/near_misses/near_misses.h"
 #include "tests/support/scoped_environment.h"
@@ -73,6 +74,25 @@ TEST(EnvironmentNearMisses, AnEmptyTmpIsNamedWhereItDecides) {
   EXPECT_TRUE(EnvironmentNearMisses({}).empty());
   environment.Remove("TMP");
   EXPECT_TRUE(EnvironmentNearMisses({}).empty());
+}
+
+TEST(EnvironmentNearMisses, TooFewFilesAreNamedWithTheirLimit) {
+  ScopedEnvironment environment;
+  environment.Remove("TMP");
+  rlimit before{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+  Warnings warnings[2];
+  for (const rlim_t limit : {rlim_t{7}, rlim_t{8}}) {
+    const rlimit few{limit, before.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &few);
+    warnings[limit - 7] = EnvironmentNearMisses({});
+  }
+  ::setrlimit(RLIMIT_NOFILE, &before);
+
+  ASSERT_EQ(warnings[0].size(), 1U);
+  EXPECT_EQ(warnings[0][0].finding, Finding::kTooFewFiles);
+  EXPECT_NE(warnings[0][0].text.find('7'), std::string::npos) << warnings[0][0].text;
+  EXPECT_TRUE(warnings[1].empty());
 }
 
 }  // namespace

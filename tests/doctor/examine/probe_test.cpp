@@ -119,8 +119,11 @@ TEST(LibraryProbe, ALibraryThatHangsIsGivenUpAtTheLimit) {
 }
 
 TEST(ContextProbe, AHostThatCannotBeLoadedAnyMoreIsNoFindingButAFailure) {
-  EXPECT_THROW(ProbeContext(Wide(tests::HostLibrary(HostVariant::kLacksRun)), u"/root", u"/app.dll", {kLong}),
-               std::runtime_error);
+  const tov::WideString hosts[] = {u"/nothing/there", Wide(tests::HostLibrary(HostVariant::kLacksRun)),
+                                   Wide(tests::HostLibrary(HostVariant::kNullRun))};
+  for (const tov::WideString& host : hosts) {
+    EXPECT_THROW(ProbeContext(host, u"/root", u"/app.dll", {kLong}), std::runtime_error) << ToUtf8(host);
+  }
 }
 
 TEST(ContextProbe, CreatesTheContextOfALaunchWithoutArgumentsClosesItAndRunsNothing) {

@@ -9,7 +9,9 @@
 #include "doctor/judge/words/text.h"
 #include "doctor/judge/words/version_reasons.h"
 #include "tests/doctor/installation.h"
+#include "tests/support/elf_image.h"
 #include "tests/support/runtime_tree.h"
+#include "tests/support/temp_folder.h"
 
 namespace doctor {
 namespace {
@@ -73,6 +75,11 @@ TEST(RuntimeReport, EveryRefusalHasItsReason) {
       {"not-elf", "not an ELF file", [](RuntimeTree& tree) { tree.AddHostOfBytes("6.0.1", std::string(999, 'x')); }},
       {"other-machine", "built for another machine or word size",
        [](RuntimeTree& tree) { tree.AddHostOfBytes("6.0.1", tests::ArmLibrary()); }},
+      {"malformed", "program headers of an unknown size",
+       [](RuntimeTree& tree) {
+         const tests::ElfImage host(tests::ReadFile(tests::HostLibrary()));
+         tree.AddHostOfBytes("6.0.1", host.With(offsetof(Elf64_Ehdr, e_phentsize), 2, 1).Bytes());
+       }},
       {"cut-short", "cut short: needs at least 4096 bytes, has 120",
        [](RuntimeTree& tree) { tree.AddHostOfBytes("6.0.1", tests::CutLibrary()); }},
   };

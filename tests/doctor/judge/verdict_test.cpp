@@ -4,7 +4,10 @@
 
 #include <algorithm>
 #include <csignal>
+#include <filesystem>
 #include <utility>
+
+#include "tests/support/temp_folder.h"
 
 namespace doctor {
 namespace {
@@ -229,6 +232,18 @@ TEST(Verdict, ALauncherThatCannotBeginDecidesBeforeAllElse) {
     EXPECT_EQ(world.Judged().outcome, row.outcome);
     EXPECT_EQ(VerdictLine(world.Judged()), row.line);
   }
+}
+
+TEST(Verdict, ALauncherThatItsModeClosesIsOpenedByItsModeOnly) {
+  const tests::TempFolder folder;
+  SoundEvidence world;
+  world.launcher = {folder / "launcher", true, false};
+  tests::WriteFile(world.launcher.path, "");
+
+  std::filesystem::permissions(world.launcher.path, std::filesystem::perms(0644));
+  EXPECT_EQ(world.Judged().cause.cure, "chmod u+rx " + world.launcher.path);
+  std::filesystem::permissions(world.launcher.path, std::filesystem::perms(0755));
+  EXPECT_EQ(world.Judged().cause.cure, "mount its file system with exec, and let this user enter each folder above it");
 }
 
 TEST(Verdict, WhatComesFirstOnTheRoadDecides) {

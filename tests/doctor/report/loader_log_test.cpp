@@ -219,5 +219,32 @@ TEST(LoaderLog, OneOfAWalkThatDoesNotFinishIsAFailure) {
   EXPECT_EQ(WriteLoaderLog(folder / "walk", kInstalled, {500ms}).failure, "the walk did not finish within 0.5 s");
 }
 
+TEST(LoaderLog, SaysThatTheSettingsCannotBeRead) {
+  const Installation installation;
+  const TempFolder folder;
+
+  const std::string path = Written(folder / "walk", {"/proc/self/mem"});
+
+  EXPECT_TRUE(Holds(path, "LoadSettingsFromFile: Failed to read file by path '/proc/self/mem', error 5"));
+}
+
+TEST(LoaderLogText, IsThatOfTheLogOfWhichNothingIsLeft) {
+  Installation installation;
+  installation.Healthy();
+  const TempFolder folder;
+  tests::ScopedEnvironment environment;
+  environment.Set("TMPDIR", folder.Path().string());
+
+  EXPECT_NE(LoaderLogText(kInstalled, {kLong}).find("6.0.36"), std::string::npos);
+  EXPECT_TRUE(fs::is_empty(folder.Path()));
+}
+
+TEST(LoaderLogText, SaysWhyItCannotBeWritten) {
+  tests::ScopedEnvironment environment;
+  environment.Set("TMPDIR", "/nothing/there");
+
+  EXPECT_EQ(LoaderLogText(kInstalled, {kLong}), "There is no folder to write it to: No such file or directory\n");
+}
+
 }  // namespace
 }  // namespace doctor

@@ -1,8 +1,10 @@
 #include "doctor/report/new_file.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <csignal>
 #include <filesystem>
 
 #include "tests/support/temp_folder.h"
@@ -42,6 +44,21 @@ TEST(NewFile, WhatIsThereIsLeftAlone) {
 TEST(NewFile, SaysWhyItCannotBe) {
   EXPECT_EQ(WriteNewFile("/nothing/there", "new"), "No such file or directory");
   EXPECT_EQ(WriteNewFile("", "new"), "No such file or directory");
+}
+
+TEST(NewFile, OneThatThereIsNoRoomForIsNotWhole) {
+  const tests::TempFolder folder;
+  rlimit before{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+  const rlimit little{4, before.rlim_max};
+  const auto signal = std::signal(SIGXFSZ, SIG_IGN);
+  ::setrlimit(RLIMIT_FSIZE, &little);
+  const std::string failure = WriteNewFile(folder / "new", "longer than that");
+  ::setrlimit(RLIMIT_FSIZE, &before);
+  std::signal(SIGXFSZ, signal);
+
+  EXPECT_EQ(failure, "it is not whole: File too large");
+  EXPECT_EQ(tests::ReadFile(folder / "new"), "long");
 }
 
 }  // namespace

@@ -69,5 +69,22 @@ TEST(WaitingLine, IsALineLikeOthersWhereNothingCanBeTakenBack) {
   EXPECT_EQ(terminal.Text(), "Waiting for a\\x1b[2J name, 0.25 s at most\r\n");
 }
 
+TEST(WaitingLine, IsLeftOutWhereItCannotBeWritten) {
+  int ends[2];
+  ASSERT_EQ(::pipe2(ends, O_NONBLOCK), 0);
+  std::string full(1 << 20, 'x');
+  full.resize(static_cast<std::size_t>(::write(ends[1], full.data(), full.size())));
+  WaitingLine line(ends[1], {.can_erase = false}, 10s);
+
+  line.Show("the first");
+  EXPECT_EQ(::read(ends[0], full.data(), full.size()), static_cast<ssize_t>(full.size()));
+  line.Show("the second");
+
+  const ssize_t count = ::read(ends[0], full.data(), full.size());
+  EXPECT_EQ(full.substr(0, static_cast<std::size_t>(count)), "Waiting for the second, 10 s at most\n");
+  ::close(ends[0]);
+  ::close(ends[1]);
+}
+
 }  // namespace
 }  // namespace doctor

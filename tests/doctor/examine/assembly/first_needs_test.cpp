@@ -101,9 +101,15 @@ class Application {
 
   // Its body may be told later, by its address, which is its number.
   std::uint32_t AddFunction(const std::string& name, const std::string& signature = "\x00\x00\x01"s) {
+    return AddFunctionAt(functions_ + 1, name, signature);
+  }
+
+  // The address 0 is that of a function whose body is not in this file.
+  std::uint32_t AddFunctionAt(std::size_t address, const std::string& name,
+                              const std::string& signature = "\x00\x00\x01"s) {
     ++functions_;
-    return metadata_.Add(MetadataTable::kMethodDef, Four(functions_) + Four(0) + Two(metadata_.Text(name)) +
-                                                        Two(metadata_.Blob(signature)) + Two(1));
+    return metadata_.Add(MetadataTable::kMethodDef,
+                         Four(address) + Four(0) + Two(metadata_.Text(name)) + Two(metadata_.Blob(signature)) + Two(1));
   }
 
   std::uint32_t AddMember(std::uint32_t type, const std::string& signature) {
@@ -311,6 +317,15 @@ TEST(FirstNeeds, AFunctionWithoutCodeNeedsOnlyItsClass) {
   Application app;
   app.AddType("Program", 1);
   const std::uint32_t main = app.AddFunction("Main");
+
+  EXPECT_EQ(app.Needs(main), Names{"A"});
+}
+
+TEST(FirstNeeds, AFunctionWhoseBodyIsElsewhereNeedsOnlyItsClass) {
+  Application app;
+  app.AddType("Program", 1);
+  const std::uint32_t main = app.AddFunctionAt(0, "Main");
+  app.Names(0, MetadataTable::kTypeRef, 2);
 
   EXPECT_EQ(app.Needs(main), Names{"A"});
 }
