@@ -321,6 +321,26 @@ TEST(SettingsProvider, BytesThatAreNotUtf8InASkippedLineDoNoHarm) {
   EXPECT_EQ(provider.GetValue(u"k"), u"v");
 }
 
+// Hears of nothing.
+class Deaf final : public detail::SettingsListener {};
+
+TEST(SettingsProvider, AListenerNeedNotHearOfAnything) {
+  const tests::CapturedLog log;
+  const tests::TempFolder folder;
+  tests::WriteFile(folder / "settings.ini", "# a comment\nk=v\n");
+  Deaf deaf;
+  DotnetSettingsProvider provider(folder / "settings.ini", deaf);
+  DotnetSettingsProvider missing(folder / "missing.ini", deaf);
+  DotnetSettingsProvider broken("/proc/self/mem", deaf);
+
+  provider.LoadSettingsFromFile();
+  EXPECT_THROW(missing.LoadSettingsFromFile(), std::system_error);
+  EXPECT_THROW(broken.LoadSettingsFromFile(), std::system_error);
+
+  EXPECT_EQ(provider.GetValue(u"k"), u"v");
+  EXPECT_EQ(log.Lines(), Lines{});
+}
+
 TEST(SettingsProvider, AfterAFailedLoadTheWholeFileIsReadAgain) {
   const tests::CapturedLog log;
   tests::SettingsFile file("a=1\nold=1\nk=\xff\n");
