@@ -1,5 +1,6 @@
 #include "doctor/examine/probe.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -12,6 +13,20 @@
 #include "tests/support/odd_host.h"
 #include "tests/support/scoped_environment.h"
 #include "tests/support/stand_in_host.h"
+
+namespace {
+
+bool has_reasons = true;
+// Looked up before any test, as that forgets the reason of what failed before.
+const auto real_dlerror = reinterpret_cast<char* (*)()>(::dlsym(RTLD_NEXT, "dlerror"));
+
+}  // namespace
+
+// In place of the C library's: a dynamic loader without words.
+extern "C" char* dlerror() noexcept {
+  static char none[] = "";
+  return has_reasons ? real_dlerror() : none;
+}
 
 namespace doctor {
 namespace {
@@ -124,6 +139,13 @@ TEST(ContextProbe, AHostThatCannotBeLoadedAnyMoreIsNoFindingButAFailure) {
   for (const tov::WideString& host : hosts) {
     EXPECT_THROW(ProbeContext(host, u"/root", u"/app.dll", {kLong}), std::runtime_error) << ToUtf8(host);
   }
+}
+
+TEST(ContextProbe, AFunctionThatIsNullForNoReasonIsAFailureAsWell) {
+  has_reasons = false;
+  EXPECT_THROW(ProbeContext(Wide(tests::HostLibrary(HostVariant::kNullRun)), u"/root", u"/app.dll", {kLong}),
+               std::runtime_error);
+  has_reasons = true;
 }
 
 TEST(ContextProbe, CreatesTheContextOfALaunchWithoutArgumentsClosesItAndRunsNothing) {

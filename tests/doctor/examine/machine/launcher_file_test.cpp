@@ -6,6 +6,7 @@
 #include <string>
 
 #include "tests/support/scoped_environment.h"
+#include "tests/support/stand_in_host.h"
 #include "tests/support/temp_folder.h"
 
 namespace doctor {
@@ -61,7 +62,8 @@ TEST(LauncherFile, ALibraryThatIsNoneIsToldInTheDynamicLoadersWords) {
 TEST(LauncherFile, AVersionThatALibraryDoesNotHaveIsNamed) {
   const tests::TempFolder folder;
   const std::string version = "GLIBC_2.";
-  std::string program = tests::ReadFile(SoundProgram());
+  std::string program = tests::ReadFile(tests::HostLibrary());  // To the dynamic loader, a library is one as well.
+  ASSERT_NE(program.find(version), std::string::npos);
   program.replace(program.find(version), version.size(), "GLIBC_9.");
   const std::string file = Program(folder / "launcher", program, fs::perms(0755));
 
