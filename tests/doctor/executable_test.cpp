@@ -440,6 +440,9 @@ TEST(DoctorExecutable, WorksWithoutProc) {
 }
 
 TEST(DoctorExecutable, AProcessThatCannotBeStartedEndsTheDiagnosis) {
+  if (IsSanitized()) {
+    GTEST_SKIP() << "a sanitizer starts processes of its own";
+  }
   if (const std::string why = WhyCallsCannotBeWatched(); !why.empty()) {
     GTEST_SKIP() << why;
   }
