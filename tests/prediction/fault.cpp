@@ -24,8 +24,17 @@ std::string ForThisWorld(const std::string& cure, const KnownWorld& world) {
   return Replaced(cure, "/usr/share/dotnet", world.runtime.Root());
 }
 
+// Where the user's number is another one outside, the kernel names the owner of a file system by that one, and mount(8)
+// cannot repeat it.
+bool CanBeCarriedOut(const std::string& cure) {
+  return !cure.starts_with("mount ") || ReadFile("/proc/self/uid_map").find("4294967295") != std::string::npos;
+}
+
 // Carried out by who may change everything. A variable is that of the doctor's next run.
 void Cure(const std::string& cure, KnownWorld& world) {
+  if (!CanBeCarriedOut(cure)) {
+    return;
+  }
   if (const auto variable = UnsetBy(cure)) {
     world.start.variables.erase(*variable);
   } else {
