@@ -16,7 +16,7 @@ namespace {
 
 using nlohmann::json;
 
-constexpr long kNobody = 65534;
+constexpr unsigned int kNobody = 65534;
 constexpr std::string_view kUnset = "unset ";
 
 // What a cure begins with that is a command and no words.
@@ -71,11 +71,15 @@ std::optional<std::string> UnsetBy(const std::string& cure) {
 }
 
 // Without the C library, which would do it to every thread that it knows of.
-void BecomeNobody() {
+void BecomeUser(unsigned int number) {
   ::syscall(SYS_setgroups, 0, nullptr);
-  if (::syscall(SYS_setgid, kNobody) != 0 || ::syscall(SYS_setuid, kNobody) != 0) {
+  if (::syscall(SYS_setgid, number) != 0 || ::syscall(SYS_setuid, number) != 0) {
     ::_exit(126);
   }
+}
+
+void BecomeNobody() {
+  BecomeUser(kNobody);
 }
 
 }  // namespace tests

@@ -43,5 +43,7 @@ void CarryOut(const std::string& cure);
 
 /// Becomes a user without any rights, or ends the process. For Command::Before().
 void BecomeNobody();
+/// The same, as the user of that number.
+void BecomeUser(unsigned int number);
 
 }  // namespace tests
