@@ -25,6 +25,9 @@ const auto real_dlerror = reinterpret_cast<char* (*)()>(::dlsym(RTLD_NEXT, "dler
 // In place of the C library's: a dynamic loader without words.
 extern "C" char* dlerror() noexcept {
   static char none[] = "";
+  if (real_dlerror == nullptr) {
+    return nullptr;  // A sanitizer asks before anything is initialized.
+  }
   return has_reasons ? real_dlerror() : none;
 }
 
