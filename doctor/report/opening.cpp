@@ -33,14 +33,7 @@ void PutVerdict(Page& page, const Verdict& verdict) {
   }
 }
 
-// A mark and its colour.
-struct ShownMark {
-  Mark value;
-  std::string_view code;
-  Paint paint;
-};
-
-constexpr auto kShownMarks = std::to_array<ShownMark>({
+constexpr auto kShownMarks = std::to_array<Shown<Mark>>({
     {Mark::kOk, "ok", Paint::kGood},
     {Mark::kNo, "no", Paint::kBad},
     {Mark::kNotReached, "--", Paint::kFaint},
@@ -48,9 +41,9 @@ constexpr auto kShownMarks = std::to_array<ShownMark>({
 static_assert(IsComplete(kShownMarks, Mark::kNotReached));
 
 void PutSummary(Page& page, const std::vector<StationSummary>& summary) {
-  std::vector<std::vector<Cell>> rows;
+  Rows rows;
   for (const StationSummary& station : summary) {
-    const ShownMark& mark = RowOf(kShownMarks, station.mark);
+    const Shown<Mark>& mark = RowOf(kShownMarks, station.mark);
     std::string words = station.words;
     words.append(words.empty() || station.codes.empty() ? "" : "  ").append(station.codes);
     rows.push_back({{std::string(mark.code), mark.paint}, {std::string(station.name)}, {words}});

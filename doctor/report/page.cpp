@@ -42,8 +42,7 @@ std::size_t BytesOf(std::string_view text, std::size_t columns) {
 }
 
 // The last column takes what the others leave.
-std::vector<std::size_t> ColumnWidths(const std::vector<std::vector<Cell>>& rows, std::size_t indent,
-                                      std::size_t page) {
+std::vector<std::size_t> ColumnWidths(const Rows& rows, std::size_t indent, std::size_t page) {
   const std::size_t widest = std::min(kWidestColumn, page * kWidestColumn / kPageWidth);
   std::vector<std::size_t> widths(rows.front().size());
   std::size_t used = indent;
@@ -130,7 +129,7 @@ void Page::Line(const std::string& text, std::size_t indent) {
   text_ += '\n';
 }
 
-void Page::Table(const std::vector<std::vector<Cell>>& rows, std::size_t indent) {
+void Page::Table(const Rows& rows, std::size_t indent) {
   if (rows.empty()) {
     return;
   }

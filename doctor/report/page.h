@@ -23,6 +23,16 @@ struct Cell {
   Paint paint = Paint::kPlain;
 };
 
+using Rows = std::vector<std::vector<Cell>>;
+
+/// What a value is called in a table, and its colour.
+template <typename Value>
+struct Shown {
+  Value value;
+  std::string_view code;
+  Paint paint;
+};
+
 /// Collects a page. All texts must be printable (see text.h).
 class Page {
  public:
@@ -40,7 +50,7 @@ class Page {
 
   /// Rows of equally many cells, the columns aligned; what does not fit its column is broken between words. Where a
   /// word does not fit, what is right of it goes on below.
-  void Table(const std::vector<std::vector<Cell>>& rows, std::size_t indent);
+  void Table(const Rows& rows, std::size_t indent);
 
   const std::string& Text() const { return text_; }
 

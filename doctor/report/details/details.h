@@ -3,21 +3,10 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "doctor/report/page.h"
 
 namespace doctor {
-
-using Rows = std::vector<std::vector<Cell>>;
-
-/// What a value is called in a table, and its colour.
-template <typename Value>
-struct Shown {
-  Value value;
-  std::string_view code;
-  Paint paint;
-};
 
 /// The bytes in quotes; of long ones the beginning, and how many more there are.
 std::string Shortened(std::string_view bytes);

@@ -10,24 +10,17 @@
 namespace doctor {
 namespace {
 
-// What a place has, in words.
-struct RootWords {
-  RootState value;
-  std::string_view code;
-  Paint paint;
-};
-
-constexpr auto kRootWords = std::to_array<RootWords>({
+constexpr auto kShownRoots = std::to_array<Shown<RootState>>({
     {RootState::kNothing, "no host", Paint::kFaint},
     {RootState::kNoVersion, "no version that fits", Paint::kFaint},
     {RootState::kRefused, "{version}, refused", Paint::kOdd},
     {RootState::kNotLoaded, "{version}, not loaded", Paint::kPlain},
     {RootState::kServes, "{version}, would do", Paint::kGood},
 });
-static_assert(IsComplete(kRootWords, RootState::kServes));
+static_assert(IsComplete(kShownRoots, RootState::kServes));
 
 std::vector<Cell> RowOfRoot(const OtherRoot& root) {
-  const auto& [state, words, paint] = RowOf(kRootWords, root.state);
+  const auto& [state, words, paint] = RowOf(kShownRoots, root.state);
   const std::string found = Filled(words, {{"version", Printable(root.version)}});
   const std::string& by = root.place.named_by;
   return {{Printable(root.place.folder)},
