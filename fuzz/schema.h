@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <string>
@@ -63,10 +64,16 @@ class Schema {
       return !value.is_number() || (rule == "minimum" ? value >= wanted : value <= wanted);
     }
     if (rule == "pattern") {
-      return !value.is_string() || std::regex_search(value.get<std::string>(), std::regex(wanted.get<std::string>()));
+      return !value.is_string() || std::regex_search(value.get<std::string>(), Compiled(wanted));
     }
     Require(rule == "$schema" || rule == "$defs" || rule == "title" || rule == "description");
     return true;
+  }
+
+  // Each is compiled once, which takes longer than to use it.
+  static const std::regex& Compiled(const std::string& pattern) {
+    static std::map<std::string, std::regex> compiled;
+    return compiled.try_emplace(pattern, pattern).first->second;
   }
 
   static bool IsA(const std::string& type, const json& value) {
