@@ -17,18 +17,22 @@
 namespace {
 
 bool has_reasons = true;
-// Looked up before any test, as that forgets the reason of what failed before.
-const auto real_dlerror = reinterpret_cast<char* (*)()>(::dlsym(RTLD_NEXT, "dlerror"));
+using LoaderErrorFunction = char* (*)();
+
+LoaderErrorFunction RealLoaderError() {
+  static const auto real = reinterpret_cast<LoaderErrorFunction>(::dlsym(RTLD_NEXT, "dlerror"));
+  return real;
+}
+
+// Looked up before there is an error, which the looking up would forget.
+[[maybe_unused]] const LoaderErrorFunction looked_up_early = RealLoaderError();
 
 }  // namespace
 
 // In place of the C library's: a dynamic loader without words.
 extern "C" char* dlerror() noexcept {
   static char none[] = "";
-  if (real_dlerror == nullptr) {
-    return nullptr;  // A sanitizer asks before anything is initialized.
-  }
-  return has_reasons ? real_dlerror() : none;
+  return has_reasons ? RealLoaderError()() : none;
 }
 
 namespace doctor {
