@@ -71,6 +71,7 @@ TEST(Explanation, TheNearestCodesComeInOrder) {
   using Codes = std::vector<std::string_view>;
 
   EXPECT_EQ(NearestCodes("blank-at"), (Codes{"blank-at-end", "blank-at-start", "no-root"}));
+  EXPECT_EQ(NearestCodes("broken"), (Codes{"broken-file", "host-file-broken", "named-file-broken"}));
   EXPECT_EQ(NearestCodes("filesize-limited"), (Codes{"file-size-limited", "data-limited", "stack-limited"}));
   EXPECT_EQ(NearestCodes("no-versions"), (Codes{"no-version", "no-version-loads", "no-root"}));
 }
