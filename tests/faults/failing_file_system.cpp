@@ -75,10 +75,12 @@ int List(const char* path, void* list, fuse_fill_dir_t fill, off_t, fuse_file_in
 }
 
 int Open(const char* path, fuse_file_info* file) {
-  const int descriptor =
-      TheDisk().Fails("open", path) ? -1 : ::openat(TheDisk().folder, Below(path).c_str(), file->flags | O_CLOEXEC);
+  if (TheDisk().Fails("open", path)) {
+    return -EIO;
+  }
+  const int descriptor = ::openat(TheDisk().folder, Below(path).c_str(), file->flags | O_CLOEXEC);
   if (descriptor < 0) {
-    return TheDisk().Fails("open", path) ? -EIO : -errno;
+    return -errno;
   }
   file->fh = static_cast<std::uint64_t>(descriptor);
   return 0;
