@@ -68,11 +68,12 @@ int RunByScript(char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (std::getenv(kInside) == nullptr && !OnlyListsTests(argc, argv) && !EntersByItself()) {
-    return RunByScript(argv);
-  }
+  const bool isInside = std::getenv(kInside) != nullptr;
   ::unsetenv(kInside);
   if (!OnlyListsTests(argc, argv)) {
+    if (!isInside && !EntersByItself()) {
+      return RunByScript(argv);
+    }
     KeepTemporaryFilesInMemory();
   }
   ::testing::InitGoogleTest(&argc, argv);
