@@ -63,16 +63,16 @@ Header At(std::string_view bytes, std::uint64_t offset) {
   return header;
 }
 
-std::vector<Elf64_Phdr> Loads(std::string_view bytes) {
+std::vector<Elf64_Phdr> Segments(std::string_view bytes, std::uint32_t type) {
   const auto header = At<Elf64_Ehdr>(bytes, 0);
-  std::vector<Elf64_Phdr> loads;
+  std::vector<Elf64_Phdr> segments;
   for (std::uint64_t i = 0; i < header.e_phnum; ++i) {
     const auto segment = At<Elf64_Phdr>(bytes, header.e_phoff + i * sizeof(Elf64_Phdr));
-    if (segment.p_type == PT_LOAD) {
-      loads.push_back(segment);
+    if (segment.p_type == type) {
+      segments.push_back(segment);
     }
   }
-  return loads;
+  return segments;
 }
 
 template <std::size_t kCount>
@@ -141,24 +141,43 @@ class Server {
   int answer_ = -1;
 };
 
-// Whether a segment's pages leave the range that the dynamic loader reserves, which is from the first segment to the
-// last, or wrap around the last address: it maps them all the same, over whatever is there.
-bool LeavesItsAddresses(const std::vector<Elf64_Phdr>& loads) {
-  const std::uint64_t base = loads.front().p_vaddr / kPage * kPage;
-  const std::uint64_t end = (loads.back().p_vaddr + loads.back().p_memsz - base + kPage - 1) / kPage * kPage;
+// The range that the dynamic loader reserves, from the page of the first segment to the end of the last.
+struct Range {
+  explicit Range(const std::vector<Elf64_Phdr>& loads)
+      : base(loads.front().p_vaddr / kPage * kPage),
+        end((loads.back().p_vaddr + loads.back().p_memsz - base + kPage - 1) / kPage * kPage) {}
+
+  std::uint64_t base;
+  std::uint64_t end;  // Counted from the base.
+};
+
+// Whether a segment's pages leave the range or wrap around the last address: the dynamic loader maps them all the same,
+// over whatever is there.
+bool LeavesItsAddresses(const std::vector<Elf64_Phdr>& loads, const Range& range) {
   return std::ranges::any_of(loads, [&](const Elf64_Phdr& load) {
     const std::uint64_t length = std::max(load.p_filesz, load.p_memsz);
-    const std::uint64_t position = load.p_vaddr - base;
-    return position > end || length > end - position || load.p_vaddr < base || load.p_vaddr + length + kPage < length;
+    const std::uint64_t position = load.p_vaddr - range.base;
+    return position > range.end || length > range.end - position || load.p_vaddr < range.base ||
+           load.p_vaddr + length + kPage < length;
   });
 }
 
-// The damages that the dynamic loader may be lucky with: segments outside of the library's own addresses, and ones that
-// the file does not hold to their end, as long as nothing touches what is missing.
+// Whether the dynamic section, the last of several, stands outside of the range, where the dynamic loader reads what
+// something else has there.
+bool IsDynamicElsewhere(std::string_view bytes, const Range& range) {
+  const auto sections = Segments(bytes, PT_DYNAMIC);
+  return !sections.empty() && sections.back().p_vaddr - range.base >= range.end;
+}
+
+// The damages that the dynamic loader may be lucky with: segments or a dynamic section outside of the library's own
+// addresses, and segments that the file does not hold to their end, as long as nothing touches what is missing.
 bool IsRefusedOnPurpose(std::string_view bytes, const ElfFinding& finding) {
-  const auto loads = Loads(bytes);
+  const auto loads = Segments(bytes, PT_LOAD);
   if (finding.verdict == ElfVerdict::kMalformed) {
-    return !loads.empty() && LeavesItsAddresses(loads);
+    const auto isElsewhere = [&](const Range& range) {
+      return LeavesItsAddresses(loads, range) || IsDynamicElsewhere(bytes, range);
+    };
+    return !loads.empty() && isElsewhere(Range(loads));
   }
   return finding.verdict == ElfVerdict::kCutShort && std::ranges::any_of(loads, [&](const Elf64_Phdr& load) {
            return load.p_filesz != 0 && (load.p_offset > bytes.size() || load.p_filesz > bytes.size() - load.p_offset);
