@@ -33,6 +33,7 @@ constexpr auto kOptionWords = std::to_array<OptionWords>({
     {"--json", "takes no value"},
     {"--verbose", "takes no value"},
     {"--no-probe", "takes no value"},
+    {"--version", "takes no value"},
     {"--log", "takes a file to write to"},
     {"--report", "takes a file to write to"},
     {"--settings", "takes a file"},

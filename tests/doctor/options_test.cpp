@@ -89,7 +89,7 @@ TEST(DoctorOptions, WrongUsageIsRefusedInWordsThatSayWhatIsTaken) {
       {{"--color=--root"}, "--color takes auto, always or never"},
       {{"--no-probe", "--log", "a.log"}, "--no-probe loads nothing that --log could be the log of"},
       {{"--json=maybe"}, "--json takes no value"},
-      {{"--version=maybe"}, "Could not convert: --version = maybe"},
+      {{"--version=maybe"}, "--version takes no value"},
       {{"--time-limit"}, "--time-limit takes a number of seconds above 0"},
       {{"--time-limit", "0"}, "--time-limit takes a number of seconds above 0"},
       {{"--root", ""}, "--root takes a path in UTF-8"},
