@@ -132,7 +132,9 @@ class Server {
   // How opening the file ends: 'l' it loads, 'r' it is refused, 'b' a bus error, 'd' another death.
   char Ask() const {
     char answer = '?';
-    Require(::write(question_, &answer, 1) == 1 && ::read(answer_, &answer, 1) == 1);
+    Require(::write(question_, &answer, 1) == 1);
+    // The fuzzer's timer interrupts the waiting every ten minutes.
+    Require(TEMP_FAILURE_RETRY(::read(answer_, &answer, 1)) == 1);
     return answer;
   }
 
