@@ -260,12 +260,12 @@ TEST(JsonReport, BytesThatAreNotUtf8AreThereExactlyAsWell) {
   Diagnosis diagnosis = Empty();
   diagnosis.settings.path = "/a\xff";
   diagnosis.environment.variables.resize(2);
-  diagnosis.environment.variables[1].now = "\xe9";
+  diagnosis.environment.variables[1].now = "\x01\x23\x45\x67\x89\xab\xcd\xef";
 
   const json report = Parsed(diagnosis);
 
   EXPECT_EQ(report["inexact"], json::parse(R"([{"place": "/settings/path", "bytes": "2f61ff"},
-                                               {"place": "/environment/variables/1/now", "bytes": "e9"}])"));
+                                               {"place": "/environment/variables/1/now", "bytes": "0123456789abcdef"}])"));
   EXPECT_EQ(report.at(json::json_pointer("/settings/path")), "/a\uFFFD");
   EXPECT_EQ(Parsed(Empty())["inexact"], json::array());
 }
