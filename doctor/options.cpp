@@ -16,11 +16,12 @@ namespace doctor {
 namespace {
 
 constexpr const char* kDescription =
-    "Reports why a launch of the product's managed application fails, or that it does not: where the launcher looks, "
-    "what it finds, and why it refuses it. Runs nothing of the application and changes nothing.";
+    "Reports why a launch of the product's managed application fails, or that it does not: where the\n"
+    "launcher looks, what it finds, and why it refuses it. Runs nothing of the application and changes\n"
+    "nothing.";
 
 constexpr const char* kFooter =
-    "Exit status: 0 a launch would run the application, 1 it would not, 2 wrong usage, 3 not known: the "
+    "Exit status: 0 a launch would run the application, 1 it would not, 2 wrong usage, 3 not known: the\n"
     "doctor itself could not work, or what it tried did not finish in time. Warnings alone keep 0.";
 
 // What is said to those who gave an option something else.

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <sstream>
+#include <string>
 #include <vector>
 
 #include "doctor/version.h"
@@ -114,6 +116,25 @@ TEST(DoctorOptions, HelpNamesEveryOptionAndFitsThePage) {
         "--no-probe", "--time-limit SECONDS", "--color WHEN", "--version", "--help", "Exit status: 0 "}) {
     EXPECT_NE(help.text.find(name), std::string::npos) << name << " in:\n" << help.text;
   }
+  std::istringstream lines(help.text);
+  for (std::string line; std::getline(lines, line);) {
+    EXPECT_LE(line.size(), 100U) << line;
+  }
+}
+
+TEST(DoctorOptions, HelpBeginsWithWhatTheDoctorDoesAndEndsWithItsExitStatuses) {
+  const auto answer = Parse({"--help"});
+
+  const std::string& help = std::get<Refusal>(answer).text;
+  EXPECT_TRUE(help.starts_with(
+      "Reports why a launch of the product's managed application fails, or that it does not: where the\n"
+      "launcher looks, what it finds, and why it refuses it. Runs nothing of the application and changes\n"
+      "nothing.\n"))
+      << help;
+  EXPECT_TRUE(help.ends_with(
+      "\nExit status: 0 a launch would run the application, 1 it would not, 2 wrong usage, 3 not known: the\n"
+      "doctor itself could not work, or what it tried did not finish in time. Warnings alone keep 0.\n"))
+      << help;
 }
 
 TEST(DoctorOptions, VersionIsTheProjects) {
