@@ -25,7 +25,7 @@ void PutStart(Page& page, const std::optional<StartReport>& start) {
     page.Paragraph("not tried: there is nothing to start it for", kIndent, Paint::kFaint);
     return;
   }
-  const Paint paint = start->probe.HasStarted() ? Paint::kGood : start->probe.was_tried ? Paint::kBad : Paint::kOdd;
+  const Paint paint = start->probe.HasStarted() ? Paint::kGood : start->probe.HasFailed() ? Paint::kBad : Paint::kOdd;
   Rows rows = {{{"runtime"}, {StartWords(start->probe), paint}}};
   for (const BrokenFile& file : start->broken) {
     if (rows.size() < kLongestList) {

@@ -4,6 +4,9 @@
 
 #include <cerrno>
 #include <sstream>
+#include <string>
+#include <string_view>
+#include <utility>
 
 #include "doctor/judge/words/text.h"
 #include "doctor/report/page.h"
@@ -202,6 +205,20 @@ TEST(TextReport, TheHostsWordsAreShownLineByLine) {
   EXPECT_NE(usable.find("created and closed: 0x00000000 Success"), std::string::npos) << usable;
 }
 
+// A coloured report, as "bad{text}" what is red, and so on.
+std::string Marked(const Diagnosis& diagnosis) {
+  constexpr std::pair<std::string_view, std::string_view> kColors[] = {{"\033[1m", "strong{"}, {"\033[32m", "good{"},
+                                                                       {"\033[31m", "bad{"},   {"\033[33m", "odd{"},
+                                                                       {"\033[2m", "faint{"},  {"\033[0m", "}"}};
+  std::string text = TextReport(diagnosis, {.colored = true, .verbose = true});
+  for (const auto& [color, mark] : kColors) {
+    for (auto at = text.find(color); at != std::string::npos; at = text.find(color, at)) {
+      text.replace(at, color.size(), mark);
+    }
+  }
+  return text;
+}
+
 // What the details of a diagnosis say of one thing.
 struct Said {
   const char* words;
@@ -210,40 +227,44 @@ struct Said {
 
 // The parts in their order: settings, runtime, application, the runtime's start.
 const Said kSaid[] = {
-    {"  cannot be read: Permission denied\n",
+    {"  bad{cannot be read: Permission denied}\n",
      [](Diagnosis& diagnosis) {
        diagnosis.settings.end = SettingsEnd::kUnreadable;
        diagnosis.settings.reason = "Permission denied";
      }},
-    {"  is a pipe\n", [](Diagnosis& diagnosis) { diagnosis.settings.end = SettingsEnd::kNeverEnds; }},
-    {"  holds no line\n", [](Diagnosis& diagnosis) { diagnosis.settings.end = SettingsEnd::kNoRoot; }},
-    {"  line 3  used  'DotnetRootFolder' = '/r'\n",
+    {"  bad{is a pipe}\n", [](Diagnosis& diagnosis) { diagnosis.settings.end = SettingsEnd::kNeverEnds; }},
+    {"  odd{holds no line}\n", [](Diagnosis& diagnosis) { diagnosis.settings.end = SettingsEnd::kNoRoot; }},
+    {"  line 3  good{used}  'DotnetRootFolder' = '/r'\n",
      [](Diagnosis& diagnosis) {
        diagnosis.settings.entries = {{3, "DotnetRootFolder", "/r", LineUse::kUsed}};
      }},
-    {"  line 3  not used  'a' = (hidden)\n",
+    {"  line 3  faint{not used}  'a' = (hidden)\n",
      [](Diagnosis& diagnosis) {
        diagnosis.settings.entries = {{3, "a", "b", LineUse::kUnused}};
      }},
-    {"  line 3  replaced by line 9  ",
+    {"  line 3  odd{replaced by line 9}  ",
      [](Diagnosis& diagnosis) {
        diagnosis.settings.entries = {{3, "a", "b", LineUse::kReplaced, 9}};
      }},
-    {"  line 3  skipped: it sets nothing  (hidden)\n",
+    {"  line 3  faint{skipped: it sets nothing}  (hidden)\n",
      [](Diagnosis& diagnosis) {
        diagnosis.settings.entries = {{3, "", "b", LineUse::kSkipped}};
      }},
-    {"  line 3  not UTF-8: a launch aborts here  ",
+    {"  line 3  bad{not UTF-8: a launch aborts here}  ",
      [](Diagnosis& diagnosis) {
        diagnosis.settings.entries = {{3, "a", "\xff", LineUse::kMalformed}};
      }},
-    {"\n2. Runtime\n  not looked for: no runtime root is known\n", [](Diagnosis&) {}},
-    {"  holds no version\n", [](Diagnosis& diagnosis) { diagnosis.runtime.emplace(); }},
-    {"  (not UTF-8)  refused\n",
+    {"\nstrong{2. Runtime}\n  faint{not looked for: no runtime root is known}\n", [](Diagnosis&) {}},
+    {"  bad{holds no version}\n", [](Diagnosis& diagnosis) { diagnosis.runtime.emplace(); }},
+    {"  (not UTF-8)  odd{refused}\n",
      [](Diagnosis& diagnosis) {
        diagnosis.runtime.emplace().versions = {{"", u"/a.so", true, Standing::kRefused}};
      }},
-    {"  6.0.1  chosen\n",
+    {"  x  faint{refused}\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.runtime.emplace().versions = {{"x", u"/x/libhostfxr.so", false, Standing::kRefused}};
+     }},
+    {"  6.0.1  good{chosen}\n",
      [](Diagnosis& diagnosis) {
        diagnosis.runtime.emplace().versions = {{"6.0.1", u"/a.so", true, Standing::kChosen}};
      }},
@@ -251,15 +272,15 @@ const Said kSaid[] = {
      [](Diagnosis& diagnosis) {
        diagnosis.runtime.emplace().versions = {{"6.0.1", u"/a.so", true, Standing::kNotLoaded}};
      }},
-    {"  6.0.1  fatal\n",
+    {"  6.0.1  bad{fatal}\n",
      [](Diagnosis& diagnosis) {
        diagnosis.runtime.emplace().versions = {{"6.0.1", u"/a.so", true, Standing::kFatal}};
      }},
-    {"  6.0.1  not known\n",
+    {"  6.0.1  bad{not known}\n",
      [](Diagnosis& diagnosis) {
        diagnosis.runtime.emplace().versions = {{"6.0.1", u"/a.so", true, Standing::kNotKnown}};
      }},
-    {"  A  removed  now not set\n",
+    {"  A  removed  faint{now not set}\n",
      [](Diagnosis& diagnosis) {
        diagnosis.environment.variables = {{"A", {}, {}}};
      }},
@@ -271,61 +292,73 @@ const Said kSaid[] = {
      [](Diagnosis& diagnosis) {
        diagnosis.environment.obeyed = {{"DOTNET_Secret", "x"}};
      }},
-    {"  assembly            present\n",
+    {"  assembly            good{present}\n",
      [](Diagnosis& diagnosis) {
        diagnosis.application.assembly_file = {"/a.dll", FileState::kPresent};
      }},
-    {"  assembly            missing\n",
+    {"  assembly            bad{missing}\n",
      [](Diagnosis& diagnosis) {
        diagnosis.application.assembly_file = {"/a.dll", FileState::kMissing, ENOENT};
      }},
-    {"  runtimeconfig.json  unreadable: Permission denied\n",
+    {"  runtimeconfig.json  bad{unreadable: Permission denied}\n",
      [](Diagnosis& diagnosis) {
        diagnosis.application.runtime_config = {"/a", FileState::kUnreadable, EACCES};
      }},
-    {"  deps.json           malformed: it does not hold a JSON object\n",
+    {"  deps.json           odd{malformed: it does not hold a JSON object}\n",
      [](Diagnosis& diagnosis) {
        diagnosis.application.dependencies = {"/a", FileState::kMalformed};
      }},
-    {"  Some.App 6.0.0      needed; not looked for, as no runtime root is known\n",
+    {"  Some.App 6.0.0      faint{needed; not looked for, as no runtime root is known}\n",
      [](Diagnosis& diagnosis) {
        diagnosis.application.frameworks = {{"Some.App", "6.0.0"}};
      }},
-    {"  Some.App 6.0.0      needed; 6.0.9 is taken\n",
+    {"  Some.App 6.0.0      good{needed; 6.0.9 is taken}\n",
      [](Diagnosis& diagnosis) {
        diagnosis.application.frameworks = {{"Some.App", "6.0.0", RollForward::kMinor, "", true, {}, "6.0.9"}};
      }},
-    {"  Some.App 6.0.0      needed, and not there\n",
+    {"  Some.App 6.0.0      bad{needed, and not there}\n",
      [](Diagnosis& diagnosis) {
        diagnosis.application.frameworks = {{"Some.App", "6.0.0", RollForward::kMinor, "", false}};
      }},
-    {"  context             was not created in time\n",
+    {"  context             bad{was not created in time}\n",
      [](Diagnosis& diagnosis) { diagnosis.application.context.emplace().child.end = ChildEnd::kTimedOut; }},
-    {"  context             was not created\n",
+    {"  context             bad{was not created}\n",
      [](Diagnosis& diagnosis) { diagnosis.application.context.emplace().child.end = ChildEnd::kCrashed; }},
-    {"  not tried: there is nothing to start it for\n", [](Diagnosis&) {}},
-    {"  runtime  did not start in time\n",
+    {"  context             good{created and closed: 0x00000000 Success}\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.application.context = {{ChildEnd::kFinished}, 0, true};
+     }},
+    {"  faint{not tried: there is nothing to start it for}\n", [](Diagnosis&) {}},
+    {"  runtime  bad{did not start in time}\n",
      [](Diagnosis& diagnosis) { diagnosis.start.emplace().probe.child.end = ChildEnd::kTimedOut; }},
-    {"  runtime  ended the process\n",
+    {"  runtime  bad{ended the process}\n",
      [](Diagnosis& diagnosis) { diagnosis.start.emplace().probe.child.end = ChildEnd::kCrashed; }},
-    {"  runtime  was not tried\n",
+    {"  runtime  odd{was not tried}\n",
      [](Diagnosis& diagnosis) { diagnosis.start.emplace().probe.child.end = ChildEnd::kFinished; }},
-    {"  runtime  starts\n",
+    {"  runtime  good{starts}\n",
      [](Diagnosis& diagnosis) {
        diagnosis.start.emplace().probe = {{ChildEnd::kFinished}, true};
      }},
-    {"  runtime  does not start: 0x00000007\n  It says:\n    out\n    words\n",
+    {"  /a.so    bad{gone}\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.start.emplace().broken = {{.path = "/a.so", .need = Need::kStart, .detail = "gone"}};
+     }},
+    {"  /a.so    odd{gone}\n",
+     [](Diagnosis& diagnosis) {
+       diagnosis.start.emplace().broken = {{.path = "/a.so", .need = Need::kLater, .detail = "gone"}};
+     }},
+    {"  runtime  bad{does not start: 0x00000007}\n  It says:\n    out\n    words\n",
      [](Diagnosis& diagnosis) {
        diagnosis.start.emplace().probe = {{ChildEnd::kFinished, 0, {}, {}, "out\n"}, true, 7, "words"};
      }},
 };
 
-TEST(TextReport, EachStateOfAPartHasItsWords) {
+TEST(TextReport, EachStateOfAPartHasItsWordsAndItsColour) {
   for (const auto& [words, lay] : kSaid) {
     Diagnosis diagnosis;
     lay(diagnosis);
 
-    const std::string text = TextReport(diagnosis, {false, true});
+    const std::string text = Marked(diagnosis);
 
     EXPECT_NE(text.find(words), std::string::npos) << words << text;
   }
@@ -341,16 +374,16 @@ TEST(TextReport, OtherPlacesOfDotnetAreListedAndEmptyOnesNamedInOneLine) {
                            {{"/good", "DOTNET_ROOT"}, RootState::kServes, "6.0.4", true},
                            {{"/void", ""}, RootState::kNothing}};
 
-  const std::string all = TextReport(diagnosis, {});
+  const std::string all = Marked(diagnosis);
   diagnosis.other_roots.resize(1);
-  const std::string meant = TextReport(diagnosis, {});
+  const std::string meant = Marked(diagnosis);
 
-  EXPECT_NE(all.find("\nOther places of .NET\n"
-                     "  /old      no version that fits\n"
-                     "  /bad      6.0.2, refused\n"
+  EXPECT_NE(all.find("\nstrong{Other places of .NET}\n"
+                     "  /old      faint{no version that fits}\n"
+                     "  /bad      odd{6.0.2, refused}\n"
                      "  /unasked  6.0.3, not loaded\n"
-                     "  /good     6.0.4, would do, with frameworks  named by DOTNET_ROOT\n"
-                     "  nothing in /none, /void\n"),
+                     "  /good     good{6.0.4, would do, with frameworks}  faint{named by DOTNET_ROOT}\n"
+                     "  faint{nothing in /none, /void}\n"),
             std::string::npos)
       << all;
   EXPECT_EQ(meant.find("Other places"), std::string::npos) << meant;
