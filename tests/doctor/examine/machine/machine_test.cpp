@@ -2,6 +2,8 @@
 
 #include <grp.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -14,6 +16,7 @@
 
 #include "doctor/child/child.h"
 #include "tests/support/scoped_environment.h"
+#include "tests/support/temp_folder.h"
 
 namespace doctor {
 namespace {
@@ -51,6 +54,33 @@ TEST(Machine, HasANameAKernelAndACLibrary) {
   EXPECT_NE(machine.host, "");
   EXPECT_TRUE(machine.kernel.starts_with("Linux ")) << machine.kernel;
   EXPECT_TRUE(machine.c_library.starts_with("glibc 2.")) << machine.c_library;
+}
+
+// What the machine calls itself with these lines in /etc/os-release; "none" where it cannot be laid out.
+std::string SystemOf(const std::string& lines) {
+  const auto lookAround = [&]() -> Answer {
+    const tests::TempFolder folder;
+    tests::WriteFile(folder / "os-release", lines);
+    if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        ::mount((folder / "os-release").c_str(), "/etc/os-release", nullptr, MS_BIND, nullptr) != 0) {
+      return {"none"};
+    }
+    return {LookAtMachine().system};
+  };
+  return RunInChild(lookAround, std::chrono::seconds(60)).answer.at(0);
+}
+
+TEST(Machine, ItsSystemIsItsNameAndVersionWithoutQuotesAndWhatEveryNameHas) {
+  if (SystemOf("") == "none") {
+    GTEST_SKIP() << "no file can be mounted here";
+  }
+
+  EXPECT_EQ(SystemOf("PRETTY_NAME=\"Debian GNU/Linux 12\"\nNAME=\"Debian GNU/Linux\"\nVERSION_ID=\"12\"\n"),
+            "Debian 12");
+  EXPECT_EQ(SystemOf("VERSION_ID=39\nVERSION=\"39 (Workstation)\"\nNAME=Fedora\n"), "Fedora 39");
+  EXPECT_EQ(SystemOf("NAME=\"Arch Linux\"\n"), "Arch Linux");
+  EXPECT_EQ(SystemOf("NAME=\"\nVERSION_ID=\"\"\n"), "\"") << "one quote quotes nothing";
+  EXPECT_EQ(SystemOf("ID=none\n"), "");
 }
 
 TEST(Machine, ItsTimeHasTheDistanceFromGreenwich) {
