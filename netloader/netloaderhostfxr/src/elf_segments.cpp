@@ -98,7 +98,8 @@ ElfFinding CheckSegments(const ProgramHeaders& loads, const Reservation& reserva
 }
 
 // The dynamic loader reads the dynamic section from memory as soon as the segments are mapped.
-ElfFinding CheckDynamicSection(const Elf64_Phdr& dynamic, const ProgramHeaders& loads, const Reservation& reservation) {
+ElfFinding CheckDynamicSection(const Elf64_Phdr& dynamic, const ProgramHeaders& loads, const Reservation& reservation,
+                               std::uint64_t size) {
   // Pages that two segments share are the later one's.
   const auto home = std::find_if(loads.rbegin(), loads.rend(), [&](const Elf64_Phdr& load) {
     return reservation.StandsInPagesOf(load, dynamic.p_vaddr);
@@ -113,7 +114,8 @@ ElfFinding CheckDynamicSection(const Elf64_Phdr& dynamic, const ProgramHeaders& 
   if (dynamic.p_vaddr % alignof(Elf64_Dyn) != 0) {
     return Malformed("a dynamic section whose address is not a multiple of 8");
   }
-  return Loadable();
+  // The page of a segment without bytes of its own may be one that the file does not have; nothing else needs it.
+  return CheckRange(PageStart(home->p_offset), 1, size);
 }
 
 }  // namespace
@@ -141,7 +143,7 @@ ElfFinding CheckProgramHeaders(const ProgramHeaders& headers, std::uint64_t size
   // Of several the dynamic loader takes the last.
   const auto dynamic =
       std::find_if(headers.rbegin(), headers.rend(), [](const auto& each) { return each.p_type == PT_DYNAMIC; });
-  return dynamic != headers.rend() ? CheckDynamicSection(*dynamic, loads, reservation) : Loadable();
+  return dynamic != headers.rend() ? CheckDynamicSection(*dynamic, loads, reservation, size) : Loadable();
 }
 
 }  // namespace netloader

@@ -377,6 +377,22 @@ TEST(ElfCheckSegments, ASegmentOfZerosThatStartsInAPageBeyondTheEndOfTheFileMean
   }
 }
 
+// The page of a segment without bytes of its own may be one that the file does not have.
+TEST(ElfCheckSegments, ADynamicSectionInAPageBeyondTheEndOfTheFileMeansThatItIsCutShort) {
+  Spoilt library;
+  constexpr std::uint64_t kBeyond = std::uint64_t{1} << 40;
+  Elf64_Phdr empty = EmptySegment(library, kBeyond + 16);
+  empty.p_vaddr += 16;
+  library.Set(library.Find(PT_GNU_STACK).front(), empty);
+  ASSERT_EQ(library.Check().verdict, ElfVerdict::kLoadable);
+  ASSERT_EQ(library.AskLoader(), LoaderVerdict::kLoads);
+
+  library.Set(library.Dynamic(), &Elf64_Phdr::p_vaddr, empty.p_vaddr);
+
+  EXPECT_EQ(library.Check().detail, CutShort(kBeyond + 1, library.Size()));
+  EXPECT_EQ(library.AskLoader(), LoaderVerdict::kCrashes);
+}
+
 // Of the header and of every program header, at their places in the file.
 std::vector<ElfField> EveryField(const ElfImage& library) {
   std::vector<ElfField> fields(tests::kElfHeaderFields.begin(), tests::kElfHeaderFields.end());
