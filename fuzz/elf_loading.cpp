@@ -171,18 +171,27 @@ bool IsDynamicElsewhere(std::string_view bytes, const Range& range) {
   return !sections.empty() && sections.back().p_vaddr - range.base >= range.end;
 }
 
+// Whether an empty segment has the page in which it begins mapped from behind the file's end.
+bool IsEmptyBeyond(const Elf64_Phdr& load, std::uint64_t size) {
+  return load.p_filesz == 0 && load.p_vaddr % kPage != 0 && load.p_offset / kPage * kPage >= size;
+}
+
+bool IsCutShort(const Elf64_Phdr& load, std::uint64_t size) {
+  return load.p_filesz != 0 && (load.p_offset > size || load.p_filesz > size - load.p_offset);
+}
+
 // The damages that the dynamic loader may be lucky with: segments or a dynamic section outside of the library's own
 // addresses, and segments that the file does not hold to their end, as long as nothing touches what is missing.
 bool IsRefusedOnPurpose(std::string_view bytes, const ElfFinding& finding) {
   const auto loads = Segments(bytes, PT_LOAD);
-  if (finding.verdict == ElfVerdict::kMalformed) {
-    const auto isElsewhere = [&](const Range& range) {
-      return LeavesItsAddresses(loads, range) || IsDynamicElsewhere(bytes, range);
-    };
-    return !loads.empty() && isElsewhere(Range(loads));
+  if (finding.detail == "a segment outside the library's own addresses") {
+    return LeavesItsAddresses(loads, Range(loads));
+  }
+  if (finding.detail == "a dynamic section outside the loadable segments") {
+    return IsDynamicElsewhere(bytes, Range(loads));
   }
   return finding.verdict == ElfVerdict::kCutShort && std::ranges::any_of(loads, [&](const Elf64_Phdr& load) {
-           return load.p_filesz != 0 && (load.p_offset > bytes.size() || load.p_filesz > bytes.size() - load.p_offset);
+           return IsCutShort(load, bytes.size()) || IsEmptyBeyond(load, bytes.size());
          });
 }
 

@@ -21,12 +21,13 @@ struct ElfFinding {
 };
 
 /// Determines whether the file's ELF header and program headers let the dynamic loader map it without touching pages
-/// that are not there, which would end the process. What a linker makes passes, at whatever address it was linked.
-/// Three damages are refused although the dynamic loader may be lucky with them: segments out of order, so that one
-/// lies outside of the range from the first to the last; a dynamic section outside of it, where another library's bytes
-/// may pass for one; and a file cut where nothing is touched while it is loaded, such as within the last page of a
-/// segment. Opens the file once, without ever waiting, reads at most twice, maps nothing. It does not see damage behind
-/// the headers.
+/// that are not there, which would end the process. What a linker makes passes, at whatever address it was linked. Some
+/// damages are refused although the dynamic loader may be lucky with them: segments out of order, so that one lies
+/// outside of the range from the first to the last; a dynamic section outside of it, where another library's bytes may
+/// pass for one; an empty segment in a page that the file does not have, as long as nothing else stands there; and a
+/// file cut where nothing is touched while it is loaded, such as within the last page of a segment. Opens the file
+/// once, without ever waiting, reads at most twice, maps nothing. It does not see damage behind the headers, nor where
+/// those point that describe neither a segment to load nor the dynamic section, such as PT_PHDR and PT_GNU_PROPERTY.
 ElfFinding CheckElf(const char* path);
 
 }  // namespace netloader

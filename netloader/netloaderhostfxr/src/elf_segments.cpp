@@ -42,8 +42,9 @@ class Reservation {
     return FirstPage(load) <= size_ && PagesEnd(load) <= size_ && (!HasZeros(load) || ZerosEnd(load) <= size_);
   }
 
-  // Whether zeros follow the segment's bytes. The dynamic loader writes none if they end, at the address that the
-  // library has in the end, before they start: a negative position does.
+  // Whether zeros follow the segment's bytes. If they end at a negative position, that is, at the address that the
+  // library has in the end, before they start or behind all addresses, the dynamic loader maps none, or refuses the
+  // file.
   bool HasZeros(const Elf64_Phdr& load) const {
     return load.p_vaddr + load.p_memsz > load.p_vaddr + load.p_filesz && static_cast<std::int64_t>(ZerosEnd(load)) > 0;
   }
@@ -75,19 +76,19 @@ bool IsLeftUnmapped(const Elf64_Phdr& load) {
   return PageEnd(load.p_vaddr + load.p_filesz) < PageStart(load.p_vaddr);
 }
 
-// Touching a page of which the file has no byte is a bus error. A segment without bytes of its own needs none, unless
-// it begins inside of a page: its zeros are then written into a page of the file.
-ElfFinding CheckBytes(const Elf64_Phdr& load, const Reservation& reservation, std::uint64_t size) {
+// Touching a page of which the file has no byte is a bus error. A segment without bytes of its own that begins inside
+// of a page has that page mapped from the file nevertheless, over what was there: its zeros are written into it, and
+// the dynamic section, symbols or notes may stand in it.
+ElfFinding CheckBytes(const Elf64_Phdr& load, std::uint64_t size) {
   if (load.p_filesz != 0) {
     return CheckRange(load.p_offset, load.p_filesz, size);
   }
-  const bool hasZerosInPage = PageStart(load.p_vaddr) != load.p_vaddr && reservation.HasZeros(load);
-  return hasZerosInPage ? CheckRange(PageStart(load.p_offset), 1, size) : Loadable();
+  return PageStart(load.p_vaddr) != load.p_vaddr ? CheckRange(PageStart(load.p_offset), 1, size) : Loadable();
 }
 
 ElfFinding CheckSegments(const ProgramHeaders& loads, const Reservation& reservation, std::uint64_t size) {
   for (const Elf64_Phdr& load : loads) {
-    if (ElfFinding finding = CheckBytes(load, reservation, size); finding.verdict != ElfVerdict::kLoadable) {
+    if (ElfFinding finding = CheckBytes(load, size); finding.verdict != ElfVerdict::kLoadable) {
       return finding;
     }
     if (IsBelow(load, loads.front()) || IsLeftUnmapped(load) || !reservation.Holds(load)) {
@@ -98,8 +99,7 @@ ElfFinding CheckSegments(const ProgramHeaders& loads, const Reservation& reserva
 }
 
 // The dynamic loader reads the dynamic section from memory as soon as the segments are mapped.
-ElfFinding CheckDynamicSection(const Elf64_Phdr& dynamic, const ProgramHeaders& loads, const Reservation& reservation,
-                               std::uint64_t size) {
+ElfFinding CheckDynamicSection(const Elf64_Phdr& dynamic, const ProgramHeaders& loads, const Reservation& reservation) {
   // Pages that two segments share are the later one's.
   const auto home = std::find_if(loads.rbegin(), loads.rend(), [&](const Elf64_Phdr& load) {
     return reservation.StandsInPagesOf(load, dynamic.p_vaddr);
@@ -114,8 +114,7 @@ ElfFinding CheckDynamicSection(const Elf64_Phdr& dynamic, const ProgramHeaders& 
   if (dynamic.p_vaddr % alignof(Elf64_Dyn) != 0) {
     return Malformed("a dynamic section whose address is not a multiple of 8");
   }
-  // The page of a segment without bytes of its own may be one that the file does not have; nothing else needs it.
-  return CheckRange(PageStart(home->p_offset), 1, size);
+  return Loadable();
 }
 
 }  // namespace
@@ -143,7 +142,7 @@ ElfFinding CheckProgramHeaders(const ProgramHeaders& headers, std::uint64_t size
   // Of several the dynamic loader takes the last.
   const auto dynamic =
       std::find_if(headers.rbegin(), headers.rend(), [](const auto& each) { return each.p_type == PT_DYNAMIC; });
-  return dynamic != headers.rend() ? CheckDynamicSection(*dynamic, loads, reservation, size) : Loadable();
+  return dynamic != headers.rend() ? CheckDynamicSection(*dynamic, loads, reservation) : Loadable();
 }
 
 }  // namespace netloader
