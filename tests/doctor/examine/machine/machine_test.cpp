@@ -67,7 +67,8 @@ std::string SystemOf(const std::string& lines) {
     }
     return {LookAtMachine().system};
   };
-  return RunInChild(lookAround, std::chrono::seconds(60)).answer.at(0);
+  const Answer answer = RunInChild(lookAround, std::chrono::seconds(60)).answer;
+  return answer.empty() ? "no answer" : answer[0];
 }
 
 TEST(Machine, ItsSystemIsItsNameAndVersionWithoutQuotesAndWhatEveryNameHas) {
