@@ -31,10 +31,6 @@ struct OptionWords {
 };
 
 constexpr auto kOptionWords = std::to_array<OptionWords>({
-    {"--json", "takes no value"},
-    {"--verbose", "takes no value"},
-    {"--no-probe", "takes no value"},
-    {"--version", "takes no value"},
     {"--log", "takes a file to write to"},
     {"--report", "takes a file to write to"},
     {"--settings", "takes a file"},
@@ -44,6 +40,9 @@ constexpr auto kOptionWords = std::to_array<OptionWords>({
     {"--explain", "takes the code of a finding, or list"},
     {"--color", "takes auto, always or never"},
 });
+
+// How the library ends what it says of a flag with a value, behind the flag's name without its dashes.
+constexpr std::string_view kFlagWithValue = " was given a disallowed flag override";
 
 // Of whole or fractional seconds; empty for another text, and for less than a millisecond.
 std::optional<std::chrono::milliseconds> TimeOf(std::string_view seconds) {
@@ -80,9 +79,13 @@ std::string ReasonOf(const CLI::ParseError& error, const CLI::App& app) {
   if (dynamic_cast<const CLI::ExcludesError*>(&error) != nullptr) {
     return "--no-probe loads nothing that --log could be the log of";
   }
-  const OptionWords* concerned = ConcernedBy(error.what());
+  const std::string_view words = error.what();
+  if (words.ends_with(kFlagWithValue)) {
+    return "--" + std::string(words.substr(0, words.find(' '))) + " takes no value";
+  }
+  const OptionWords* concerned = ConcernedBy(words);
   if (concerned == nullptr) {
-    return Printable(error.what());
+    return Printable(words);
   }
   const bool isRepeated = app.get_option(std::string(concerned->name))->count() > 1;
   return std::string(concerned->name) + " " + std::string(isRepeated ? "is given twice" : concerned->takes);
@@ -103,9 +106,12 @@ std::variant<Options, Refusal> ParseOptions(int argc, const char* const* argv) {
   bool noProbe = false;
   CLI::App app(kDescription, "grellin_doctor");
   app.footer(kFooter);
-  app.set_version_flag("--version", std::string("grellin_doctor ") + kVersion);
-  app.add_flag("--json", options.json, "Write one JSON object, for machines");
-  app.add_flag("--verbose", options.verbose, "Show every part in detail, not only where something is wrong");
+  app.set_help_flag("-h,--help", "Print these words and end")->disable_flag_override();
+  app.set_version_flag("--version", std::string("grellin_doctor ") + kVersion, "Print the doctor's version and end")
+      ->disable_flag_override();
+  app.add_flag("--json", options.json, "Write one JSON object, for machines")->disable_flag_override();
+  app.add_flag("--verbose", options.verbose, "Show every part in detail, not only where something is wrong")
+      ->disable_flag_override();
   auto* log = app.add_option("--log", options.log, "Write the loader's own log of the walk to this file");
   log->option_text("FILE");
   app.add_option("--report", options.report, "Write all that support asks for to this new file")->option_text("FILE");
@@ -121,7 +127,10 @@ std::variant<Options, Refusal> ParseOptions(int argc, const char* const* argv) {
          "Wait so long for each child process, 10 seconds unless said")
       ->option_text("SECONDS")
       ->check([](const std::string& seconds) { return TimeOf(seconds) ? "" : "it must be a positive number"; }, "");
-  app.add_flag("--no-probe", noProbe, "Load nothing; excludes --log")->excludes(log)->option_text(" ");
+  app.add_flag("--no-probe", noProbe, "Load nothing; excludes --log")
+      ->excludes(log)
+      ->option_text(" ")
+      ->disable_flag_override();
   app.add_option("--user", options.user, "Ask as this user, with its rights; for root")->option_text("NAME");
   app.add_option("--explain", options.explain, "Say what the code of a finding means, and end; list has all codes")
       ->option_text("CODE");
