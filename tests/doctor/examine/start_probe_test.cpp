@@ -81,6 +81,15 @@ TEST(StartProbe, ARuntimeThatDoesNotStartIsReportedWithItsResultAndTheHostsWords
   EXPECT_EQ(TypesAskedFor(host).size(), 1U) << "the failure was the runtime's, so the other type would tell no more";
 }
 
+// A host may have much to say, or never stop; the cause comes first.
+TEST(StartProbe, OfAHostsWordsTheBeginningIsKept) {
+  constexpr std::size_t kKept = 65536;
+  StandInHost host;
+  host.Says(HostFunction::kInitialize, std::string(kKept + 1, 'i')).Says(HostFunction::kStart, "later");
+
+  EXPECT_EQ(Start(host).host_text.size(), kKept + std::string("\n").size());
+}
+
 TEST(StartProbe, AHostThatRefusesOneTypeOfFunctionIsAskedForTheOther) {
   StandInHost host;
   host.OffersOnly(5);
