@@ -304,6 +304,17 @@ TEST(DoctorExecutable, WritesAllThatSupportAsksForToANewFile) {
   EXPECT_EQ(ReadFile(folder / "report"), report);
 }
 
+TEST(DoctorExecutable, TheReportForSupportSaysWhyItHasNoLog) {
+  const TempFolder folder;
+
+  const Outcome outcome = Doctor({"--report", "report", "--no-probe"}).Folder(folder.Path()).Run();
+
+  EXPECT_EQ(outcome.err, "grellin_doctor: the report for support is in report\n");
+  EXPECT_NE(
+      ReadFile(folder / "report").find("\n==== The loader's log ====\nNot written, as nothing was to be loaded.\n"),
+      std::string::npos);
+}
+
 TEST(DoctorExecutable, ChangesNothingOnTheMachine) {
   Installation installation;
   installation.Healthy().OddHost("6.0.40", "comes_BusError").HostOfBytes("6.0.41", CutLibrary());
@@ -481,6 +492,7 @@ TEST(DoctorExecutable, ExplainsACodeWithoutLookingAtAnything) {
   EXPECT_TRUE(
       unknown.err.starts_with("grellin_doctor: there is no finding 'cut-shrot\\x1b'; the nearest ones are cut-short"))
       << unknown;
+  EXPECT_TRUE(unknown.err.ends_with("; all:  grellin_doctor --explain list\n")) << unknown;
   EXPECT_NE(list.out.find("\ncut-short\n"), std::string::npos) << list;
 }
 
