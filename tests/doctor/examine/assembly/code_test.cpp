@@ -79,6 +79,13 @@ TEST(Code, SectionsBeginAtMultiplesOfFourAndMayFollowEachOther) {
   }
 }
 
+TEST(Code, ASectionEndsWhereItSaysAlthoughNoWholeClauseFits) {
+  const std::string rest(8, '\0');
+  const std::string body = Fat(8, std::string(4, '\0')) + Section(0x81, SmallClause(0, kCaught) + rest);
+
+  EXPECT_EQ(Named(body + Section(0x81, rest) + Section(0x41, FatClause(0, kOther))), "1:7 1:8");
+}
+
 TEST(Code, ABodyThatGoesBeyondTheEndThrows) {
   const std::string body = Fat(8, std::string(4, '\0')) + Section(0x01, SmallClause(0, kCaught));
   for (std::size_t size = 0; size < body.size(); ++size) {

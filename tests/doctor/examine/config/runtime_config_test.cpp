@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "doctor/judge/words/names.h"
+#include "tests/support/scoped_environment.h"
 #include "tests/support/temp_folder.h"
 
 namespace doctor {
@@ -67,6 +68,20 @@ TEST(RuntimeConfig, VariablesCountBeforeOrBehindTheFile) {
   EXPECT_EQ(Read(plain, {"Nonsense", "", false}).fault, ConfigFault::kUnknownVariable);
 }
 
+TEST(RuntimeConfig, TheVariablesOfALaunchAreThoseThatTheHostReads) {
+  tests::ScopedEnvironment environment;
+  environment.Set("DOTNET_ROLL_FORWARD", "Major").Set("DOTNET_ROLL_FORWARD_ON_NO_CANDIDATE_FX", "2");
+  environment.Set("DOTNET_ROLL_FORWARD_TO_PRERELEASE", "1");
+
+  const RollForwardVariables set = VariablesOfLaunch();
+  environment.Set("DOTNET_ROLL_FORWARD_TO_PRERELEASE", "true");
+
+  EXPECT_EQ(set.roll_forward, "Major");
+  EXPECT_EQ(set.on_no_candidate, "2");
+  EXPECT_TRUE(set.takes_prerelease);
+  EXPECT_FALSE(VariablesOfLaunch().takes_prerelease) << "no number";
+}
+
 TEST(RuntimeConfig, WhatTheHostRefusesIsAFault) {
   struct Row {
     const char* text;
@@ -84,6 +99,7 @@ TEST(RuntimeConfig, WhatTheHostRefusesIsAFault) {
       {R"({"runtimeOptions": {"framework": {"name": "A"}}})", ConfigFault::kNoVersion, "A"},
       {R"({"runtimeOptions": {"framework": {"name": "A", "version": 6}}})", ConfigFault::kMisshapen, "version"},
       {R"({"runtimeOptions": {"rollForward": 1}})", ConfigFault::kMisshapen, "rollForward"},
+      {R"({"runtimeOptions": {"tfm": 6}})", ConfigFault::kMisshapen, "tfm"},
       {R"({"runtimeOptions": {"rollForward": "Up"}})", ConfigFault::kUnknownRollForward, "Up"},
       {R"({"runtimeOptions": {"rollForward": "Major", "applyPatches": true}})", ConfigFault::kMixedSettings, ""},
       {R"({"runtimeOptions": {"framework": {"name": "A", "version": "1"},
