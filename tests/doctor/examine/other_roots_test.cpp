@@ -67,6 +67,21 @@ TEST(RootPlaces, TheCommandIsFollowedToWhereItIs) {
   EXPECT_EQ(Names(RootPlaces({{}, {}, {}, "", "dotnet"})), fs::canonical(folder / "real").string() + " by dotnet");
 }
 
+// What the host itself looks at, the folders of Microsoft's, Debian's, Fedora's and snap's packages, and of the script.
+TEST(RootPlaces, TheUsualOnesAreWhereInstallersPutThem) {
+  using Texts = std::vector<std::string>;
+  const InstallPlaces usual;
+
+  EXPECT_EQ(usual.variables, (Texts{"DOTNET_ROOT_X64", "DOTNET_ROOT"}));
+  EXPECT_EQ(usual.files, (Texts{"/etc/dotnet/install_location_x64", "/etc/dotnet/install_location"}));
+  EXPECT_EQ(usual.folders,
+            (Texts{"/usr/share/dotnet", "/usr/lib/dotnet", "/usr/lib64/dotnet", "/opt/dotnet",
+                   "/snap/dotnet-runtime-60/current", "/snap/dotnet-sdk/current",
+                   "/var/lib/snapd/snap/dotnet-runtime-60/current", "/var/lib/snapd/snap/dotnet-sdk/current"}));
+  EXPECT_EQ(usual.folder_at_home, ".dotnet");
+  EXPECT_EQ(usual.command, "dotnet");
+}
+
 std::string_view StateOf(const fs::path& root, const RootProber& prober) {
   const auto roots = ExamineOtherRoots({{root}}, "", prober);
   return RowOf(kRootStates, roots.at(0).state).code;
