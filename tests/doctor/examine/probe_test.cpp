@@ -99,6 +99,16 @@ TEST(LibraryProbe, ABrokenHostIsReportedWithItsReason) {
   }
 }
 
+TEST(LibraryProbe, AFunctionThatIsNullForNoReasonIsReportedAsThat) {
+  has_reasons = false;
+  const LibraryProbe probe = ProbeLibrary(Wide(tests::HostLibrary(HostVariant::kNullRun)), {kLong});
+  has_reasons = true;
+
+  EXPECT_FALSE(probe.IsGood());
+  EXPECT_EQ(probe.missing, "hostfxr_run_app");
+  EXPECT_EQ(probe.error, "a null pointer");
+}
+
 TEST(LibraryProbe, WhateverALibraryDoesWhileItIsLoadedIsAFinding) {
   struct Row {
     const char* name;

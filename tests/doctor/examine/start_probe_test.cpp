@@ -147,6 +147,21 @@ TEST(StartProbe, AFunctionOfTheStartedRuntimeIsCalledAndMayEndTheProcess) {
   EXPECT_EQ(Start(dies).child.code, SIGABRT);
 }
 
+TEST(StartProbe, TheFunctionIsOneThatEveryRuntimeHasWithinItself) {
+  const std::string type = "Internal.Runtime.InteropServices.ComponentActivator, System.Private.CoreLib";
+  const StandInHost any;
+  StandInHost older;
+  older.OffersOnly(5);
+
+  static_cast<void>(Start(any));
+  static_cast<void>(Start(older));
+
+  EXPECT_EQ(any.Call("managed").fields.at("first"), type);
+  EXPECT_EQ(any.Call("managed").fields.at("second"), "GetFunctionPointer");
+  EXPECT_EQ(older.Call("managed").fields.at("first"), "") << "no assembly has to be loaded";
+  EXPECT_EQ(older.Call("managed").fields.at("second"), type);
+}
+
 TEST(StartProbe, ARuntimeThatDiesIsAskedForNoDump) {
   const StandInHost host;
   tests::ScopedEnvironment environment;

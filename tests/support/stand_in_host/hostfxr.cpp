@@ -292,10 +292,11 @@ extern "C" [[gnu::visibility("default")]] std::int32_t hostfxr_close(void* handl
 
 #ifndef LACKS_START
 namespace {
-// In place of a managed function that the runtime gives; whatever its arguments are, they stay with the caller.
-std::int32_t Managed() {
+// In place of both managed functions that the runtime gives: their first two arguments are texts, and all the others
+// stay with the caller.
+std::int32_t Managed(const char* first, const char* second) {
   if (const char* record = Record()) {
-    Event("managed").Write(record);
+    Event("managed").Field("first", first).Field("second", second).Write(record);
   }
   return Obey("STAND_IN_MANAGED");
 }
