@@ -2,6 +2,7 @@
 #include <sys/mount.h>
 
 #include <filesystem>
+#include <string>
 
 #include "doctor/examine/runtime_report.h"
 #include "doctor/judge/near_misses/near_misses.h"
@@ -44,6 +45,7 @@ TEST(RuntimeNearMisses, AFileSystemMountedNoexecIsNamed) {
     if (noexec) {
       EXPECT_EQ(warnings[0].finding, Finding::kNoexec);
       EXPECT_EQ(warnings[0].place, tests::kFxrFolder);
+      EXPECT_EQ(warnings[0].cure, "mount -o remount,exec " + std::string(tests::kRoot));
     }
   }
 }

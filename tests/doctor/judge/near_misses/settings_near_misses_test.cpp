@@ -134,12 +134,14 @@ std::string Mended(const std::string& bytes) {
   tests::WriteFile(file, bytes);
   const Warnings warnings = SettingsNearMisses(ExamineSettings(file));
   EXPECT_FALSE(warnings.empty()) << bytes;
+  EXPECT_EQ(warnings.at(0).cure.find('{'), std::string::npos) << "without its value: " << warnings.at(0).cure;
   EXPECT_EQ(std::system(warnings.at(0).cure.c_str()), 0) << warnings.at(0).cure;
   return tests::ReadFile(file);
 }
 
 TEST(SettingsNearMisses, TheirCureMendsTheFile) {
   const std::string utf16("D\0o\0t\0n\0e\0t\0R\0o\0o\0t\0F\0o\0l\0d\0e\0r\0=\0/\0r\0\r\0\n\0", 42);
+  const std::string utf16be = '\0' + utf16.substr(0, utf16.size() - 1);
   const std::string lines[] = {"DotnetRootFolder=/r\r\n",
                                "DotnetRootFolder=/r \n",
                                "DotnetRootFolder= \"/r\" \r\n",
@@ -152,9 +154,17 @@ TEST(SettingsNearMisses, TheirCureMendsTheFile) {
                                "DotnetRootFolder=/r\n",
                                utf16,
                                "\xFF\xFE" + utf16,
+                               utf16be,
+                               "\xFE\xFF" + utf16be,
                                "DotnetRootFolder=/r\nDotnetRootFolder=/s\n"};
   for (const std::string& line : lines) {
     EXPECT_EQ(Mended(line), "DotnetRootFolder=/r\n") << line;
+  }
+}
+
+TEST(SettingsNearMisses, TheQuotesOfEveryLanguageAreMended) {
+  for (const std::string open : {"\u201C", "\u201D", "\u201E", "\u201F", "\u2018", "\u2019", "\u201A", "\u00AB"}) {
+    EXPECT_EQ(Mended("DotnetRootFolder=" + open + "/r\u00BB\n"), "DotnetRootFolder=/r\n") << open;
   }
 }
 
