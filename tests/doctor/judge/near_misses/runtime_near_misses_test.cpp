@@ -158,6 +158,32 @@ TEST(RuntimeNearMisses, ANumberIsReportedAsItIsRead) {
   }
 }
 
+TEST(RuntimeNearMisses, WhatTheDynamicLoaderLacksIsNamedAndWhereItComesFrom) {
+  struct Row {
+    const char* words;
+    const char* needed;
+    const char* cure;
+  };
+  const Row rows[] = {{"libx.so.1: cannot open shared object file: No such file or directory", "libx.so.1",
+                       "install the package of this system that has libx.so.1"},
+                      {"/lib/libc.so.6: version `GLIBC_9.1' not found (required by /a.so)", "GLIBC_9.1",
+                       "install a .NET runtime that is made for this system, or a newer system"}};
+  for (const Row& row : rows) {
+    const RuntimeTree runtime;
+    RuntimeReport report = ExamineRuntime(ToUtf16(runtime.Root().string()), {});
+    report.versions = {
+        {.name = "6.0.1", .library = u"/a.so", .reason = VersionReason::kLoadFailed, .words = row.words}};
+
+    const Warnings warnings = RuntimeNearMisses(report);
+
+    const auto found = std::ranges::find(warnings, Finding::kNeededLibrary, &Warning::finding);
+    ASSERT_NE(found, warnings.end());
+    EXPECT_EQ(found->text, std::string("/a.so needs ") + row.needed + ", which this system does not have");
+    EXPECT_EQ(found->meaning, std::string("The dynamic loader says: ") + row.words + ".");
+    EXPECT_EQ(found->cure, row.cure);
+  }
+}
+
 TEST(RuntimeNearMisses, TheFxrFolderMayBeALink) {
   RuntimeTree real;
   real.AddHost("6.0.1");
