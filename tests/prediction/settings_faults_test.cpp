@@ -227,7 +227,8 @@ TEST(SettingsFaults, WhatStandsInTheFilesPlaceIsNamed) {
        "status-255", "settings-not-a-file", "not a regular file", "rm "},
       {"a file that cannot be read",
        [](KnownWorld&) { PutInPlace([](const fs::path& file) { fs::create_symlink("/proc/self/mem", file); }); },
-       "aborts", "settings-unreadable", "the settings file cannot be read", "dmesg"},
+       "aborts", "settings-unreadable", "the settings file cannot be read",
+       "write the file again, and see what the kernel says of its disk (dmesg)"},
       {"a socket",
        [](KnownWorld&) {
          PutInPlace([](const fs::path& file) {
