@@ -144,8 +144,12 @@ TEST(DoctorExecutable, EndsWithThreeWhenNobodyTakesWhatItWrites) {
   installation.Healthy();
   for (const char* arguments : {"", "--json", "--help", "--version"}) {
     SCOPED_TRACE(arguments);
-    EXPECT_EQ(Shell(std::string("exec \"$0\" ") + arguments + " >/dev/full").Run().status, 3);
-    EXPECT_EQ(Shell(std::string("exec \"$0\" ") + arguments + " >&-").Run().status, 3);
+    for (const char* output : {" >/dev/full", " >&-"}) {
+      const Outcome outcome = Shell(std::string("exec \"$0\" ") + arguments + output).Run();
+
+      EXPECT_EQ(outcome.status, 3) << outcome;
+      EXPECT_EQ(outcome.err, "grellin_doctor: the report cannot be written\n");
+    }
   }
 }
 
