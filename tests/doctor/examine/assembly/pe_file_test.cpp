@@ -29,6 +29,16 @@ TEST(PeFile, AnAssemblyForAnyMachineOrX64IsSound) {
   }
 }
 
+// Precompiled ones are such. The directories stand 16 bytes further on, and so does all behind them.
+TEST(PeFile, AnAssemblyWhoseOptionalHeaderHas64BitFieldsIsSound) {
+  constexpr std::size_t kOptionalHeader = AssemblyImage::kHeader + 24;
+  AssemblyImage image;
+  image.Put16(kOptionalHeader - 4, 240).Put16(kOptionalHeader, 0x20b);
+  image.bytes.insert(kOptionalHeader + 96, 16, '\0').erase(496, 16);
+
+  EXPECT_EQ(CheckBytes(image.bytes).verdict, PeVerdict::kSound);
+}
+
 TEST(PeFile, WhatIsNoAssemblyIsRefusedWithItsReason) {
   struct Row {
     PeVerdict verdict;
