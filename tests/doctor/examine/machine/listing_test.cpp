@@ -5,7 +5,10 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <string>
 
+#include "doctor/examine/machine/build_id.h"
+#include "tests/support/stand_in_host.h"
 #include "tests/support/temp_folder.h"
 
 namespace doctor {
@@ -34,6 +37,22 @@ TEST(Listing, HasTheFilesOfAFolderByNameWithTheirRightsAndSizes) {
   EXPECT_EQ(listing[2].rights, "lrwxrwxrwx");
   EXPECT_EQ(listing[2].target, "b");
   EXPECT_EQ(listing[3].rights, "prw-------");
+}
+
+TEST(Listing, LibrariesByTheirNameHaveABuildIdAndNothingElseIsOpened) {
+  const tests::TempFolder folder;
+  const std::string library = tests::ReadFile(tests::HostLibrary());
+  tests::WriteFile(folder / "library", library);
+  tests::WriteFile(folder / "library.so", library);
+  fs::create_symlink("library.so", folder / "link.so");
+
+  const Listing listing = ListFolder(folder.Path());
+
+  ASSERT_EQ(listing.size(), 3U);
+  EXPECT_EQ(listing[0].build_id, "");
+  EXPECT_EQ(listing[1].build_id, BuildId(tests::HostLibrary()));
+  EXPECT_NE(listing[1].build_id, "");
+  EXPECT_EQ(listing[2].build_id, "");
 }
 
 TEST(Listing, SaysWhyAFolderIsNotListed) {
