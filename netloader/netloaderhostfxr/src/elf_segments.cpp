@@ -42,6 +42,12 @@ class Reservation {
     return FirstPage(load) <= size_ && PagesEnd(load) <= size_ && (!HasZeros(load) || ZerosEnd(load) <= size_);
   }
 
+  // Whether an address stands in pages that come from the file: behind them are zeros, or nothing.
+  bool StandsInPagesOf(const Elf64_Phdr& load, std::uint64_t address) const {
+    return Position(address) >= FirstPage(load) && Position(address) < PagesEnd(load);
+  }
+
+ private:
   // Whether zeros follow the segment's bytes. If they end at a negative position, that is, at the address that the
   // library has in the end, before they start or behind all addresses, the dynamic loader maps none, or refuses the
   // file.
@@ -49,12 +55,6 @@ class Reservation {
     return load.p_vaddr + load.p_memsz > load.p_vaddr + load.p_filesz && static_cast<std::int64_t>(ZerosEnd(load)) > 0;
   }
 
-  // Whether an address stands in pages that come from the file: behind them are zeros, or nothing.
-  bool StandsInPagesOf(const Elf64_Phdr& load, std::uint64_t address) const {
-    return Position(address) >= FirstPage(load) && Position(address) < PagesEnd(load);
-  }
-
- private:
   std::uint64_t Position(std::uint64_t address) const { return address - base_; }
   std::uint64_t FirstPage(const Elf64_Phdr& load) const { return PageStart(Position(load.p_vaddr)); }
   std::uint64_t ZerosEnd(const Elf64_Phdr& load) const { return Position(load.p_vaddr + load.p_memsz); }
